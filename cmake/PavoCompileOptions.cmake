@@ -1,0 +1,16 @@
+# pavo_options: what every target of this project is compiled with. The warnings are errors in the
+# scripts and in CI; a user with another compiler is not stopped by a new one.
+add_library(pavo_options INTERFACE)
+target_compile_options(pavo_options INTERFACE
+  -Wall -Wextra -Wpedantic -Wshadow -Wconversion
+  $<$<CXX_COMPILER_ID:Clang>:-Wthread-safety>
+  $<$<BOOL:${PAVO_WARNINGS_AS_ERRORS}>:-Werror>)
+
+
+if(PAVO_SANITIZE)
+  # For the whole build: a sanitizer that sees half of a process reports what is not there.
+  add_compile_options(-fsanitize=${PAVO_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
+  add_link_options(-fsanitize=${PAVO_SANITIZE})
+endif()
+
+find_package(Threads REQUIRED)

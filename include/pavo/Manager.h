@@ -1,0 +1,88 @@
+#pragma once
+
+#include <pavo/AddProfileParams.h>
+#include <pavo/Export.h>
+#include <pavo/FilterProfileParams.h>
+#include <pavo/IProfileKey.h>
+#include <pavo/ModifyProfileParams.h>
+#include <pavo/PDCRefreshStatus.h>
+#include <pavo/ProfileParams.h>
+
+#include <list>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace pavo {
+
+class ClientRequestManager;
+
+/// Manages the modem's packet-data profiles.
+///
+/// Every operation hands a request to the library's one worker thread and blocks until that has
+/// answered. Modem requests take up to one second each (then they have failed): add, modify and
+/// delete cost one, a completed refresh one and one more for each profile, filter, match and get
+/// none. Callers on several threads take turns.
+///
+/// Failures show only as empty results and in the log: before init(), during a refresh and when the
+/// modem refuses, keys and lists are empty, flags false, values absent. Nothing throws. On the
+/// library's worker thread (in an expiration listener) every operation but dump() logs one error
+/// and answers empty.
+class PAVO_API Manager {
+ public:
+  /// The process-wide instance, made on first use and destroyed at process exit.
+  PAVO_API static Manager& getInstance() {
+    static Manager mgr;
+    return mgr;
+  }
+
+  Manager();
+  Manager(const Manager&) = delete;
+  Manager& operator=(const Manager&) = delete;
+  /// Stops the worker, waiting for a modem request in progress.
+  ~Manager();
+
+  /// Starts the worker, or replaces it and with it the whole cache: earlier keys are then unknown.
+  /// The cache is empty until the first refresh, asked for or brought about by the modem.
+  /// Blocks until an earlier worker has ended. Ends the process when the system has no file
+  /// descriptor or thread left.
+  /// @param subscription the subscription to serve, sent to the modem unchanged
+  /// @param useAndroidLog true: log to the Android log; false: to the modem's diagnostic channel
+  void init(int subscription, bool useAndroidLog) noexcept;
+
+  /// Creates a profile on the modem. Empty when the modem refused, or did not answer.
+  std::shared_ptr<IProfileKey> addProfile(const AddProfileParams& params) noexcept;
+
+  /// Brings a profile's attributes in line with params; asks the modem only for what differs.
+  /// @return true when the key is known, also when the modem refused the change (the log tells)
+  bool modifyProfile(const ModifyProfileParams& params, std::shared_ptr<IProfileKey> key) noexcept;
+
+  /// Deletes a profile from the modem, whoever else holds a key of it.
+  bool deleteProfile(std::shared_ptr<IProfileKey> key) noexcept;
+
+  /// A new key for every profile that matches, in no particular order.
+  std::list<std::shared_ptr<IProfileKey>> filter(const FilterProfileParams& params) noexcept;
+
+  /// What the cache knows of a profile.
+  std::optional<ProfileParams> getProfile(std::shared_ptr<IProfileKey> key) noexcept;
+
+  /// Whether the key's profile matches.
+  bool match(const FilterProfileParams& params, std::shared_ptr<IProfileKey> key) noexcept;
+
+  /// Announces a phase of a modem configuration refresh. Between started and completed every other
+  /// operation is refused, releases of keys too. Completed reads all profiles from the modem: every
+  /// earlier key is then unknown and its listeners run.
+  void refresh(PDCRefreshStatus status) noexcept;
+
+  /// The cache and the recent log lines, as text. Any thread at any moment, also in a listener;
+  /// does not wait for the modem. Holds passwords in clear.
+  std::vector<std::string> dump() noexcept;
+
+ private:
+  std::shared_ptr<ClientRequestManager> currentWorker() const;
+
+  std::shared_ptr<ClientRequestManager> worker;
+};
+
+}  // namespace pavo

@@ -1,0 +1,15 @@
+#pragma once
+
+#include <cstdint>
+
+namespace pavo {
+
+/// The phase of a modem configuration refresh. Any value but PDC_REFRESH_STARTED means completed.
+enum PDCRefreshStatus : std::uint8_t {
+  /// The modem's configuration is being replaced: profile operations are refused until completion.
+  PDC_REFRESH_STARTED = 0,
+  /// The new configuration is active: every profile is read from the modem again.
+  PDC_REFRESH_COMPLETED = 1,
+};
+
+}  // namespace pavo
