@@ -56,13 +56,13 @@ struct PlatformCall {
   };
 
   Kind kind{};
-  std::thread::id thread;
+  std::thread::id thread{};
   /// The client or notifier, where the function has one.
   ovix_client_type handle = nullptr;
   /// Send and Decode.
   unsigned int msgId = 0;
   /// Send: the request structure. Decode: the encoded message.
-  std::vector<std::uint8_t> bytes;
+  std::vector<std::uint8_t> bytes{};
   /// Send and Decode: the size of the structure to be filled.
   unsigned int outLength = 0;
   /// Send.
@@ -76,9 +76,9 @@ struct PlatformCall {
   /// Log: the priority. DiagMessage: the descriptor's mask.
   int priority = 0;
   /// Log and DiagMessage.
-  std::string tag;
-  std::string format;
-  std::string message;
+  std::string tag{};
+  std::string format{};
+  std::string message{};
   /// DiagMessage.
   const diag_msg_descriptor* descriptor = nullptr;
 
@@ -100,14 +100,14 @@ class BlockedSend {
  public:
   struct Gate;
 
-  explicit BlockedSend(std::shared_ptr<Gate> gate);
+  explicit BlockedSend(std::shared_ptr<Gate> theGate);
   BlockedSend(BlockedSend&&) noexcept;
   BlockedSend& operator=(BlockedSend&&) = delete;
   ~BlockedSend();
 
   /// Waits until the library is inside the send; false when that did not happen in time.
   bool waitUntilEntered() const;
-  /// Lets the send go on; after that it does nothing.
+  /// Lets the send go on.
   void release();
 
  private:
@@ -280,9 +280,7 @@ class FakePlatform {
                                     ovix_client_os_params* osParams, ovix_client_type* client);
   ovix_client_error_type registerErrorCb(ovix_client_type client, ovix_client_error_cb callback,
                                          void* data);
-  ovix_client_error_type send(ovix_client_type client, unsigned int msgId, const void* req,
-                              unsigned int reqLength, void* resp, unsigned int respLength,
-                              unsigned int timeoutMs);
+  ovix_client_error_type send(ModemExchange exchange);
   ovix_client_error_type decode(ovix_client_type client, int messageKind, unsigned int msgId,
                                 const void* src, unsigned int srcLength, void* dst,
                                 unsigned int dstLength);
@@ -295,14 +293,10 @@ class FakePlatform {
   FakePlatform();
   ~FakePlatform() = delete;
 
-  template <typename Value>
-  void set(Value State::*member, Value value);
-  void addMisuse(std::string text);
-  void checkZeroed(const char* what, const void* block, std::size_t size);
-  void checkSend(const ModemExchange& exchange, bool responseIsZeroed);
   ModemHandler takeHandler(const ModemExchange& exchange);
-  bool callNotifier(ovix_client_type handle, ovix_client_service_event event);
-  void finishCallback(ovix_client_type handle);
+  void runPosted();
+  /// Runs a callback of a handle, unless that is released by then.
+  bool call(ovix_client_type handle, const std::function<void()>& callback);
 
   const std::unique_ptr<State> state;
 };
