@@ -1,0 +1,276 @@
+#include "Client.h"
+
+#include <sys/socket.h>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <utility>
+
+#include "MessageCodec.h"
+#include "Thread.h"
+#include "Trace.h"
+
+namespace ovix {
+
+using modem::Frame;
+using modem::FrameKind;
+using modem::FrameReader;
+
+Client::Client(const ovix_service_object& serviceObject, Connection connection,
+               ovix_client_ind_cb callback, void* callbackData)
+    : service(serviceObject),
+      socket(std::move(connection.socket)),
+      indicationCallback(callback),
+      indicationData(callbackData),
+      frames(std::move(connection.frames)) {}
+
+Client::~Client() {
+  stop();
+}
+
+void Client::start(ovix_client_type ownHandle) {
+  handle = ownHandle;
+  callbacks.start();
+  const std::lock_guard lock(mutex);
+  reader = startThread("ovix-reader", [this] { read(); });
+}
+
+void Client::stop() {
+  std::thread ended;
+  {
+    const std::lock_guard lock(mutex);
+    stopping = true;
+    ended.swap(reader);
+  }
+  ::shutdown(socket.get(), SHUT_RDWR);
+  callbacks.stop();
+  if (ended.joinable()) {
+    ended.join();
+  }
+}
+
+void Client::setErrorCallback(ovix_client_error_cb callback, void* data) {
+  const std::lock_guard lock(mutex);
+  errorCallback = callback;
+  errorData = data;
+  if (lost) {
+    tellError();
+  }
+}
+
+void Client::tellError() {
+  if (errorTold || stopping || errorCallback == nullptr) {
+    return;
+  }
+  errorTold = true;
+  callbacks.post([callback = errorCallback, self = handle, data = errorData] {
+    callback(self, OVIX_CLIENT_SERVICE_ERROR, data);
+  });
+}
+
+void Client::read() {
+  std::array<uint8_t, 16384> bytes;
+  Frame frame;
+  while (true) {
+    FrameReader::Status status = frames.next(frame);
+    while (status == FrameReader::Status::Ready) {
+      accept(frame);
+      status = frames.next(frame);
+    }
+    if (status == FrameReader::Status::Broken) {
+      trace("connection ended: %s", frames.reason().c_str());
+      break;
+    }
+    const ssize_t count = ::recv(socket.get(), bytes.data(), bytes.size(), /*flags=*/0);
+    if (count > 0) {
+      frames.append(bytes.data(), static_cast<size_t>(count));
+    } else if (count == 0 || errno != EINTR) {
+      break;
+    }
+  }
+  markLost();
+}
+
+void Client::accept(Frame& frame) {
+  if (frame.kind == FrameKind::Response) {
+    acceptResponse(frame);
+  } else if (frame.kind == FrameKind::Indication) {
+    if (indicationCallback != nullptr) {
+      callbacks.post([callback = indicationCallback, self = handle, data = indicationData,
+                      id = frame.messageId, payload = std::move(frame.payload)]() mutable {
+        callback(self, id, payload.data(), static_cast<unsigned int>(payload.size()), data);
+      });
+    }
+  } else {
+    trace("a frame of kind %d dropped", static_cast<int>(frame.kind));
+  }
+}
+
+void Client::acceptResponse(Frame& frame) {
+  {
+    const std::lock_guard lock(mutex);
+    const auto waiting = waiters.find(frame.transaction);
+    // Who asked has given up, or was answered already.
+    if (waiting == waiters.end() || waiting->second->response) {
+      trace("message 0x%04X: an answer that nobody waits for dropped", frame.messageId);
+      return;
+    }
+    waiting->second->response = std::move(frame);
+  }
+  changed.notify_all();
+}
+
+void Client::markLost() {
+  // The modem sees the end as well when it was its nonsense that ended the connection.
+  ::shutdown(socket.get(), SHUT_RDWR);
+  {
+    const std::lock_guard lock(mutex);
+    lost = true;
+    if (!stopping) {
+      noteConnectionLost();
+    }
+    tellError();
+  }
+  changed.notify_all();
+}
+
+const Message* Client::findMessage(uint32_t messageId) const {
+  const auto found = std::ranges::find(service.messages, messageId, &Message::id);
+  return found == service.messages.end() ? nullptr : &*found;
+}
+
+ovix_client_error_type Client::send(uint32_t messageId, const void* request, uint32_t requestSize,
+                                    void* response, uint32_t responseSize, uint32_t timeoutMs) {
+  const Deadline deadline = Clock::now() + std::chrono::milliseconds(timeoutMs);
+  const Message* message = findMessage(messageId);
+  if (message == nullptr || message->request.size == 0 || request == nullptr ||
+      response == nullptr || requestSize != message->request.size ||
+      responseSize != message->response.size) {
+    return OVIX_CLIENT_INVALID_ARGUMENT;
+  }
+  std::vector<uint8_t> payload;
+  std::string wrong = encodeMessage(message->request, request, payload);
+  if (!wrong.empty()) {
+    trace("message 0x%04X: request not encoded: %s", messageId, wrong.c_str());
+    return OVIX_CLIENT_ENCODE_ERROR;
+  }
+  Waiter waiter{message->id, std::nullopt};
+  const ovix_client_error_type failed = exchange(waiter, std::move(payload), deadline);
+  if (failed != OVIX_CLIENT_NO_ERROR) {
+    return failed;
+  }
+  wrong = waiter.response->messageId == message->id
+              ? decodeMessage(message->response, waiter.response->payload, response)
+              : "the answer is to another message";
+  if (!wrong.empty()) {
+    trace("message 0x%04X: response not decoded: %s", messageId, wrong.c_str());
+    return OVIX_CLIENT_DECODE_ERROR;
+  }
+  return OVIX_CLIENT_NO_ERROR;
+}
+
+ovix_client_error_type Client::exchange(Waiter& waiter, std::vector<uint8_t> payload,
+                                        Deadline deadline) {
+  std::unique_lock lock(mutex);
+  const uint32_t transaction = nextTransaction();
+  const std::vector<uint8_t> bytes =
+      modem::encodeFrame({FrameKind::Request, waiter.messageId, transaction, std::move(payload)});
+  waiters.emplace(transaction, &waiter);
+  ovix_client_error_type result = write(lock, bytes, deadline);
+  if (result == OVIX_CLIENT_NO_ERROR) {
+    changed.wait_until(lock, deadline, [&] { return waiter.response || lost; });
+    // An answer that came before the loss counts.
+    if (!waiter.response) {
+      result = lost ? OVIX_CLIENT_SERVICE_ERROR : OVIX_CLIENT_TIMEOUT_ERROR;
+    }
+  }
+  waiters.erase(transaction);
+  return result;
+}
+
+uint32_t Client::nextTransaction() {
+  // 0 stands for no transaction, and after a wrap old transactions may still be under way.
+  do {
+    ++lastTransaction;
+  } while (lastTransaction == 0 || waiters.contains(lastTransaction));
+  return lastTransaction;
+}
+
+ovix_client_error_type Client::write(std::unique_lock<std::mutex>& lock,
+                                     const std::vector<uint8_t>& bytes, Deadline deadline) {
+  const bool free = changed.wait_until(lock, deadline, [this] { return !writing || lost; });
+  if (lost) {
+    return OVIX_CLIENT_SERVICE_ERROR;
+  }
+  if (!free) {
+    return OVIX_CLIENT_TIMEOUT_ERROR;
+  }
+  writing = true;
+  lock.unlock();
+  const WriteResult result = writeAll(bytes, deadline);
+  if (result == WriteResult::Broken) {
+    // With part of a frame on it the connection is of no use; the reader finds it ended.
+    ::shutdown(socket.get(), SHUT_RDWR);
+  }
+  lock.lock();
+  writing = false;
+  changed.notify_all();
+  switch (result) {
+    case WriteResult::Written:
+      return OVIX_CLIENT_NO_ERROR;
+    case WriteResult::TimedOut:
+      return OVIX_CLIENT_TIMEOUT_ERROR;
+    default:
+      return OVIX_CLIENT_SERVICE_ERROR;
+  }
+}
+
+Client::WriteResult Client::writeAll(const std::vector<uint8_t>& bytes, Deadline deadline) const {
+  size_t written = 0;
+  while (written < bytes.size()) {
+    const ssize_t count = ::send(socket.get(), bytes.data() + written, bytes.size() - written,
+                                 MSG_NOSIGNAL | MSG_DONTWAIT);
+    if (count >= 0) {
+      written += static_cast<size_t>(count);
+      continue;
+    }
+    if (errno == EINTR) {
+      continue;
+    }
+    if (errno != EAGAIN) {
+      return WriteResult::Broken;
+    }
+    std::array<pollfd, 1> fds{{{socket.get(), POLLOUT, 0}}};
+    if (!pollUntil(fds, deadline)) {
+      return written == 0 ? WriteResult::TimedOut : WriteResult::Broken;
+    }
+  }
+  return WriteResult::Written;
+}
+
+ovix_client_error_type Client::decode(int kind, uint32_t messageId, const void* source,
+                                      uint32_t sourceSize, void* target,
+                                      uint32_t targetSize) const {
+  const Message* message = findMessage(messageId);
+  if (message == nullptr || target == nullptr) {
+    return OVIX_CLIENT_INVALID_ARGUMENT;
+  }
+  const Layout none{};
+  const Layout& layout = kind == OVIX_MESSAGE_REQUEST      ? message->request
+                         : kind == OVIX_MESSAGE_RESPONSE   ? message->response
+                         : kind == OVIX_MESSAGE_INDICATION ? message->indication
+                                                           : none;
+  if (layout.size == 0 || targetSize != layout.size || (source == nullptr && sourceSize != 0)) {
+    return OVIX_CLIENT_INVALID_ARGUMENT;
+  }
+  const std::string wrong =
+      decodeMessage(layout, {static_cast<const uint8_t*>(source), sourceSize}, target);
+  if (!wrong.empty()) {
+    trace("message 0x%04X: not decoded: %s", messageId, wrong.c_str());
+    return OVIX_CLIENT_DECODE_ERROR;
+  }
+  return OVIX_CLIENT_NO_ERROR;
+}
+
+}  // namespace ovix

@@ -1,0 +1,77 @@
+// The diagnostic channel of a host: a line per message, appended to the file that the environment
+// variable PAVO_DIAG_FILE names, or to standard error when it names none or one that cannot be
+// opened. Any thread may call; the channel is open from the first Diag_LSM_Init to the last
+// Diag_LSM_DeInit, because a writer may come before the one that it replaces has gone. Messages
+// outside of that are dropped; one longer than messageCharsMax is cut.
+#include "diag_lsm.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstdarg>
+#include <cstdio>
+#include <cstdlib>
+#include <mutex>
+#include <type_traits>
+
+namespace {
+
+constexpr size_t messageCharsMax = 2047;
+
+// Immortal, as writers live to the end of the process.
+struct Channel {
+  std::mutex mutex;
+  // Guarded by the mutex.
+  int users = 0;
+  int fd = -1;
+};
+static_assert(std::is_trivially_destructible_v<Channel>);
+constinit Channel channel;
+
+int openOutput() {
+  const char* path = std::getenv("PAVO_DIAG_FILE");
+  const int fd = path == nullptr || *path == '\0'
+                     ? -1
+                     : ::open(path, O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC, /*mode=*/0644);
+  return fd >= 0 ? fd : STDERR_FILENO;
+}
+
+}  // namespace
+
+int Diag_LSM_Init(unsigned char* /*env*/) {
+  const std::lock_guard lock(channel.mutex);
+  if (channel.users++ == 0) {
+    channel.fd = openOutput();
+  }
+  return 1;
+}
+
+int Diag_LSM_DeInit(void) {
+  const std::lock_guard lock(channel.mutex);
+  if (channel.users == 0) {
+    return 0;
+  }
+  if (--channel.users == 0 && channel.fd != STDERR_FILENO) {
+    ::close(channel.fd);
+  }
+  return 1;
+}
+
+void msg_sprintf(const diag_msg_descriptor* descriptor, ...) {
+  if (descriptor == nullptr || descriptor->format == nullptr) {
+    return;
+  }
+  char line[messageCharsMax + 1];
+  std::va_list arguments;
+  va_start(arguments, descriptor);
+  const int wanted = std::vsnprintf(line, sizeof line, descriptor->format, arguments);
+  va_end(arguments);
+  size_t length = std::min(wanted < 0 ? 0 : static_cast<size_t>(wanted), messageCharsMax);
+  line[length++] = '\n';  // In place of the terminator.
+  const std::lock_guard lock(channel.mutex);
+  if (channel.users > 0) {
+    // There is nobody to tell of a failure.
+    [[maybe_unused]] const ssize_t written = ::write(channel.fd, line, length);
+  }
+}

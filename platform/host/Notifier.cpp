@@ -1,0 +1,125 @@
+#include "Notifier.h"
+
+#include <sys/eventfd.h>
+#include <sys/socket.h>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <chrono>
+#include <system_error>
+
+#include "Connection.h"
+#include "Poll.h"
+#include "Thread.h"
+
+namespace ovix {
+namespace {
+
+constexpr int retryFirstMs = 5;
+constexpr int retryLastMs = 100;
+static_assert(retryFirstMs < retryLastMs);
+
+modem::UniqueFd makeEvent() {
+  modem::UniqueFd event(::eventfd(/*initval=*/0, EFD_CLOEXEC | EFD_NONBLOCK));
+  if (!event.isOpen()) {
+    throw std::system_error(errno, std::generic_category(), "eventfd");
+  }
+  return event;
+}
+
+// Returns when the modem has ended the connection, or when stopFd became readable.
+void waitForEnd(int socket, int stopFd) {
+  std::array<uint8_t, 512> ignored;
+  while (true) {
+    std::array<pollfd, 2> fds{{{socket, POLLIN, 0}, {stopFd, POLLIN, 0}}};
+    pollForever(fds);
+    if (fds[1].revents != 0) {
+      return;
+    }
+    const ssize_t count = ::recv(socket, ignored.data(), ignored.size(), MSG_DONTWAIT);
+    if (count == 0 || (count < 0 && errno != EAGAIN && errno != EINTR)) {
+      return;
+    }
+  }
+}
+
+}  // namespace
+
+Notifier::Notifier(ovix_service_object_type serviceObject)
+    : service(serviceObject), stopFd(makeEvent()) {}
+
+Notifier::~Notifier() {
+  stop();
+}
+
+void Notifier::setCallback(ovix_client_type ownHandle, ovix_client_notify_cb newCallback,
+                           void* data) {
+  const std::lock_guard lock(mutex);
+  if (stopping) {
+    return;
+  }
+  handle = ownHandle;
+  callback = newCallback;
+  callbackData = data;
+  if (!isWatching) {
+    callbacks.start();
+    watcher = startThread("ovix-watcher", [this] { watch(); });
+    isWatching = true;
+  } else if (isPresent) {
+    post(OVIX_CLIENT_SERVICE_AVAILABLE);
+  }
+}
+
+void Notifier::stop() {
+  std::thread ended;
+  {
+    const std::lock_guard lock(mutex);
+    stopping = true;
+    ended.swap(watcher);
+  }
+  ::eventfd_write(stopFd.get(), /*value=*/1);
+  callbacks.stop();
+  if (ended.joinable()) {
+    ended.join();
+  }
+}
+
+void Notifier::watch() {
+  int retryMs = retryFirstMs;
+  while (!isStopRequested(/*waitMs=*/0)) {
+    if (const auto connection = connectToModem(Purpose::Probe, stopFd.get())) {
+      announce(OVIX_CLIENT_SERVICE_AVAILABLE);
+      waitForEnd(connection->socket.get(), stopFd.get());
+      if (isStopRequested(/*waitMs=*/0)) {
+        return;
+      }
+      noteConnectionLost();
+      announce(OVIX_CLIENT_SERVICE_GONE);
+      retryMs = retryFirstMs;
+    }
+    if (isStopRequested(retryMs)) {
+      return;
+    }
+    retryMs = std::min(2 * retryMs, retryLastMs);
+  }
+}
+
+void Notifier::announce(ovix_client_service_event event) {
+  const std::lock_guard lock(mutex);
+  isPresent = event == OVIX_CLIENT_SERVICE_AVAILABLE;
+  post(event);
+}
+
+void Notifier::post(ovix_client_service_event event) {
+  callbacks.post([told = callback, self = handle, of = service, event, data = callbackData] {
+    told(self, of, event, data);
+  });
+}
+
+bool Notifier::isStopRequested(int waitMs) const {
+  std::array<pollfd, 1> fds{{{stopFd.get(), POLLIN, 0}}};
+  return pollUntil(fds, Clock::now() + std::chrono::milliseconds(waitMs));
+}
+
+}  // namespace ovix

@@ -1,0 +1,70 @@
+// What a service object holds: for each message of a service, where its C structures keep the
+// fields and how the modem wants them encoded. Data only; MessageCodec interprets it. The service
+// libraries (WdsService.cpp) state the tables, the messaging library reads them.
+//
+// Everything here is constant and lives as long as the process; any thread may read it.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <span>
+
+namespace ovix {
+
+// How one part of a value is encoded.
+enum class PartKind : uint8_t {
+  Number,       // width bytes, little-endian
+  Text,         // the rest of the value; at most width bytes, zero-terminated in the structure
+  CountedText,  // a length byte, then as Text
+};
+
+// One part of a value; the parts of a value are encoded one after the other.
+struct Part {
+  PartKind kind;
+  uint16_t offset;  // from the start of the value in the structure
+  uint16_t width;   // of a number: its bytes; of a text: the most that it may have
+};
+
+// Fields without a valid flag. Any other value of Field::flagAt is the flag's offset.
+inline constexpr uint16_t mandatory = 0xFFFF;
+// Present unless the response's result, which opens the structure, tells of a failure.
+inline constexpr uint16_t mandatoryOnSuccess = 0xFFFE;
+
+// A list is a two-byte count and that many values, each encoded from the same parts.
+struct ListShape {
+  uint16_t countAt;   // offset of the 32-bit count
+  uint16_t stride;    // from one element to the next
+  uint16_t countMax;  // 0: the field is no list
+};
+
+struct Field {
+  uint8_t tag;
+  uint16_t flagAt;
+  uint16_t valueAt;
+  std::span<const Part> parts;
+  ListShape list;
+};
+
+// A message in one of its kinds. A size of 0 says that the message has no such kind.
+struct Layout {
+  uint32_t size;  // of the C structure
+  std::span<const Field> fields;
+};
+
+struct Message {
+  uint16_t id;
+  Layout request;
+  Layout response;
+  Layout indication;
+};
+
+// Changes with every change to the structures above, so that a messaging library never interprets
+// the tables of another build.
+inline constexpr uint32_t tablesVersion = 1;
+
+}  // namespace ovix
+
+struct ovix_service_object {
+  uint32_t tablesVersion;
+  std::span<const ovix::Message> messages;
+};

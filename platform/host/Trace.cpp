@@ -1,0 +1,29 @@
+#include "Trace.h"
+
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstdarg>
+#include <cstdio>
+#include <cstdlib>
+
+namespace ovix {
+
+void trace(const char* format, ...) {
+  if (std::getenv("OVIX_MODEM_TRACE") == nullptr) {
+    return;
+  }
+  char line[256] = "ovix: ";
+  constexpr size_t prefix = 6;
+  constexpr size_t room = sizeof line - prefix - 1;  // The newline takes the last place.
+  std::va_list arguments;
+  va_start(arguments, format);
+  const int wanted = std::vsnprintf(line + prefix, room, format, arguments);
+  va_end(arguments);
+  size_t length = prefix + std::min<size_t>(wanted < 0 ? 0 : static_cast<size_t>(wanted), room - 1);
+  line[length++] = '\n';
+  // One write, so that lines of several threads do not mix. Nobody can be told that it failed.
+  [[maybe_unused]] const ssize_t written = ::write(STDERR_FILENO, line, length);
+}
+
+}  // namespace ovix
