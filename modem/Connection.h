@@ -1,0 +1,58 @@
+// One connection of the server: bytes in, frames out, and the other way round. Never blocks.
+//
+//               first frame
+//   Unknown --- hello -----------> Client
+//           \-- control request -> Control
+//
+// A connection that is closed for whatever reason stays closed and is swept away by the server.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "Frame.h"
+#include "Modem.h"
+#include "UniqueFd.h"
+
+namespace modem {
+
+enum class Role { Unknown, Client, Control };
+
+class Connection {
+ public:
+  // A peer that does not read is given up when this much waits for it.
+  static constexpr size_t outputBytesMax = 1 << 20;
+
+  explicit Connection(UniqueFd socket) : fd(std::move(socket)) {}
+
+  int get() const { return fd.get(); }
+  bool isOpen() const { return fd.isOpen(); }
+  bool hasOutput() const { return output.size() > outputDone; }
+
+  // Reads once. False when the peer has ended its side; frames may have come before that.
+  bool receive();
+  // The next whole frame; a broken stream closes the connection.
+  bool nextFrame(Frame& frame);
+
+  // Writes what the socket takes now and keeps the rest.
+  void send(const Frame& frame);
+  void flush();
+
+  void close(std::string why);
+  const std::string& closeReason() const { return reason; }
+
+  bool isMidFrame() const { return reader.isMidFrame(); }
+
+  Role role = Role::Unknown;
+  ClientNumber client = 0;  // of a Client
+
+ private:
+  UniqueFd fd;
+  FrameReader reader;
+  std::vector<uint8_t> output;
+  size_t outputDone = 0;
+  std::string reason;
+};
+
+}  // namespace modem

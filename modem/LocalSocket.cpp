@@ -1,0 +1,116 @@
+#include "LocalSocket.h"
+
+#include <fcntl.h>
+#include <sys/file.h>
+#include <sys/socket.h>
+#include <sys/stat.h>
+#include <sys/un.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstring>
+#include <filesystem>
+#include <utility>
+
+namespace modem {
+
+namespace {
+
+constexpr int backlog = 64;
+
+[[noreturn]] void fail(const std::string& path, const std::string& what) {
+  throw SocketError(path + ": " + what);
+}
+
+sockaddr_un addressOf(const std::string& path) {
+  sockaddr_un address = {};
+  address.sun_family = AF_UNIX;
+  if (path.empty()) {
+    throw SocketError("the socket's path is empty");
+  }
+  if (path.size() >= sizeof address.sun_path) {
+    fail(path, "a socket's path has at most " + std::to_string(sizeof address.sun_path - 1) +
+                   " bytes, this one has " + std::to_string(path.size()));
+  }
+  std::memcpy(address.sun_path, path.data(), path.size());
+  return address;
+}
+
+UniqueFd newSocket() {
+  UniqueFd fd(socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, /*protocol=*/0));
+  if (!fd.isOpen()) {
+    throw SocketError(std::string("cannot make a socket: ") + std::strerror(errno));
+  }
+  return fd;
+}
+
+// 0 or errno.
+int tryConnect(int fd, const sockaddr_un& address) {
+  int result = -1;
+  do {
+    result = connect(fd, reinterpret_cast<const sockaddr*>(&address), sizeof address);
+  } while (result != 0 && errno == EINTR);
+  return result == 0 ? 0 : errno;
+}
+
+// Whoever prepares a socket file holds the lock of its directory: two modems that start at once
+// cannot both find a stale file and then remove each other's fresh one. Unlike a lock file it
+// leaves nothing behind.
+UniqueFd lockDirectoryOf(const std::string& path) {
+  const std::string parent = std::filesystem::path(path).parent_path().string();
+  const std::string directory = parent.empty() ? "." : parent;
+  UniqueFd fd(open(directory.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+  if (!fd.isOpen() || flock(fd.get(), LOCK_EX) != 0) {
+    fail(path, "cannot use the directory: " + std::string(std::strerror(errno)));
+  }
+  return fd;
+}
+
+void removeStale(const std::string& path, const sockaddr_un& address) {
+  struct stat status = {};
+  if (lstat(path.c_str(), &status) != 0) {
+    return;
+  }
+  if (!S_ISSOCK(status.st_mode)) {
+    fail(path, "there is a file that is no socket");
+  }
+  const UniqueFd probe(socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
+  if (tryConnect(probe.get(), address) != ECONNREFUSED) {
+    fail(path, "a running modem serves this socket");
+  }
+  unlink(path.c_str());
+}
+
+}  // namespace
+
+UniqueFd connectToSocket(const std::string& path) {
+  const sockaddr_un address = addressOf(path);
+  UniqueFd fd = newSocket();
+  if (const int error = tryConnect(fd.get(), address); error != 0) {
+    fail(path, std::string("cannot connect: ") + std::strerror(error));
+  }
+  return fd;
+}
+
+ListeningSocket::ListeningSocket(std::string socketPath) : path(std::move(socketPath)) {
+  const sockaddr_un address = addressOf(path);
+  const UniqueFd lock = lockDirectoryOf(path);
+  removeStale(path, address);
+  fd = newSocket();
+  struct stat status = {};
+  if (bind(fd.get(), reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0 ||
+      listen(fd.get(), backlog) != 0 || lstat(path.c_str(), &status) != 0) {
+    fail(path, std::string("cannot listen: ") + std::strerror(errno));
+  }
+  device = status.st_dev;
+  inode = status.st_ino;
+}
+
+ListeningSocket::~ListeningSocket() {
+  struct stat status = {};
+  if (lstat(path.c_str(), &status) == 0 && status.st_dev == device && status.st_ino == inode) {
+    unlink(path.c_str());
+  }
+}
+
+}  // namespace modem

@@ -1,0 +1,78 @@
+#include "Store.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <filesystem>
+#include <utility>
+
+#include "UniqueFd.h"
+
+namespace modem {
+
+namespace {
+
+[[noreturn]] void fail(const std::string& path, const char* what) {
+  throw FileError(path + ": " + what + ": " + std::strerror(errno));
+}
+
+void writeAll(int fd, const std::string& text, const std::string& path) {
+  size_t done = 0;
+  while (done < text.size()) {
+    const ssize_t written = write(fd, text.data() + done, text.size() - done);
+    if (written < 0 && errno != EINTR) {
+      fail(path, "cannot write");
+    }
+    done += written > 0 ? static_cast<size_t>(written) : 0;
+  }
+}
+
+void flushDirectoryOf(const std::string& path) {
+  const std::string parent = std::filesystem::path(path).parent_path().string();
+  const std::string directory = parent.empty() ? "." : parent;
+  const UniqueFd fd(open(directory.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+  if (!fd.isOpen() || fsync(fd.get()) != 0) {
+    fail(directory, "cannot flush the directory");
+  }
+}
+
+}  // namespace
+
+Store::Store(std::string storePath, size_t tableCapacity)
+    : path(std::move(storePath)), capacity(tableCapacity) {}
+
+std::optional<ProfilesByIndex> Store::load() const {
+  auto profiles = readProfileFile(path, capacity);
+  if (profiles) {
+    for (const auto& [index, profile] : *profiles) {
+      if (!profile.isPersistent()) {
+        throw FileError(path + ": the profile with index " + std::to_string(index) +
+                        " is not persistent, so this is not a store");
+      }
+    }
+  }
+  return profiles;
+}
+
+void Store::save(const ProfilesByIndex& profiles) const {
+  const std::string fresh = path + ".new";
+  // Passwords are inside: nobody but the owner reads it.
+  UniqueFd fd(open(fresh.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0600));
+  if (!fd.isOpen()) {
+    fail(fresh, "cannot create");
+  }
+  writeAll(fd.get(), profileFileText(profiles), fresh);
+  if (fsync(fd.get()) != 0) {
+    fail(fresh, "cannot flush");
+  }
+  fd.reset();
+  if (std::rename(fresh.c_str(), path.c_str()) != 0) {
+    fail(path, "cannot replace");
+  }
+  flushDirectoryOf(path);
+}
+
+}  // namespace modem

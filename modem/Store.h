@@ -1,0 +1,30 @@
+// Keeps the persistent profiles in a file.
+//
+// A save replaces the file as a whole and returns when the new one would survive a loss of power:
+// it is written beside the old one, flushed, renamed over it, and the directory is flushed. Whoever
+// dies in the middle leaves either the old state or the new one.
+#pragma once
+
+#include <optional>
+#include <string>
+
+#include "ProfileFile.h"
+
+namespace modem {
+
+class Store {
+ public:
+  Store(std::string path, size_t capacity);
+
+  // Empty when nothing was ever saved; throws FileError.
+  std::optional<ProfilesByIndex> load() const;
+
+  // Throws FileError, and then the old file still stands unless only the last flush failed.
+  void save(const ProfilesByIndex& profiles) const;
+
+ private:
+  const std::string path;
+  const size_t capacity;
+};
+
+}  // namespace modem
