@@ -113,6 +113,9 @@ class PAVO_API ProfileParams {
   std::optional<bool> isIAProfile;
 
  private:
+  // The library's own access, which copies nothing.
+  friend struct RecordAccess;
+
   std::optional<std::string> apnName;
   std::optional<std::string> userName;
   std::optional<std::string> password;

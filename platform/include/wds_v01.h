@@ -122,6 +122,7 @@ typedef struct {
 typedef struct {
   wds_profile_type_enum_v01 profile_type;
   uint8_t profile_index;
+  uint8_t reserved_5[3];
 } wds_profile_identifier_type_v01;
 
 typedef struct {

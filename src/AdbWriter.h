@@ -1,0 +1,14 @@
+#pragma once
+
+#include "LogWriter.h"
+
+namespace pavo {
+
+// Writes to the Android log.
+class AdbWriter : public LogWriter {
+ public:
+  void write(LogLevel level, std::string tag, std::string message) override;
+  int convertPrio(LogLevel level) override;
+};
+
+}  // namespace pavo

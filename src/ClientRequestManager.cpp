@@ -1,0 +1,220 @@
+#include "ClientRequestManager.h"
+
+#include "LogWrapper.h"
+#include "ProfileKey.h"
+#include "WakeFd.h"
+
+#include <sys/epoll.h>
+#include <sys/eventfd.h>
+
+#include <cstdlib>
+#include <list>
+#include <optional>
+#include <system_error>
+#include <utility>
+
+namespace pavo {
+
+namespace {
+
+[[noreturn]] void failThread(const std::error_code& code) {
+  throw std::system_error(code, "thread constructor failed");
+}
+
+// A key of another make than the library's is answered like an empty one.
+std::shared_ptr<ProfileKey> ownKey(const std::shared_ptr<IProfileKey>& key) {
+  return std::dynamic_pointer_cast<ProfileKey>(key);
+}
+
+Status statusOf(bool succeeded) { return succeeded ? Status::Success : Status::Failure; }
+
+}  // namespace
+
+ClientRequestManager::ClientRequestManager(int subscription)
+    : port(RequestPort::create()),
+      profileCache(eventManager, subscription, port->getRequestFunction()) {
+  LogWrapper::log(LogLevel::Debug, logTag, "pavo::ClientRequestManager: constructor");
+  startThread();
+  requestFd.reset(::eventfd(/*initval=*/0, EFD_NONBLOCK | EFD_CLOEXEC));
+  if (requestFd.get() == -1) {
+    LogWrapper::log(LogLevel::Error, logTag, "Cannot create eventfd instance");
+    std::abort();
+  }
+  port->open(requestFd.get());
+  eventManager.addEventHandler(requestFd.get(), handleClientRequest, this,
+                               /*closeCallback=*/nullptr, EPOLLIN);
+}
+
+// A thread that cannot be had ends the process: the exception does not leave a noexcept function.
+void ClientRequestManager::startThread() noexcept {
+  try {
+    thread = std::thread(&ClientRequestManager::runPavoThread, this);
+  } catch (const std::system_error& error) {
+    failThread(error.code());
+  }
+}
+
+ClientRequestManager::~ClientRequestManager() { stop(); }
+
+void ClientRequestManager::stop() {
+  if (stopRequested.load()) {
+    return;
+  }
+  LogWrapper::log(LogLevel::Debug, logTag, "pavo::ClientRequestManager: destructor");
+  // First, so that nobody waits for, or writes to the descriptor of, a worker that has ended.
+  port->close();
+  eventManager.removeEventHandler(requestFd.get());
+  running.store(false, std::memory_order_release);
+  stopRequested.store(true, std::memory_order_release);
+  eventManager.wake();
+  thread.join();
+  // Not before the join: the worker may have its event in hand.
+  requestFd.reset();
+}
+
+void ClientRequestManager::runPavoThread() {
+  RequestPort::becomeWorkerThread();
+  LogWrapper::log(LogLevel::High, logTag, "PAVO thread started");
+  running.store(true, std::memory_order_release);
+  while (running.load(std::memory_order_acquire) &&
+         !stopRequested.load(std::memory_order_acquire)) {
+    eventManager.processEvents();
+  }
+}
+
+std::shared_ptr<ClientResponse> ClientRequestManager::processClientRequest(
+    const std::shared_ptr<ClientRequest>& request) {
+  return port->submit(request);
+}
+
+void ClientRequestManager::handleClientRequest(int fd, void* arg) {
+  // Log readers know this place by these words; they are not the current line.
+  LogWrapper::log(LogLevel::Debug, logTag, ":%d:%s", 77, "handleClientRequest");
+  drainFd(fd, LogLevel::Error);
+  if (arg == nullptr) {
+    LogWrapper::log(LogLevel::Error, logTag, "arg is null");
+    return;
+  }
+  auto& self = *static_cast<ClientRequestManager*>(arg);
+  for (const std::shared_ptr<ClientRequest>& release : self.port->takePutOff()) {
+    self.handle(*release);
+  }
+  self.port->serve([&self](const ClientRequest& request) { return self.handle(request); });
+}
+
+ClientRequestManager::Response ClientRequestManager::handle(const ClientRequest& request) {
+  if (LogWrapper::isLogged(LogLevel::Info)) {
+    LogWrapper::log(LogLevel::Info, logTag, "Handling %s", request.text().c_str());
+  }
+  if (refreshInProgress && request.getRequestType() != ReqRespType::Refresh) {
+    return refuse(request.getRequestType());
+  }
+  return perform(request);
+}
+
+ClientRequestManager::Response ClientRequestManager::refuse(ReqRespType type) {
+  switch (type) {
+    case ReqRespType::Add:
+      return std::make_shared<AddResponse>(Status::Failure, nullptr);
+    case ReqRespType::Modify:
+      return std::make_shared<ModifyResponse>(Status::Failure);
+    case ReqRespType::Delete:
+      return std::make_shared<DeleteResponse>(Status::Failure);
+    case ReqRespType::Filter:
+      return std::make_shared<FilterResponse>(Status::Failure,
+                                              std::list<std::shared_ptr<IProfileKey>>());
+    case ReqRespType::Match:
+      return std::make_shared<MatchResponse>(Status::Failure, /*result=*/false);
+    case ReqRespType::Get:
+      return std::make_shared<GetResponse>(Status::Failure, std::nullopt);
+    case ReqRespType::Callback:
+      return std::make_shared<CallbackResponse>(Status::Failure);
+    case ReqRespType::Refresh:
+    default:
+      return nullptr;
+  }
+}
+
+ClientRequestManager::Response ClientRequestManager::perform(const ClientRequest& request) {
+  switch (request.getRequestType()) {
+    case ReqRespType::Add:
+      return add(static_cast<const AddRequest&>(request));
+    case ReqRespType::Modify:
+      return modify(static_cast<const ModifyRequest&>(request));
+    case ReqRespType::Delete:
+      return remove(static_cast<const DeleteRequest&>(request));
+    case ReqRespType::Filter:
+      return filter(static_cast<const FilterRequest&>(request));
+    case ReqRespType::Match:
+      return match(static_cast<const MatchRequest&>(request));
+    case ReqRespType::Get:
+      return get(static_cast<const GetRequest&>(request));
+    case ReqRespType::Callback:
+      return callback(static_cast<const CallbackRequest&>(request));
+    case ReqRespType::Refresh:
+      return refresh(static_cast<const RefreshRequest&>(request));
+    default:
+      return nullptr;
+  }
+}
+
+ClientRequestManager::Response ClientRequestManager::add(const AddRequest& request) {
+  // Success also with an empty key: the key tells.
+  return std::make_shared<AddResponse>(Status::Success,
+                                       profileCache.add(request.getAddProfileParams()));
+}
+
+ClientRequestManager::Response ClientRequestManager::modify(const ModifyRequest& request) {
+  const std::shared_ptr<ProfileKey> key = ownKey(request.getModifyProfileKey());
+  return std::make_shared<ModifyResponse>(
+      statusOf(key != nullptr && profileCache.modify(request.getModifyProfileParams(), key)));
+}
+
+ClientRequestManager::Response ClientRequestManager::remove(const DeleteRequest& request) {
+  const std::shared_ptr<ProfileKey> key = ownKey(request.getDeleteProfileKey());
+  return std::make_shared<DeleteResponse>(statusOf(key != nullptr && profileCache.remove(key)));
+}
+
+ClientRequestManager::Response ClientRequestManager::filter(const FilterRequest& request) {
+  const std::list<std::shared_ptr<ProfileKey>> keys =
+      profileCache.filter(request.getFilterParams());
+  return std::make_shared<FilterResponse>(
+      Status::Success, std::list<std::shared_ptr<IProfileKey>>(keys.begin(), keys.end()));
+}
+
+ClientRequestManager::Response ClientRequestManager::match(const MatchRequest& request) {
+  const std::shared_ptr<ProfileKey> key = ownKey(request.getMatchKey());
+  const bool matches = key != nullptr && profileCache.match(request.getMatchParams(), key);
+  return std::make_shared<MatchResponse>(statusOf(key != nullptr), matches);
+}
+
+ClientRequestManager::Response ClientRequestManager::get(const GetRequest& request) {
+  std::optional<ProfileParams> params = profileCache.get(ownKey(request.getProfileKey()));
+  const Status status = statusOf(params.has_value());
+  return std::make_shared<GetResponse>(status, std::move(params));
+}
+
+ClientRequestManager::Response ClientRequestManager::callback(const CallbackRequest& request) {
+  bool succeeded = false;
+  if (request.hasReleaseToken()) {
+    succeeded = profileCache.releaseProfile(request.getReleaseToken());
+  } else if (request.hasExpirationInfo()) {
+    succeeded = profileCache.registerExpirationListener(
+        request.getExpirationCb(), request.getExpirationKey(), request.getExpirationToken());
+  }
+  return std::make_shared<CallbackResponse>(statusOf(succeeded));
+}
+
+ClientRequestManager::Response ClientRequestManager::refresh(const RefreshRequest& request) {
+  if (request.getStatus() == PDC_REFRESH_STARTED) {
+    refreshInProgress = true;
+  } else {
+    refreshInProgress = false;
+    profileCache.refresh();
+  }
+  return std::make_shared<RefreshResponse>(Status::Success);
+}
+
+std::vector<std::string> ClientRequestManager::dump() { return profileCache.dump(); }
+
+}  // namespace pavo

@@ -1,0 +1,78 @@
+// The worker: one thread, the event loop that it runs, and the cache that only it touches.
+//
+// States: building -> running -> stopped. Building registers with the platform before the thread
+// runs; stopping joins the thread and leaves the cache to the destructor.
+#pragma once
+
+#include "ClientRequest.h"
+#include "ClientResponse.h"
+#include "EventManager.h"
+#include "ProfileCache.h"
+#include "RequestPort.h"
+#include "UniqueFd.h"
+
+#include <atomic>
+#include <memory>
+#include <string>
+#include <thread>
+#include <vector>
+
+namespace pavo {
+
+class ClientRequestManager {
+ public:
+  // Builds everything and starts the thread. Ends the process when it cannot have a thread or a
+  // file descriptor.
+  explicit ClientRequestManager(int subscription);
+  ClientRequestManager(const ClientRequestManager&) = delete;
+  ClientRequestManager& operator=(const ClientRequestManager&) = delete;
+  // Stops, then destroys the cache: listeners of live keys run on the calling thread.
+  ~ClientRequestManager();
+
+  // Hands one request to the worker and waits; see RequestPort::submit.
+  std::shared_ptr<ClientResponse> processClientRequest(
+      const std::shared_ptr<ClientRequest>& request);
+
+  // Answers all waiting and later callers empty and joins the thread. Any thread but the worker's;
+  // calls after the first do nothing.
+  void stop();
+
+  // The body of the worker thread.
+  void runPavoThread();
+
+  // The event loop's callback of the request eventfd; arg is the ClientRequestManager.
+  static void handleClientRequest(int fd, void* arg);
+
+  // The cache's dump. Any thread.
+  std::vector<std::string> dump();
+
+ private:
+  using Response = std::shared_ptr<ClientResponse>;
+
+  void startThread() noexcept;
+  Response handle(const ClientRequest& request);
+  Response refuse(ReqRespType type);
+  Response perform(const ClientRequest& request);
+  Response add(const AddRequest& request);
+  Response modify(const ModifyRequest& request);
+  Response remove(const DeleteRequest& request);
+  Response filter(const FilterRequest& request);
+  Response match(const MatchRequest& request);
+  Response get(const GetRequest& request);
+  Response callback(const CallbackRequest& request);
+  Response refresh(const RefreshRequest& request);
+
+  const std::shared_ptr<RequestPort> port;
+  std::thread thread;
+  // Set by the thread when it runs. stopRequested is never cleared, so a stop that comes before the
+  // thread has begun is not lost.
+  std::atomic<bool> running{false};
+  std::atomic<bool> stopRequested{false};
+  UniqueFd requestFd;
+  EventManager eventManager;
+  ProfileCache profileCache;
+  // Worker only: the modem's configuration is being replaced, profile operations are refused.
+  bool refreshInProgress = false;
+};
+
+}  // namespace pavo

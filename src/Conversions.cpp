@@ -1,0 +1,210 @@
+#include "Conversions.h"
+
+#include "LogWrapper.h"
+
+#include <algorithm>
+
+namespace pavo {
+
+namespace {
+
+constexpr unsigned int authBits = WDS_AUTH_PREFERENCE_PAP_V01 | WDS_AUTH_PREFERENCE_CHAP_V01;
+
+struct ApnTypePair {
+  ApnTypes common;
+  std::uint64_t ovix;
+};
+
+constexpr ApnTypePair apnTypePairs[] = {
+    {DEFAULT, WDS_APN_TYPE_DEFAULT_V01}, {MMS, WDS_APN_TYPE_MMS_V01},
+    {SUPL, WDS_APN_TYPE_SUPL_V01},       {DUN, WDS_APN_TYPE_DUN_V01},
+    {HIPRI, WDS_APN_TYPE_HIPRI_V01},     {FOTA, WDS_APN_TYPE_FOTA_V01},
+    {IMS, WDS_APN_TYPE_IMS_V01},         {CBS, WDS_APN_TYPE_CBS_V01},
+    {IA, WDS_APN_TYPE_IA_V01},           {EMERGENCY, WDS_APN_TYPE_EMERGENCY_V01},
+    {MCX, WDS_APN_TYPE_MCX_V01},         {XCAP, WDS_APN_TYPE_XCAP_V01},
+    {RCS, WDS_APN_TYPE_RCS_V01},
+};
+
+}  // namespace
+
+IPType convertPdpType(wds_pdp_type_enum_v01 type) {
+  switch (type) {
+    case WDS_PDP_TYPE_IPV4_V01:
+      return IPType::V4;
+    case WDS_PDP_TYPE_IPV6_V01:
+      return IPType::V6;
+    case WDS_PDP_TYPE_IPV4V6_V01:
+      return IPType::V4V6;
+    case WDS_PDP_TYPE_PPP_V01:
+    default:
+      LogWrapper::log(LogLevel::Debug, logTag, "Unknown pdp_type_enum %d", static_cast<int>(type));
+      return IPType::UNKNOWN;
+  }
+}
+
+IPType convertPdpType(wds_common_pdp_type_enum_v01 type) {
+  switch (type) {
+    case WDS_COMMON_PDP_TYPE_IPV4_V01:
+      return IPType::V4;
+    case WDS_COMMON_PDP_TYPE_IPV6_V01:
+      return IPType::V6;
+    case WDS_COMMON_PDP_TYPE_IPV4V6_V01:
+      return IPType::V4V6;
+    case WDS_COMMON_PDP_TYPE_UNSPECIFIED_V01:
+    default:
+      LogWrapper::log(LogLevel::Debug, logTag, "Unknown pdp_type_enum %d", static_cast<int>(type));
+      return IPType::UNKNOWN;
+  }
+}
+
+IPType convertPdnType(wds_profile_pdn_type_enum_v01 type) {
+  switch (type) {
+    case WDS_PROFILE_PDN_TYPE_IPV4_V01:
+      return IPType::V4;
+    case WDS_PROFILE_PDN_TYPE_IPV6_V01:
+      return IPType::V6;
+    case WDS_PROFILE_PDN_TYPE_IPV4_OR_IPV6_V01:
+      return IPType::V4V6;
+    case WDS_PROFILE_PDN_TYPE_UNSPECIFIED_V01:
+      return IPType::UNKNOWN;
+    default:
+      LogWrapper::log(LogLevel::Debug, logTag, "Unknown profile_pdn_type_enum %d",
+                      static_cast<int>(type));
+      return IPType::UNKNOWN;
+  }
+}
+
+wds_pdp_type_enum_v01 convertToOvixPdpType(IPType type) {
+  switch (type) {
+    case IPType::V4:
+      return WDS_PDP_TYPE_IPV4_V01;
+    case IPType::V6:
+      return WDS_PDP_TYPE_IPV6_V01;
+    case IPType::V4V6:
+    case IPType::UNKNOWN:
+    default:
+      return WDS_PDP_TYPE_IPV4V6_V01;
+  }
+}
+
+wds_common_pdp_type_enum_v01 convertToOvixCommonPdpType(IPType type) {
+  switch (type) {
+    case IPType::UNKNOWN:
+      return WDS_COMMON_PDP_TYPE_UNSPECIFIED_V01;
+    case IPType::V4:
+      return WDS_COMMON_PDP_TYPE_IPV4_V01;
+    case IPType::V6:
+      return WDS_COMMON_PDP_TYPE_IPV6_V01;
+    case IPType::V4V6:
+    default:
+      return WDS_COMMON_PDP_TYPE_IPV4V6_V01;
+  }
+}
+
+wds_profile_pdn_type_enum_v01 convertToOvixProfilePdnType(IPType type) {
+  switch (type) {
+    case IPType::V4:
+      return WDS_PROFILE_PDN_TYPE_IPV4_V01;
+    case IPType::V6:
+      return WDS_PROFILE_PDN_TYPE_IPV6_V01;
+    case IPType::V4V6:
+    case IPType::UNKNOWN:
+    default:
+      return WDS_PROFILE_PDN_TYPE_IPV4_OR_IPV6_V01;
+  }
+}
+
+std::uint8_t convertToOvixAuthPref(AuthType type) {
+  return static_cast<std::uint8_t>(static_cast<unsigned int>(type) & authBits);
+}
+
+wds_profile_auth_protocol_enum_v01 convertToOvixAuthProtocol(AuthType type) {
+  switch (type) {
+    case AuthType::PAP:
+      return WDS_PROFILE_AUTH_PAP_V01;
+    case AuthType::CHAP:
+      return WDS_PROFILE_AUTH_CHAP_V01;
+    case AuthType::PAP_CHAP:
+      return WDS_PROFILE_AUTH_PAP_OR_CHAP_V01;
+    case AuthType::NONE:
+    default:
+      return WDS_PROFILE_AUTH_NONE_V01;
+  }
+}
+
+wds_profile_auth_protocol_enum_v01 convertToOvixPdnLevelAuthProtocol(AuthType type) {
+  return convertToOvixAuthProtocol(type);
+}
+
+AuthType convertToAuthType(unsigned char preference) {
+  return static_cast<AuthType>(preference & authBits);
+}
+
+AuthType convertToAuthType(wds_profile_auth_protocol_enum_v01 protocol) {
+  switch (protocol) {
+    case WDS_PROFILE_AUTH_PAP_V01:
+      return AuthType::PAP;
+    case WDS_PROFILE_AUTH_CHAP_V01:
+      return AuthType::CHAP;
+    case WDS_PROFILE_AUTH_PAP_OR_CHAP_V01:
+      return AuthType::PAP_CHAP;
+    case WDS_PROFILE_AUTH_NONE_V01:
+    default:
+      return AuthType::NONE;
+  }
+}
+
+std::uint64_t convertToSingleOvixApnType(ApnTypes type) {
+  const auto* const pair = std::find_if(std::begin(apnTypePairs), std::end(apnTypePairs),
+                                        [type](const ApnTypePair& p) { return p.common == type; });
+  return pair != std::end(apnTypePairs) ? pair->ovix : 0;
+}
+
+ApnTypes convertToSingleCommonApnType(unsigned long long type) {
+  const auto* const pair = std::find_if(std::begin(apnTypePairs), std::end(apnTypePairs),
+                                        [type](const ApnTypePair& p) { return p.ovix == type; });
+  return pair != std::end(apnTypePairs) ? pair->common : ApnTypes::NONE;
+}
+
+std::uint64_t convertToOvixApnTypeMask(unsigned int mask) {
+  std::uint64_t converted = 0;
+  for (const ApnTypePair& pair : apnTypePairs) {
+    if ((mask & pair.common) != 0) {
+      converted |= pair.ovix;
+    }
+  }
+  return converted;
+}
+
+unsigned int convertToCommonApnTypeMask(unsigned long long mask) {
+  unsigned int converted = 0;
+  for (const ApnTypePair& pair : apnTypePairs) {
+    if ((mask & pair.ovix) != 0) {
+      converted |= pair.common;
+    }
+  }
+  return converted;
+}
+
+wds_profile_identifier_type_v01 convertToProfileIdentifier(int profileId) {
+  wds_profile_identifier_type_v01 identifier{};
+  identifier.profile_type = WDS_PROFILE_TYPE_3GPP_V01;
+  identifier.profile_index = static_cast<std::uint8_t>(profileId);
+  return identifier;
+}
+
+std::string convertToLower(const std::string& text) {
+  std::string lower = text;
+  for (char& c : lower) {
+    c = convertToLower(c);
+  }
+  return lower;
+}
+
+std::string normalizeApnName(const std::string& name) {
+  return convertToLower(name.size() > apnNameBytesMax ? name.substr(0, apnNameBytesMax) : name);
+}
+
+bool expired(const ExpirationListener& listener) { return listener.second.expired(); }
+
+}  // namespace pavo

@@ -1,0 +1,61 @@
+// Between the client's enumerations and the modem's. Pure functions, any thread; an unknown modem
+// value becomes UNKNOWN or 0, with a line in the log where the modem should know better.
+#pragma once
+
+#include <pavo/IProfileKey.h>
+#include <pavo/ProfileTypes.h>
+
+#include "wds_v01.h"
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <string>
+#include <utility>
+
+namespace pavo {
+
+// A client that waits for its profile's end, and the key that has to live for it to be told.
+using ExpirationListener = std::pair<std::function<void()>, std::weak_ptr<IProfileKey>>;
+
+IPType convertPdpType(wds_pdp_type_enum_v01 type);
+IPType convertPdpType(wds_common_pdp_type_enum_v01 type);
+IPType convertPdnType(wds_profile_pdn_type_enum_v01 type);
+
+// An unknown client type is sent as IPv4v6 here ...
+wds_pdp_type_enum_v01 convertToOvixPdpType(IPType type);
+// ... but as unspecified here: that is how an override is taken back.
+wds_common_pdp_type_enum_v01 convertToOvixCommonPdpType(IPType type);
+wds_profile_pdn_type_enum_v01 convertToOvixProfilePdnType(IPType type);
+
+std::uint8_t convertToOvixAuthPref(AuthType type);
+wds_profile_auth_protocol_enum_v01 convertToOvixAuthProtocol(AuthType type);
+wds_profile_auth_protocol_enum_v01 convertToOvixPdnLevelAuthProtocol(AuthType type);
+AuthType convertToAuthType(unsigned char preference);
+AuthType convertToAuthType(wds_profile_auth_protocol_enum_v01 protocol);
+
+// One named bit; 0 for anything else.
+std::uint64_t convertToSingleOvixApnType(ApnTypes type);
+ApnTypes convertToSingleCommonApnType(unsigned long long type);
+
+// Every named bit; bits without a counterpart are dropped.
+std::uint64_t convertToOvixApnTypeMask(unsigned int mask);
+unsigned int convertToCommonApnTypeMask(unsigned long long mask);
+
+wds_profile_identifier_type_v01 convertToProfileIdentifier(int profileId);
+
+// ASCII letters only, whatever the locale: APN names are compared by the modem that way.
+constexpr char convertToLower(char c) {
+  return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+}
+std::string convertToLower(const std::string& text);
+
+// The form in which APN names are kept and compared: the first 150 bytes, in lower case.
+inline constexpr std::size_t apnNameBytesMax = OVIX_WDS_APN_NAME_MAX_V01;
+std::string normalizeApnName(const std::string& name);
+
+// Whether the listener's key is gone. It asks without taking a handle: one taken here could become
+// the key's last, and the key must not die on the worker.
+bool expired(const ExpirationListener& listener);
+
+}  // namespace pavo

@@ -1,0 +1,19 @@
+#pragma once
+
+#include "LogWriter.h"
+
+namespace pavo {
+
+// Writes to the modem's diagnostic channel, which it opens for as long as it exists.
+class DiagWriter : public LogWriter {
+ public:
+  DiagWriter();
+  DiagWriter(const DiagWriter&) = delete;
+  DiagWriter& operator=(const DiagWriter&) = delete;
+  ~DiagWriter() override;
+
+  void write(LogLevel level, std::string tag, std::string message) override;
+  int convertPrio(LogLevel level) override;
+};
+
+}  // namespace pavo

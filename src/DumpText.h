@@ -1,0 +1,43 @@
+// The pieces of which dump texts are made. They append to one string: several times cheaper than a
+// string stream, with the same text.
+#pragma once
+
+#include <pavo/ProfileTypes.h>
+
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace pavo {
+
+// Room for the attributes of an ordinary profile.
+inline constexpr std::size_t dumpCharsTypical = 256;
+
+void appendValue(std::string& text, const std::string& value);
+void appendValue(std::string& text, bool value);
+void appendValue(std::string& text, int value);
+void appendValue(std::string& text, unsigned int value);
+void appendValue(std::string& text, unsigned long long value);
+void appendValue(std::string& text, AuthType value);
+void appendValue(std::string& text, IPType value);
+void appendValue(std::string& text, ApnClass value);
+void appendValue(std::string& text, ApnTypes value);
+void appendValue(std::string& text, FilterMatchType value);
+
+// Appends key, value and a comma.
+template <typename T>
+void appendEntry(std::string& text, std::string_view key, const T& value) {
+  text += key;
+  appendValue(text, value);
+  text += ',';
+}
+
+// The same when there is a value, nothing otherwise.
+template <typename T>
+void appendEntry(std::string& text, std::string_view key, const std::optional<T>& value) {
+  if (value) {
+    appendEntry(text, key, *value);
+  }
+}
+
+}  // namespace pavo

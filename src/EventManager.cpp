@@ -1,0 +1,228 @@
+#include "EventManager.h"
+
+#include "LogWrapper.h"
+#include "WakeFd.h"
+
+#include <sys/eventfd.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdlib>
+#include <iostream>
+#include <set>
+#include <string>
+#include <utility>
+
+namespace pavo {
+
+namespace {
+
+// The approved descriptors, shared by all loops. Never destroyed: a worker may end after the static
+// objects of this library.
+struct ApprovedFds {
+  Mutex mutex;
+  std::set<int> fds GUARDED_BY(mutex);
+
+  static ApprovedFds& instance() {
+    static ApprovedFds& approved = *new ApprovedFds;
+    return approved;
+  }
+};
+
+struct EventName {
+  unsigned int bit;
+  const char* name;
+};
+
+constexpr EventName eventNames[] = {{EPOLLOUT, "EPOLLOUT "},
+                                    {EPOLLPRI, "EPOLLPRI "},
+                                    {EPOLLERR, "EPOLLERR "},
+                                    {EPOLLET, "EPOLLET "}};
+
+std::string eventText(unsigned int events) {
+  std::string text;
+  for (const EventName& entry : eventNames) {
+    if ((events & entry.bit) != 0) {
+      text += entry.name;
+    }
+  }
+  return text;
+}
+
+void* asPointer(void (*function)(int, void*)) { return reinterpret_cast<void*>(function); }
+
+}  // namespace
+
+EventManager::EventManager() : readyEvents{} {
+  epollFd.reset(::epoll_create1(EPOLL_CLOEXEC));
+  if (epollFd.get() == -1) {
+    LogWrapper::log(LogLevel::Error, logTag, "Cannot create epoll instance");
+    std::abort();
+  }
+  wakeFd.reset(::eventfd(/*initval=*/0, EFD_NONBLOCK | EFD_CLOEXEC));
+  if (wakeFd.get() == -1) {
+    LogWrapper::log(LogLevel::Error, logTag, "Cannot create eventfd instance");
+    std::abort();
+  }
+  addEventHandler(wakeFd.get(), clearRead, /*data=*/nullptr, /*closeCallback=*/nullptr,
+                  EPOLLIN | EPOLLHUP);
+  LogWrapper::log(LogLevel::Verbose, logTag, "EventManager is ready. epollFd:%d", epollFd.get());
+}
+
+EventManager::~EventManager() { removeEventHandler(wakeFd.get()); }
+
+bool EventManager::addEventHandler(int fd, EventCallback callback, void* data,
+                                   CloseCallback closeCallback, int events) {
+  LogWrapper::log(LogLevel::Verbose, logTag,
+                  "EventManager::addEventHandler(int %d, EventCallback %p, void* %p, "
+                  "CloseCallback %p, events %d) EX",
+                  fd, asPointer(callback), data, asPointer(closeCallback), events);
+  bool added = false;
+  {
+    const MutexLock lock(handlersMutex);
+    added = handlers.emplace(fd, HandlerObject{callback, closeCallback, data}).second;
+  }
+  if (!added) {
+    LogWrapper::log(LogLevel::Info, logTag, "fd=%d is already in handlers", fd);
+    return false;
+  }
+  // The tables know the descriptor before the first event can come: on another thread the loop may
+  // be waiting already, and it closes what is not approved.
+  addApprovedFd(fd);
+  epoll_event event{};
+  event.events = static_cast<std::uint32_t>(events);
+  event.data.fd = fd;
+  if (::epoll_ctl(epollFd.get(), EPOLL_CTL_ADD, fd, &event) != 0) {
+    LogWrapper::log(LogLevel::Error, logTag, "Cannot add event handler");
+  }
+  return true;
+}
+
+void EventManager::removeEventHandler(int fd) {
+  LogWrapper::log(LogLevel::Verbose, logTag, "EventManager::removeEventHandler(int fd) EX");
+  if (::epoll_ctl(epollFd.get(), EPOLL_CTL_DEL, fd, /*event=*/nullptr) != 0) {
+    LogWrapper::log(LogLevel::Error, logTag, "Cannot remove event handler");
+  }
+  CloseCallback closeCallback = nullptr;
+  void* data = nullptr;
+  {
+    const MutexLock lock(handlersMutex);
+    HandlerObject& handler = handlers[fd];
+    // Taken out, so that a close callback that removes its own descriptor is not called again.
+    closeCallback = std::exchange(handler.closeCallback, nullptr);
+    data = handler.data;
+  }
+  if (closeCallback != nullptr) {
+    closeCallback(fd, data);
+  }
+  std::size_t erased = 0;
+  {
+    const MutexLock lock(handlersMutex);
+    erased = handlers.erase(fd);
+  }
+  if (erased != 1) {
+    LogWrapper::log(LogLevel::Error, logTag, "handlers.erase for fd %d, returned %d!", fd,
+                    static_cast<int>(erased));
+  }
+  remApprovedFd(fd);
+}
+
+void EventManager::clearRead(int fd, void* /*data*/) { drainFd(fd, LogLevel::Info); }
+
+std::optional<EventManager::HandlerObject> EventManager::findHandler(int fd) {
+  const MutexLock lock(handlersMutex);
+  const auto found = handlers.find(fd);
+  if (found == handlers.end()) {
+    return std::nullopt;
+  }
+  return found->second;
+}
+
+void EventManager::processEvents() {
+  const int count = ::epoll_wait(epollFd.get(), readyEvents, eventsPerWaitMax, /*timeout=*/-1);
+  if (count == -1) {
+    LogWrapper::log(LogLevel::Error, logTag, "epoll_wait error");
+    return;
+  }
+  for (int i = 0; i < count; ++i) {
+    const int fd = readyEvents[i].data.fd;
+    const unsigned int events = readyEvents[i].events;
+    LogWrapper::log(LogLevel::Verbose, logTag,
+                    "there are %d file descriptor(s) with events pending", count - i);
+    LogWrapper::log(LogLevel::Verbose, logTag, "processing event number: %d, handling %d for %d", i,
+                    static_cast<int>(events), fd);
+    dispatch(fd, events);
+  }
+}
+
+void EventManager::dispatch(int fd, unsigned int events) {
+  if ((events & EPOLLHUP) != 0) {
+    LogWrapper::log(LogLevel::Info, logTag, "file descriptor '%d' sent HUP.", fd);
+    removeEventHandler(fd);
+    ::close(fd);
+  } else if ((events & EPOLLIN) != 0) {
+    dispatchReadable(fd);
+  } else {
+    LogWrapper::log(LogLevel::Info, logTag, "Unhandled epoll event: %s [flags 0%o]",
+                    eventText(events).c_str(), events);
+  }
+}
+
+void EventManager::dispatchReadable(int fd) {
+  // A copy: the callback may remove its own handler.
+  const std::optional<HandlerObject> handler = findHandler(fd);
+  if (!isApprovedFd(fd)) {
+    LogWrapper::log(LogLevel::Info, logTag,
+                    "file descriptor %d is not on the approved list, cannot process event", fd);
+    removeEventHandler(fd);
+    // Without an entry this is a stale event of a descriptor that an earlier callback of the same
+    // wait removed. Its owner has closed it, and the number may already be somebody else's.
+    if (handler) {
+      ::close(fd);
+    }
+  } else if (!handler) {
+    LogWrapper::log(LogLevel::Info, logTag,
+                    "file descriptor '%d' does not have an event handler registered", fd);
+  } else {
+    LogWrapper::log(LogLevel::Verbose, logTag,
+                    "file descriptor '%d' is processing events [callback:%p, data:%p]", fd,
+                    asPointer(handler->callback), handler->data);
+    if (handler->callback == nullptr) {
+      LogWrapper::log(LogLevel::Error, logTag, "no callback registered");
+    } else {
+      handler->callback(fd, handler->data);
+    }
+  }
+}
+
+void EventManager::wake() {
+  LogWrapper::log(LogLevel::Verbose, logTag, "EventManager::wake() EX");
+  // Operators' test benches wait for this line to see that a worker ends.
+  std::cout << "wake()" << std::endl;
+  const int written = notifyFd(wakeFd.get());
+  if (written != notifiedBytes) {
+    const int error = errno;
+    LogWrapper::log(LogLevel::Info, logTag, "Error in writing rv: %d, error: %s", written,
+                    errorText(error).c_str());
+  }
+}
+
+bool EventManager::isApprovedFd(int fd) {
+  ApprovedFds& approved = ApprovedFds::instance();
+  const MutexLock lock(approved.mutex);
+  return approved.fds.count(fd) != 0;
+}
+
+void EventManager::addApprovedFd(int fd) {
+  ApprovedFds& approved = ApprovedFds::instance();
+  const MutexLock lock(approved.mutex);
+  approved.fds.insert(fd);
+}
+
+void EventManager::remApprovedFd(int fd) {
+  ApprovedFds& approved = ApprovedFds::instance();
+  const MutexLock lock(approved.mutex);
+  approved.fds.erase(fd);
+}
+
+}  // namespace pavo

@@ -1,0 +1,72 @@
+#include "LogWrapper.h"
+
+#include "LocalLogBuffer.h"
+
+#include <cstdarg>
+#include <cstdio>
+#include <string>
+#include <utility>
+
+namespace pavo {
+
+namespace {
+
+bool isKept(LogLevel level) { return level == LogLevel::Error || level == LogLevel::High; }
+
+// Removes the writer at process exit, so that it can close its channel.
+struct WriterRemover {
+  explicit WriterRemover(LogWrapper& logWrapper) : wrapper(logWrapper) {}
+  ~WriterRemover() { wrapper.setLogWriter(nullptr); }
+  LogWrapper& wrapper;
+};
+
+}  // namespace
+
+LogWrapper& LogWrapper::getInstance() {
+  // Never destroyed: threads of the messaging library and late keys log until the very end.
+  static LogWrapper& wrapper = *new LogWrapper;
+  static WriterRemover remover(wrapper);
+  return wrapper;
+}
+
+void LogWrapper::setLogWriter(std::unique_ptr<LogWriter> newWriter) {
+  std::shared_ptr<LogWriter> next(std::move(newWriter));
+  const MutexLock lock(mutex);
+  hasWriter.store(next != nullptr, std::memory_order_relaxed);
+  writer.swap(next);
+}
+
+bool LogWrapper::isLogged(LogLevel level) {
+  return isKept(level) || getInstance().hasWriter.load(std::memory_order_relaxed);
+}
+
+std::shared_ptr<LogWriter> LogWrapper::currentWriter() {
+  const MutexLock lock(mutex);
+  return writer;
+}
+
+void LogWrapper::log(LogLevel level, const char* tag, const char* format, ...) noexcept {
+  if (!isLogged(level)) {
+    return;
+  }
+  char text[messageCharsMax + 1];
+  std::va_list arguments;
+  va_start(arguments, format);
+  const int wanted = std::vsnprintf(text, sizeof text, format, arguments);
+  va_end(arguments);
+  const auto length = static_cast<std::size_t>(
+      wanted < 0 ? 0 : (wanted > messageCharsMax ? messageCharsMax : wanted));
+
+  // The handle keeps the writer alive; its mutex is not held while it writes.
+  if (const std::shared_ptr<LogWriter> sink = getInstance().currentWriter()) {
+    sink->write(level, tag != nullptr ? tag : "", std::string(text, length));
+  }
+  if (isKept(level)) {
+    std::string message;
+    message.reserve(LocalLogBuffer::prefixCharsTypical + length);
+    message.assign(text, length);
+    LocalLogBuffer::getInstance().addLogWithTimestamp(std::move(message));
+  }
+}
+
+}  // namespace pavo

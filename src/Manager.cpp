@@ -1,0 +1,192 @@
+#include <pavo/Manager.h>
+
+#include "AdbWriter.h"
+#include "ClientRequest.h"
+#include "ClientRequestManager.h"
+#include "ClientResponse.h"
+#include "DiagWriter.h"
+#include "LocalLogBuffer.h"
+#include "LogWrapper.h"
+#include "Mutex.h"
+#include "RequestPort.h"
+
+#include <utility>
+
+namespace pavo {
+
+namespace {
+
+// Guards the worker pointer of every Manager: a leaf, held for a copy or a swap. Never destroyed:
+// callers' threads may be inside while the process exits.
+Mutex& workerMutex() {
+  static Mutex& mutex = *new Mutex;
+  return mutex;
+}
+
+// What the log says of an operation.
+struct Operation {
+  const char* name;
+  const char* entry;
+  const char* exit;
+  const char* castFailure;
+};
+
+constexpr Operation addOperation{"Manager::addProfile", "Manager::addProfile > %s",
+                                 "Manager::addProfile < %s", "Unable to cast to AddResponse"};
+constexpr Operation modifyOperation{"Manager::modifyProfile", "Manager::modifyProfile > %s",
+                                    "Manager::modifyProfile < %s",
+                                    "Unable to cast to ModifyResponse"};
+constexpr Operation deleteOperation{"Manager::deleteProfile", "Manager::deleteProfile > %s",
+                                    "Manager::deleteProfile < %s",
+                                    "Unable to cast to DeleteResponse"};
+constexpr Operation filterOperation{"Manager::filter", "Manager::filter > %s",
+                                    "Manager::filter < %s", "Unable to cast to FilterResponse"};
+constexpr Operation getOperation{"Manager::getProfile", "Manager::getProfile > %s",
+                                 "Manager::getProfile < %s", "Error in getProfile"};
+constexpr Operation matchOperation{"Manager::match", "Manager::match > %s", "Manager::match < %s",
+                                   "Unable to cast to MatchResponse"};
+constexpr Operation refreshOperation{"Manager::refresh", "Manager::refresh > %s",
+                                     "Manager::refresh < %s", "Unable to cast to RefreshResponse"};
+
+// The road of every operation: a request made of the arguments goes to the worker, both ends are
+// logged, and the response comes back as the class that answers such a request. Empty when there is
+// none.
+template <typename Request, typename Response, typename GetWorker, typename... Arguments>
+std::shared_ptr<const Response> perform(const Operation& operation, const GetWorker& getWorker,
+                                        const Arguments&... arguments) {
+  if (RequestPort::onWorkerThread()) {
+    RequestPort::logRefusal(operation.name);
+    return nullptr;
+  }
+  const std::shared_ptr<ClientRequestManager> worker = getWorker();
+  if (worker == nullptr) {
+    LogWrapper::log(LogLevel::Error, logTag, "Manager not initialized!");
+    return nullptr;
+  }
+  const auto request = std::make_shared<Request>(arguments...);
+  LogWrapper::log(LogLevel::High, logTag, operation.entry, request->text().c_str());
+  const std::shared_ptr<ClientResponse> response = worker->processClientRequest(request);
+  LogWrapper::log(LogLevel::High, logTag, operation.exit,
+                  response != nullptr ? response->dump().c_str() : "");
+  if (response == nullptr) {
+    LogWrapper::log(LogLevel::Error, logTag, "%s", operation.castFailure);
+  }
+  return std::static_pointer_cast<const Response>(response);
+}
+
+}  // namespace
+
+Manager::Manager() { LogWrapper::log(LogLevel::Debug, logTag, "pavo::Manager: constructor"); }
+
+Manager::~Manager() {
+  std::shared_ptr<ClientRequestManager> last;
+  {
+    const MutexLock lock(workerMutex());
+    last.swap(worker);
+  }
+  if (last == nullptr) {
+    return;
+  }
+  if (RequestPort::onWorkerThread()) {
+    // A listener has called exit(): the worker cannot wait for itself, and the process is ending.
+    static auto& abandoned = *new std::shared_ptr<ClientRequestManager>;
+    abandoned.swap(last);
+    return;
+  }
+  // Here, although a caller who overlaps may still hold the object: the thread ends now.
+  last->stop();
+}
+
+void Manager::init(int subscription, bool useAndroidLog) noexcept {
+  if (RequestPort::onWorkerThread()) {
+    RequestPort::logRefusal("Manager::init");
+    return;
+  }
+  std::unique_ptr<LogWriter> writer;
+  if (useAndroidLog) {
+    writer = std::make_unique<AdbWriter>();
+  } else {
+    writer = std::make_unique<DiagWriter>();
+  }
+  LogWrapper::getInstance().setLogWriter(std::move(writer));
+  LogWrapper::log(LogLevel::High, logTag, "Manager::init(%d)", subscription);
+  // The new worker is in place before the old one ends.
+  auto replaced = std::make_shared<ClientRequestManager>(subscription);
+  {
+    const MutexLock lock(workerMutex());
+    replaced.swap(worker);
+  }
+  if (replaced != nullptr) {
+    replaced->stop();
+  }
+}
+
+std::shared_ptr<ClientRequestManager> Manager::currentWorker() const {
+  const MutexLock lock(workerMutex());
+  return worker;
+}
+
+std::shared_ptr<IProfileKey> Manager::addProfile(const AddProfileParams& params) noexcept {
+  const auto response = perform<AddRequest, AddResponse>(
+      addOperation, [this] { return currentWorker(); }, params);
+  return response != nullptr ? response->getAddProfileKey() : nullptr;
+}
+
+bool Manager::modifyProfile(const ModifyProfileParams& params,
+                            std::shared_ptr<IProfileKey> key) noexcept {
+  const auto response = perform<ModifyRequest, ModifyResponse>(
+      modifyOperation, [this] { return currentWorker(); }, params, key);
+  return response != nullptr && response->getStatus() == Status::Success;
+}
+
+bool Manager::deleteProfile(std::shared_ptr<IProfileKey> key) noexcept {
+  const auto response = perform<DeleteRequest, DeleteResponse>(
+      deleteOperation, [this] { return currentWorker(); }, key);
+  return response != nullptr && response->getStatus() == Status::Success;
+}
+
+std::list<std::shared_ptr<IProfileKey>> Manager::filter(
+    const FilterProfileParams& params) noexcept {
+  const auto response = perform<FilterRequest, FilterResponse>(
+      filterOperation, [this] { return currentWorker(); }, params);
+  return response != nullptr ? response->getFilterResult()
+                             : std::list<std::shared_ptr<IProfileKey>>();
+}
+
+std::optional<ProfileParams> Manager::getProfile(std::shared_ptr<IProfileKey> key) noexcept {
+  const auto response = perform<GetRequest, GetResponse>(
+      getOperation, [this] { return currentWorker(); }, key);
+  return response != nullptr && response->getStatus() == Status::Success ? response->getParams()
+                                                                         : std::nullopt;
+}
+
+bool Manager::match(const FilterProfileParams& params, std::shared_ptr<IProfileKey> key) noexcept {
+  const auto response = perform<MatchRequest, MatchResponse>(
+      matchOperation, [this] { return currentWorker(); }, params, key);
+  return response != nullptr && response->getMatchResult();
+}
+
+void Manager::refresh(PDCRefreshStatus status) noexcept {
+  const auto response = perform<RefreshRequest, RefreshResponse>(
+      refreshOperation, [this] { return currentWorker(); }, status);
+  if (response != nullptr) {
+    LogWrapper::log(
+        LogLevel::Info, logTag,
+        status == PDC_REFRESH_STARTED ? "PAVO refresh started" : "PAVO refresh completed");
+  }
+}
+
+std::vector<std::string> Manager::dump() noexcept {
+  std::vector<std::string> lines;
+  if (const std::shared_ptr<ClientRequestManager> current = currentWorker()) {
+    lines = current->dump();
+  }
+  lines.emplace_back();
+  lines.emplace_back("Logs:");
+  for (std::string& line : LocalLogBuffer::getInstance().getLogs()) {
+    lines.push_back(std::move(line));
+  }
+  return lines;
+}
+
+}  // namespace pavo

@@ -1,0 +1,138 @@
+// The library's image of one profile of the modem. Held by shared ownership, changed on the worker
+// thread only, and destroyed there or with the worker; its end runs the listeners of live keys.
+#pragma once
+
+#include <pavo/FilterProfileParams.h>
+#include <pavo/IProfileKey.h>
+#include <pavo/ModifyProfileParams.h>
+#include <pavo/ProfileParams.h>
+
+#include "Conversions.h"
+#include "wds_v01.h"
+
+#include <functional>
+#include <list>
+#include <memory>
+#include <optional>
+#include <string>
+
+namespace pavo {
+
+class ModemProfile {
+ public:
+  // A profile yet to be created on the modem.
+  explicit ModemProfile(const ProfileParams& params);
+  // A profile as the modem describes it.
+  ModemProfile(int profileId, const wds_get_profile_settings_resp_msg_v01& settings);
+  ModemProfile(const ModemProfile&) = delete;
+  ModemProfile& operator=(const ModemProfile&) = delete;
+  virtual ~ModemProfile();
+
+  virtual bool match(const FilterProfileParams& filter) const;
+  // Takes over every member that is present in changes.
+  virtual void apply(const std::shared_ptr<ModemProfile>& changes);
+  // A profile that holds just what params would change, empty when that is nothing.
+  virtual std::shared_ptr<ModemProfile> diff(const ModifyProfileParams& params) const = 0;
+  // The client's view.
+  virtual ProfileParams get() const = 0;
+  virtual wds_create_profile_req_msg_v01 constructAddRequest() const = 0;
+  virtual wds_modify_profile_settings_req_msg_v01 constructModifyRequest() const = 0;
+  // One line. The password is in clear.
+  virtual std::string dump() const;
+
+  int getProfileId() const { return profileId; }
+  void setProfileId(int id) { profileId = id; }
+  bool getIsPersistent() const { return isPersistent; }
+  void setIsPersistent(bool persistent) { isPersistent = persistent; }
+  bool getIsPavoCreated() const { return isPavoCreated; }
+  void setIsPavoCreated(bool created) { isPavoCreated = created; }
+
+  // The number of keys issued for this object. Going beyond an int ends the process.
+  int getRefCount() const { return refCount; }
+  void incRefCount();
+  void decRefCount();
+
+  // Getters do not check presence; setters make present.
+  bool hasApnName() const { return apnName.has_value(); }
+  std::string getApnName() const { return apnName.value_or(std::string()); }
+  // As given; names are compared in lower case, so give it that way.
+  void setApnName(std::string name) { apnName = std::move(name); }
+  bool hasUserName() const { return userName.has_value(); }
+  std::string getUserName() const { return userName.value_or(std::string()); }
+  void setUserName(std::string name) { userName = std::move(name); }
+  bool hasPassword() const { return password.has_value(); }
+  std::string getPassword() const { return password.value_or(std::string()); }
+  void setPassword(std::string newPassword) { password = std::move(newPassword); }
+  bool hasAuthType() const { return authType.has_value(); }
+  AuthType getAuthType() const { return authType.value_or(AuthType::NONE); }
+  void setAuthType(AuthType type) { authType = type; }
+  // Modem bits.
+  bool hasApnTypesMask() const { return apnTypesMask.has_value(); }
+  unsigned long long getApnTypesMask() const { return apnTypesMask.value_or(0); }
+  void setApnTypesMask(unsigned long long mask) { apnTypesMask = mask; }
+  bool hasApnClass() const { return apnClass.has_value(); }
+  ApnClass getApnClass() const { return apnClass.value_or(ApnClass::UNCLASSIFIED); }
+  void setApnClass(ApnClass newClass) { apnClass = newClass; }
+  bool hasIsClatEnabled() const { return isClatEnabled.has_value(); }
+  bool getIsClatEnabled() const { return isClatEnabled.value_or(false); }
+  void setIsClatEnabled(bool enabled) { isClatEnabled = enabled; }
+  bool hasCommonIPType() const { return commonIPType.has_value(); }
+  IPType getCommonIPType() const { return commonIPType.value_or(IPType::UNKNOWN); }
+  void setCommonIPType(IPType type) { commonIPType = type; }
+  bool hasOverrideHomeIPType() const { return overrideHomeIPType.has_value(); }
+  IPType getOverrideHomeIPType() const { return overrideHomeIPType.value_or(IPType::UNKNOWN); }
+  void setOverrideHomeIPType(IPType type) { overrideHomeIPType = type; }
+
+  wds_profile_identifier_type_v01 constructProfileIdentifier() const;
+  // Clear the whole message and fill in what every kind of profile has.
+  void updateAddParameters(wds_create_profile_req_msg_v01& request) const;
+  void updateModifyParameters(wds_modify_profile_settings_req_msg_v01& request) const;
+
+  // Copies what differs from this profile and sets changed.
+  void updateDiffParameters(const ModifyProfileParams& params, ProfileParams& changes,
+                            bool& changed) const;
+  void updateGetParameters(FilterProfileParams& out) const;
+  // Every named type of the mask is among the profile's.
+  bool matchSubsetApnTypesMask(unsigned int mask) const;
+  // The named types of the mask are all that the profile has, unnamed modem bits included.
+  bool matchExactApnTypesMask(unsigned int mask) const;
+
+  void registerExpirationListener(std::function<void()> callback, std::weak_ptr<IProfileKey> key);
+  void clearExpiredListeners();
+
+ protected:
+  // The override unless it is absent or UNKNOWN, else the common type.
+  std::optional<IPType> homeIPType() const;
+
+  // Presence of the override alone: an UNKNOWN one was taken back.
+  std::optional<IPType> overrideHomeIPType;
+  std::optional<std::string> apnName;  // normalised
+  std::optional<unsigned long long> apnTypesMask;
+  std::optional<IPType> commonIPType;
+  std::optional<std::string> userName;
+  std::optional<std::string> password;
+  std::optional<AuthType> authType;
+  std::optional<ApnClass> apnClass;
+  std::optional<bool> isClatEnabled;
+
+ private:
+  friend struct RecordAccess;
+
+  template <typename Codec, typename Profile, typename Message>
+  static void mapFields(const Codec& codec, Profile& profile, Message& message);
+
+  bool matchApnName(const FilterProfileParams& filter) const;
+  void notifyListeners() noexcept;
+
+  int profileId = -1;
+  bool isPersistent = false;
+  bool isPavoCreated = false;
+  int refCount = 0;
+  std::list<ExpirationListener> listeners;
+};
+
+// Whether a profile's IP type satisfies a filter's: equal, or, with the criterion's bit set, one
+// contained in the other.
+bool matchIPType(IPType wanted, IPType actual, bool subsetAllowed, bool supersetAllowed);
+
+}  // namespace pavo

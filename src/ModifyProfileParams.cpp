@@ -1,0 +1,13 @@
+#include <pavo/ModifyProfileParams.h>
+
+namespace pavo {
+
+ModifyProfileParams::ModifyProfileParams() = default;
+ModifyProfileParams::ModifyProfileParams(const ProfileParams& params) : ProfileParams(params) {}
+ModifyProfileParams::ModifyProfileParams(const ModifyProfileParams&) = default;
+ModifyProfileParams& ModifyProfileParams::operator=(const ModifyProfileParams&) = default;
+ModifyProfileParams::ModifyProfileParams(ModifyProfileParams&&) noexcept = default;
+ModifyProfileParams& ModifyProfileParams::operator=(ModifyProfileParams&&) noexcept = default;
+ModifyProfileParams::~ModifyProfileParams() = default;
+
+}  // namespace pavo

@@ -1,0 +1,30 @@
+#pragma once
+
+#include "DumpText.h"
+
+#include <cstddef>
+#include <ostream>
+#include <string>
+
+namespace pavo {
+
+// Appends the name that a table gives the value, or its decimal number when it gives none.
+template <typename Enum, std::size_t count>
+void appendNamed(std::string& text, Enum value, const char* const (&names)[count]) {
+  const auto number = static_cast<int>(value);
+  if (number >= 0 && static_cast<std::size_t>(number) < count && names[number] != nullptr) {
+    text += names[number];
+  } else {
+    appendValue(text, number);
+  }
+}
+
+// Streams a value by its dump text.
+template <typename T>
+std::ostream& streamText(std::ostream& out, T value) {
+  std::string text;
+  appendValue(text, value);
+  return out << text;
+}
+
+}  // namespace pavo

@@ -1,0 +1,104 @@
+// The library's client of the modem's wireless data service.
+//
+// States: no client, notifier armed -> (service up) -> client open, bound and registered ->
+// (service error) -> no client, notifier armed -> ...
+//
+// The messaging library's threads enter the three static callbacks only; these queue and wake. All
+// else runs on the worker thread, in the event loop. Callbacks that come late, during or after the
+// destruction of their proxy, do nothing.
+#pragma once
+
+#include "EventManager.h"
+#include "ModemProfile.h"
+#include "Mutex.h"
+#include "ProfileChangedInd.h"
+#include "UniqueFd.h"
+#include "ovix_client.h"
+#include "wds_v01.h"
+
+#include <cstdint>
+#include <deque>
+#include <functional>
+#include <list>
+#include <memory>
+
+namespace pavo {
+
+class OvixWdsProxy;
+
+// One queued indication.
+struct IndInfo_t {
+  ovix_client_type user_handle;
+  std::uint32_t msg_id;
+  std::unique_ptr<std::uint8_t[]> ind_buf;  // a copy: the messaging library's dies with its call
+  std::uint32_t ind_buf_len;
+  OvixWdsProxy* ind_cb_data;
+};
+
+class OvixWdsProxy {
+ public:
+  using ProfileChangedIndCb = std::function<void(ProfileChangedInd)>;
+
+  // Registers with the event loop and arms the notifier; the client opens when the service is up.
+  OvixWdsProxy(EventManager& eventManager, int subscription);
+  OvixWdsProxy(const OvixWdsProxy&) = delete;
+  OvixWdsProxy& operator=(const OvixWdsProxy&) = delete;
+  // Releases notifier and client. Queued indications are not delivered.
+  ~OvixWdsProxy();
+
+  void registerOvixSvcUp();
+  void registerOvixIndications();
+  void registerProfileChangedInd(ProfileChangedIndCb callback);
+  void handleProfileChangedInd(const wds_profile_changed_event_type_v01& field);
+
+  // The operations on profiles: each waits for the modem, for up to a second a request.
+
+  // Creates the profile and sets its id to the index that the modem gave it.
+  bool add(ModemProfile& profile);
+  // Changes what difference holds on the profile of that id.
+  bool modify(const ModemProfile& difference, int profileId);
+  bool remove(int profileId);
+  // Empty when it cannot be read.
+  std::shared_ptr<ModemProfile> get(int profileId);
+  // Every profile in the modem's order, empty ones for those that cannot be read.
+  std::list<std::shared_ptr<ModemProfile>> getAllProfiles();
+
+  // The event loop's callbacks; the pointer is the proxy.
+  static void handleSvcUp(int fd, void* proxy);
+  static void handleError(int fd, void* proxy);
+  static void handleIndication(int fd, void* proxy);
+
+  // The messaging library's callbacks; the last pointer is the proxy.
+  static void ovixNotifyCb(ovix_client_type client, ovix_service_object_type serviceObject,
+                           ovix_client_service_event event, void* proxy);
+  static void ovixErrorCb(ovix_client_type client, ovix_client_error_type error, void* proxy);
+  static void ovixIndCb(ovix_client_type client, unsigned int msg_id, void* ind_buf,
+                        unsigned int ind_buf_len, void* ind_cb_data);
+
+ private:
+  static constexpr unsigned int sendTimeoutMs = 1000;
+
+  UniqueFd watch(EventManager::EventCallback callback);
+  void openClient();
+  void releaseNotifier();
+  void releaseClient();
+  template <typename Request, typename Response>
+  bool send(unsigned int messageId, Request& request, Response& response);
+  std::unique_ptr<IndInfo_t> nextIndication(std::size_t& queued) EXCLUDES(queueMutex);
+  bool deliver(const IndInfo_t& indication);
+
+  EventManager& eventManager;
+  const int subscription;
+  const ovix_service_object_type serviceObject;
+  ovix_client_type client = nullptr;
+  ovix_client_type notifier = nullptr;
+  ovix_client_os_params osParams{};
+  std::deque<std::unique_ptr<IndInfo_t>> indQueue GUARDED_BY(queueMutex);
+  Mutex queueMutex;
+  UniqueFd svcUpFd;
+  UniqueFd errorFd;
+  UniqueFd indicationFd;
+  ProfileChangedIndCb profileChangedIndCb;
+};
+
+}  // namespace pavo

@@ -1,0 +1,41 @@
+#include "ProfileKey.h"
+
+#include "ClientRequest.h"
+#include "ClientResponse.h"
+#include "DumpText.h"
+#include "LogWrapper.h"
+
+#include <utility>
+
+namespace pavo {
+
+ProfileKey::ProfileKey(int ofProfile, unsigned long long ofEntry, requestFunction function)
+    : profileId(ofProfile), token(ofEntry), sendRequest(std::move(function)) {}
+
+void ProfileKey::registerExpirationListener(std::function<void()> listener) {
+  const auto request = std::make_shared<CallbackRequest>();
+  request->setExpirationInfo(std::move(listener), weak_from_this(), token);
+  if (sendRequest) {
+    // The answer says nothing: the cache reports failure for a listener that it has stored, too.
+    sendRequest(request);
+  }
+}
+
+std::string ProfileKey::dump() {
+  std::string text;
+  appendValue(text, profileId);
+  text += " token=";
+  appendValue(text, token);
+  return text;
+}
+
+ProfileKey::~ProfileKey() {
+  const auto request = std::make_shared<CallbackRequest>();
+  request->setReleaseToken(token);
+  if (sendRequest) {
+    sendRequest(request);
+  }
+  LogWrapper::log(LogLevel::Debug, logTag, "~ProfileKey");
+}
+
+}  // namespace pavo

@@ -1,0 +1,31 @@
+#pragma once
+
+#include <cstdint>
+#include <iosfwd>
+#include <string>
+
+namespace pavo {
+
+// Tells the kind of a request or response, and so the class to cast it to.
+enum class ReqRespType : std::int32_t {
+  Add = 0,
+  Modify = 1,
+  Delete = 2,
+  Filter = 3,
+  Match = 4,
+  Get = 5,
+  Callback = 6,
+  Refresh = 7,
+};
+
+enum class Status : std::int32_t {
+  Success = 0,
+  Failure = 1,
+};
+
+void appendValue(std::string& text, ReqRespType type);
+void appendValue(std::string& text, Status status);
+std::ostream& operator<<(std::ostream& out, ReqRespType type);
+std::ostream& operator<<(std::ostream& out, Status status);
+
+}  // namespace pavo
