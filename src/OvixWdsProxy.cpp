@@ -164,7 +164,7 @@ void OvixWdsProxy::registerOvixSvcUp() {
 
 void OvixWdsProxy::ovixNotifyCb(ovix_client_type /*client*/,
                                 ovix_service_object_type /*serviceObject*/,
-                                ovix_client_service_event event, void* proxy) {
+                                ovix_client_service_event event, void* proxy) noexcept {
   if (proxy == nullptr) {
     LogWrapper::log(LogLevel::Error, logTag, "OvixWdsProxy instance is null");
     return;
@@ -257,7 +257,7 @@ void OvixWdsProxy::registerOvixIndications() {
 }
 
 void OvixWdsProxy::ovixErrorCb(ovix_client_type /*client*/, ovix_client_error_type /*code*/,
-                               void* proxy) {
+                               void* proxy) noexcept {
   // Log readers know this place by these words; they are not the current line.
   LogWrapper::log(LogLevel::Debug, logTag, "src/OvixWdsProxy:%d:%s", 161, "ovixErrorCb");
   if (proxy == nullptr) {
@@ -288,7 +288,7 @@ void OvixWdsProxy::handleError(int fd, void* proxy) {
 }
 
 void OvixWdsProxy::ovixIndCb(ovix_client_type client, unsigned int msg_id, void* ind_buf,
-                             unsigned int ind_buf_len, void* ind_cb_data) {
+                             unsigned int ind_buf_len, void* ind_cb_data) noexcept {
   LogWrapper::log(LogLevel::Verbose, logTag, "%s:%d",
                   "static void pavo::OvixWdsProxy::ovixIndCb(ovix_client_type, unsigned int, "
                   "void *, unsigned int, void *)",

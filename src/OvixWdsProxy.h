@@ -70,10 +70,11 @@ class OvixWdsProxy {
 
   // The messaging library's callbacks; the last pointer is the proxy.
   static void ovixNotifyCb(ovix_client_type client, ovix_service_object_type serviceObject,
-                           ovix_client_service_event event, void* proxy);
-  static void ovixErrorCb(ovix_client_type client, ovix_client_error_type error, void* proxy);
+                           ovix_client_service_event event, void* proxy) noexcept;
+  static void ovixErrorCb(ovix_client_type client, ovix_client_error_type error,
+                          void* proxy) noexcept;
   static void ovixIndCb(ovix_client_type client, unsigned int msg_id, void* ind_buf,
-                        unsigned int ind_buf_len, void* ind_cb_data);
+                        unsigned int ind_buf_len, void* ind_cb_data) noexcept;
 
  private:
   static constexpr unsigned int sendTimeoutMs = 1000;
