@@ -1,0 +1,112 @@
+// What the tests of the messaging library share: the environment variable that names the modem,
+// handles that release themselves, and one way to open a client.
+#pragma once
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "RawModem.h"
+#include "ovix_client.h"
+#include "support/Deadline.h"
+#include "support/TemporaryFolder.h"
+#include "wds_v01.h"
+
+namespace pavo::test {
+
+// An environment variable for the length of a scope; none when value is null.
+class ScopedVariable {
+ public:
+  ScopedVariable(const char* variable, const char* value) : name(variable) {
+    if (const char* before = std::getenv(variable)) {
+      old = before;
+      wasSet = true;
+    }
+    set(value);
+  }
+  ScopedVariable(const ScopedVariable&) = delete;
+  ScopedVariable& operator=(const ScopedVariable&) = delete;
+  ~ScopedVariable() { set(wasSet ? old.c_str() : nullptr); }
+
+ private:
+  void set(const char* value) {
+    if (value == nullptr) {
+      ::unsetenv(name);
+    } else {
+      ::setenv(name, value, /*replace=*/1);
+    }
+  }
+
+  const char* const name;
+  std::string old;
+  bool wasSet = false;
+};
+
+// Owns a client or a notifier.
+class Handle {
+ public:
+  Handle() = default;
+  explicit Handle(ovix_client_type owned) : handle(owned) {}
+  Handle(Handle&& other) noexcept : handle(std::exchange(other.handle, nullptr)) {}
+  Handle& operator=(Handle&& other) noexcept {
+    std::swap(handle, other.handle);
+    return *this;
+  }
+  ~Handle() { release(); }
+
+  ovix_client_type get() const { return handle; }
+  // The handle is then someone else's to release.
+  ovix_client_type disown() { return std::exchange(handle, nullptr); }
+  ovix_client_error_type release() {
+    return handle == nullptr ? 0 : ovix_client_release(std::exchange(handle, nullptr));
+  }
+
+ private:
+  ovix_client_type handle = nullptr;
+};
+
+inline ovix_service_object_type wdsService() {
+  return wds_get_service_object_internal_v01(1, 257, 6);
+}
+
+inline ovix_client_error_type tryOpen(ovix_client_type& client,
+                                      ovix_client_ind_cb callback = nullptr, void* data = nullptr) {
+  ovix_service_info info{};
+  ovix_client_os_params params{};
+  return ovix_client_init(&info, wdsService(), callback, data, &params, &client);
+}
+
+inline Handle openClient(ovix_client_ind_cb callback = nullptr, void* data = nullptr) {
+  ovix_client_type client = nullptr;
+  EXPECT_EQ(tryOpen(client, callback, data), OVIX_CLIENT_NO_ERROR);
+  EXPECT_NE(client, nullptr);
+  return Handle(client);
+}
+
+inline constexpr unsigned longTimeoutMs = 30000;
+
+// Sends a delete request for one profile index, the simplest there is.
+inline ovix_client_error_type sendDelete(ovix_client_type client, uint8_t index,
+                                         unsigned timeoutMs = longTimeoutMs,
+                                         wds_delete_profile_resp_msg_v01* response = nullptr) {
+  wds_delete_profile_req_msg_v01 request{};
+  request.profile.profile_index = index;
+  wds_delete_profile_resp_msg_v01 unused{};
+  response = response == nullptr ? &unused : response;
+  return ovix_client_send_msg_sync(client, OVIX_WDS_DELETE_PROFILE_REQ_V01, &request,
+                                   sizeof request, response, sizeof *response, timeoutMs);
+}
+
+// A test with a place for a modem's socket, named by OVIX_MODEM; nobody listens there yet.
+class HostTest : public ::testing::Test {
+ protected:
+  TemporaryFolder folder;
+  const std::string path = folder.file("modem");
+  const ScopedVariable modemVariable{"OVIX_MODEM", path.c_str()};
+};
+
+}  // namespace pavo::test

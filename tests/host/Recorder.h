@@ -1,0 +1,102 @@
+// Records the callbacks of a handle, and lets a test wait for them or do something inside them.
+#pragma once
+
+#include <condition_variable>
+#include <functional>
+#include <mutex>
+#include <thread>
+#include <vector>
+
+#include "Bytes.h"
+#include "ovix_client.h"
+#include "support/Deadline.h"
+
+namespace pavo::test {
+
+template <typename Record>
+class Recorder {
+ public:
+  // Set before the first callback can come; runs inside each, after it was recorded.
+  std::function<void(const Record&)> inside;
+
+  void add(const Record& record) {
+    {
+      const std::lock_guard lock(mutex);
+      records.push_back(record);
+    }
+    changed.notify_all();
+    if (inside) {
+      inside(record);
+    }
+  }
+
+  std::vector<Record> all() {
+    const std::lock_guard lock(mutex);
+    return records;
+  }
+
+  // False when there are still fewer after a long time.
+  bool waitFor(size_t count) {
+    std::unique_lock lock(mutex);
+    return changed.wait_for(lock, patience(), [&] { return records.size() >= count; });
+  }
+
+ private:
+  std::mutex mutex;
+  std::condition_variable changed;
+  std::vector<Record> records;
+};
+
+struct Event {
+  ovix_client_type handle;
+  int code;  // of a notification the event, of an error the error
+  std::thread::id thread;
+};
+using Events = Recorder<Event>;
+
+inline void recordNotification(ovix_client_type handle, ovix_service_object_type,
+                               ovix_client_service_event event, void* events) {
+  static_cast<Events*>(events)->add({handle, event, std::this_thread::get_id()});
+}
+
+inline void recordError(ovix_client_type handle, ovix_client_error_type error, void* events) {
+  static_cast<Events*>(events)->add({handle, error, std::this_thread::get_id()});
+}
+
+struct Indication {
+  ovix_client_type handle;
+  unsigned messageId;
+  Bytes payload;
+};
+using Indications = Recorder<Indication>;
+
+inline void recordIndication(ovix_client_type handle, unsigned messageId, void* bytes,
+                             unsigned length, void* indications) {
+  const auto* first = static_cast<const uint8_t*>(bytes);
+  static_cast<Indications*>(indications)->add({handle, messageId, {first, first + length}});
+}
+
+// A gate that a callback waits at until the test opens it.
+class Gate {
+ public:
+  void open() {
+    {
+      const std::lock_guard lock(mutex);
+      isOpen = true;
+    }
+    changed.notify_all();
+  }
+
+  // False when it stays closed for a long time.
+  bool pass() {
+    std::unique_lock lock(mutex);
+    return changed.wait_for(lock, patience(), [this] { return isOpen; });
+  }
+
+ private:
+  std::mutex mutex;
+  std::condition_variable changed;
+  bool isOpen = false;
+};
+
+}  // namespace pavo::test
