@@ -1,0 +1,56 @@
+// The fixture of tests that go through a manager in operation.
+#pragma once
+
+#include <pavo/Manager.h>
+
+#include <string>
+#include <vector>
+
+#include "FakePlatformTest.h"
+
+namespace pavo::test {
+
+/// A manager whose client is registered with the modem, logging to the fake's Android log. The
+/// record starts empty.
+class StartedManagerTest : public FakePlatformTest {
+ protected:
+  void SetUp() override {
+    manager.init(/*subscription=*/0, /*useAndroidLog=*/true);
+    // The last line of the registration, after which the worker has nothing to do.
+    ASSERT_TRUE(platform.waitForLog("OvixWdsProxy config register request successful!"));
+    platform.clearCalls();
+  }
+
+  /// The lines so far that begin with the text.
+  std::vector<std::string> linesBeginning(const std::string& text) const {
+    std::vector<std::string> found;
+    for (std::string& line : platform.logMessages()) {
+      if (line.starts_with(text)) {
+        found.push_back(std::move(line));
+      }
+    }
+    return found;
+  }
+
+  /// A profile of the library's, at the modem's next index.
+  std::shared_ptr<IProfileKey> addProfile(const std::string& apnName) {
+    AddProfileParams params(/*isPersistent=*/false, /*isIAProfile=*/false);
+    params.setApnName(apnName);
+    return manager.addProfile(params);
+  }
+
+  /// Reads the profile that the modem holds at the index, through a refresh.
+  std::optional<ProfileParams> readFromModem(
+      std::uint8_t index, const wds_get_profile_settings_resp_msg_v01& settings) {
+    platform.setProfile(index, settings);
+    manager.refresh(PDC_REFRESH_COMPLETED);
+    FilterProfileParams byId;
+    byId.setFilterByProfileId(index);
+    const auto keys = manager.filter(byId);
+    return keys.size() == 1 ? manager.getProfile(keys.front()) : std::nullopt;
+  }
+
+  Manager manager;
+};
+
+}  // namespace pavo::test
