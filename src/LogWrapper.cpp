@@ -11,8 +11,6 @@ namespace pavo {
 
 namespace {
 
-bool isKept(LogLevel level) { return level == LogLevel::Error || level == LogLevel::High; }
-
 // Removes the writer at process exit, so that it can close its channel.
 struct WriterRemover {
   explicit WriterRemover(LogWrapper& logWrapper) : wrapper(logWrapper) {}
@@ -34,10 +32,6 @@ void LogWrapper::setLogWriter(std::unique_ptr<LogWriter> newWriter) {
   const MutexLock lock(mutex);
   hasWriter.store(next != nullptr, std::memory_order_relaxed);
   writer.swap(next);
-}
-
-bool LogWrapper::isLogged(LogLevel level) {
-  return isKept(level) || getInstance().hasWriter.load(std::memory_order_relaxed);
 }
 
 std::shared_ptr<LogWriter> LogWrapper::currentWriter() {

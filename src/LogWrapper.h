@@ -30,16 +30,20 @@ class LogWrapper {
                                                         const char* format, ...) noexcept;
 
   // Whether a line of this level would reach anybody. Ask before building a costly argument.
-  static bool isLogged(LogLevel level);
+  static bool isLogged(LogLevel level) {
+    return isKept(level) || hasWriter.load(std::memory_order_relaxed);
+  }
 
  private:
   LogWrapper() = default;
+  static bool isKept(LogLevel level) { return level == LogLevel::Error || level == LogLevel::High; }
   std::shared_ptr<LogWriter> currentWriter() EXCLUDES(mutex);
 
   Mutex mutex;
   std::shared_ptr<LogWriter> writer GUARDED_BY(mutex);
-  // A hint that spares a line without a reader its formatting.
-  std::atomic<bool> hasWriter{false};
+  // Spares a line without a reader its formatting. Outside the instance, so that asking is one
+  // load.
+  static inline std::atomic<bool> hasWriter{false};
 };
 
 }  // namespace pavo

@@ -76,7 +76,11 @@ std::shared_ptr<const Response> perform(const Operation& operation, const GetWor
 
 }  // namespace
 
-Manager::Manager() { LogWrapper::log(LogLevel::Debug, logTag, "pavo::Manager: constructor"); }
+Manager::Manager() {
+  // Made before any Manager, the front end loses its writer after the last of them is destroyed.
+  LogWrapper::getInstance();
+  LogWrapper::log(LogLevel::Debug, logTag, "pavo::Manager: constructor");
+}
 
 Manager::~Manager() {
   std::shared_ptr<ClientRequestManager> last;

@@ -1,0 +1,12 @@
+// Counts what hardly moves with the machine's noise: allocations and context switches of this
+// process, all threads.
+#pragma once
+
+#include <cstdint>
+
+namespace pavo::bench {
+
+std::uint64_t allocationCount();
+std::uint64_t contextSwitchCount();
+
+}  // namespace pavo::bench

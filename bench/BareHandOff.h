@@ -1,0 +1,38 @@
+// What the library's hand-off costs with nothing else in it: the eventfd is written under the slot
+// mutex, the worker waits in epoll, drains to EAGAIN, answers and notifies under the mutex.
+#pragma once
+
+#include "UniqueFd.h"
+
+#include <condition_variable>
+#include <mutex>
+#include <thread>
+
+namespace pavo::bench {
+
+class BareHandOff {
+ public:
+  BareHandOff();
+  BareHandOff(const BareHandOff&) = delete;
+  BareHandOff& operator=(const BareHandOff&) = delete;
+  ~BareHandOff();
+
+  // One round trip.
+  int call(int request);
+
+ private:
+  static constexpr int none = -1;
+  static constexpr int stop = -2;
+
+  void run();
+
+  UniqueFd epollFd;
+  UniqueFd requestFd;
+  std::mutex mutex;
+  std::condition_variable answered;
+  int request = none;
+  int response = none;
+  std::thread worker;
+};
+
+}  // namespace pavo::bench

@@ -1,0 +1,32 @@
+// Init, one call, destroy against the life of a bare loop: thread, epoll, eventfd, one round trip,
+// join.
+#include "BareHandOff.h"
+#include "LogWrapper.h"
+
+#include <pavo/Manager.h>
+
+#include <benchmark/benchmark.h>
+
+namespace pavo::bench {
+namespace {
+
+void managerLife(benchmark::State& state) {
+  for (auto _ : state) {
+    Manager manager;
+    manager.init(/*subscription=*/1, /*useAndroidLog=*/true);
+    LogWrapper::getInstance().setLogWriter(nullptr);
+    benchmark::DoNotOptimize(manager.getProfile(nullptr));
+  }
+}
+BENCHMARK(managerLife)->Name("Life")->UseRealTime();
+
+void bareLife(benchmark::State& state) {
+  for (auto _ : state) {
+    BareHandOff handOff;
+    benchmark::DoNotOptimize(handOff.call(1));
+  }
+}
+BENCHMARK(bareLife)->Name("BareLife")->UseRealTime();
+
+}  // namespace
+}  // namespace pavo::bench

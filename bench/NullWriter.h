@@ -1,0 +1,16 @@
+#pragma once
+
+#include "LogWriter.h"
+
+#include <string>
+
+namespace pavo::bench {
+
+// Takes every line and drops it.
+class NullWriter : public LogWriter {
+ public:
+  void write(LogLevel /*level*/, std::string /*tag*/, std::string /*message*/) override {}
+  int convertPrio(LogLevel /*level*/) override { return 0; }
+};
+
+}  // namespace pavo::bench
