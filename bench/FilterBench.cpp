@@ -26,7 +26,12 @@ std::string apnName(long number) {
                                           "wap.operator", "broadband", "payandgo.operator.example",
                                           "sos",          "fast.t"};
   const auto kind = static_cast<std::size_t>(number) % std::size(names);
-  return names[kind] + (number < 8 ? std::string() : "." + std::to_string(number / 8));
+  std::string name = names[kind];
+  if (static_cast<std::size_t>(number) >= std::size(names)) {
+    name += '.';
+    name += std::to_string(number / static_cast<long>(std::size(names)));
+  }
+  return name;
 }
 
 constexpr const char* wantedName = "Internet.99";
