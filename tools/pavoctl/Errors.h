@@ -1,0 +1,26 @@
+// How the parts of the tool say that they cannot go on. What becomes one line on standard error.
+#pragma once
+
+#include <stdexcept>
+
+namespace pavoctl {
+
+enum ExitStatus : int {
+  exitDone = 0,
+  exitFailed = 1,
+  exitUsage = 2,
+};
+
+// The command line asks for something that makes no sense; nothing has been sent to the modem.
+class UsageError : public std::runtime_error {
+ public:
+  using std::runtime_error::runtime_error;
+};
+
+// The library, the modem or the system refused.
+class Failure : public std::runtime_error {
+ public:
+  using std::runtime_error::runtime_error;
+};
+
+}  // namespace pavoctl

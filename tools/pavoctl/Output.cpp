@@ -1,0 +1,68 @@
+#include "Output.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <string>
+
+#include "Errors.h"
+
+namespace pavoctl {
+namespace {
+
+bool isOpen(int fd) { return ::fcntl(fd, F_GETFD) >= 0; }
+
+}  // namespace
+
+Output::Output() {
+  const bool hasOutput = isOpen(STDOUT_FILENO);
+  // With a standard descriptor closed, the next socket would take its number and somebody's
+  // messages would go to the modem.
+  for (const int standard : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+    if (!isOpen(standard) && ::open("/dev/null", O_RDWR) != standard) {
+      throw Failure("cannot open /dev/null: " + std::string(std::strerror(errno)));
+    }
+  }
+  if (!hasOutput) {
+    return;
+  }
+  fd = ::fcntl(STDOUT_FILENO, F_DUPFD_CLOEXEC, STDERR_FILENO + 1);
+  const int null = ::open("/dev/null", O_WRONLY | O_CLOEXEC);
+  if (fd < 0 || null < 0 || ::dup2(null, STDOUT_FILENO) < 0) {
+    throw Failure("cannot set up the standard output: " + std::string(std::strerror(errno)));
+  }
+  ::close(null);
+}
+
+Output::~Output() {
+  if (fd >= 0) {
+    ::close(fd);
+  }
+}
+
+void Output::line(std::string_view text) { write(std::string(text) + '\n'); }
+
+void Output::write(std::string_view text) {
+  if (fd < 0) {
+    throw Failure("cannot write the output: it is closed");
+  }
+  while (!text.empty()) {
+    const ssize_t written = ::write(fd, text.data(), text.size());
+    if (written < 0 && errno == EINTR) {
+      continue;
+    }
+    if (written < 0) {
+      throw Failure("cannot write the output: " + std::string(std::strerror(errno)));
+    }
+    text.remove_prefix(static_cast<std::size_t>(written));
+  }
+}
+
+void complain(std::string_view text) {
+  std::fprintf(stderr, "pavoctl: %.*s\n", static_cast<int>(text.size()), text.data());
+}
+
+}  // namespace pavoctl

@@ -1,0 +1,32 @@
+// The tool's standard output.
+#pragma once
+
+#include <string_view>
+
+namespace pavoctl {
+
+// Takes file descriptor 1 for the tool's own text and leaves the null device in its place.
+//
+// The library writes a line of its own to standard output when its worker ends, at process exit or
+// before; between the braces of --json, or behind them, it would spoil what another program parses.
+// Make one, before the library starts.
+class Output {
+ public:
+  Output();
+  Output(const Output&) = delete;
+  Output& operator=(const Output&) = delete;
+  ~Output();
+
+  // The text and a line end, at once. Throws Failure when it cannot be written.
+  void line(std::string_view text);
+  // The text as it is.
+  void write(std::string_view text);
+
+ private:
+  int fd = -1;
+};
+
+// Writes "pavoctl: ", the text and a line end to standard error.
+void complain(std::string_view text);
+
+}  // namespace pavoctl

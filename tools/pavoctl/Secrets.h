@@ -1,0 +1,20 @@
+// Keeps passwords off the screen.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace pavoctl {
+
+enum class Secrets { masked, shown };
+
+inline constexpr std::string_view secretMask = "********";
+
+// A line of the library's dump or log without the password in it.
+//
+// A password may hold commas, even text that looks like another attribute, so the password ends
+// only where everything up to the end of the line is attributes, each at most once, with values
+// from their small vocabulary. When in doubt more is masked, at worst the rest of the line.
+std::string maskPassword(std::string_view line);
+
+}  // namespace pavoctl

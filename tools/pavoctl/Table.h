@@ -1,0 +1,20 @@
+// Profiles as text for people.
+#pragma once
+
+#include <string>
+
+#include "Profile.h"
+
+namespace pavoctl {
+
+// A header and one line for each profile of a JSON array of profiles. The rarer attributes are in
+// the column FLAGS, or only in profileText().
+std::string profileTable(const Json& profiles);
+
+// One line "name: value" for each member of a profile's JSON.
+std::string profileText(const Json& profile);
+
+// "apnName: a -> b, ...", from changes().
+std::string changesText(const Json& changes);
+
+}  // namespace pavoctl

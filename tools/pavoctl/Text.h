@@ -1,0 +1,25 @@
+// Small helpers for text that comes from outside: files, the command line, the modem.
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace pavoctl {
+
+// The text with control characters (those of C1 in UTF-8 included) written as \xNN, so that a
+// name from a file or from the modem can neither break a line nor steer the terminal.
+std::string printable(std::string_view text);
+
+// ASCII letters in lower case; other bytes, and the locale, do not matter.
+std::string lowerCase(std::string_view text);
+
+// Without blanks, tabs and line ends around it.
+std::string_view trimmed(std::string_view text);
+
+// The parts between separators, empty ones included; "" is one empty part.
+std::vector<std::string_view> split(std::string_view text, std::string_view separators);
+
+std::string join(const std::vector<std::string>& parts, std::string_view separator);
+
+}  // namespace pavoctl
