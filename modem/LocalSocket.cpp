@@ -36,8 +36,8 @@ sockaddr_un addressOf(const std::string& path) {
   return address;
 }
 
-UniqueFd newSocket() {
-  UniqueFd fd(socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, /*protocol=*/0));
+UniqueFd newSocket(int flags = 0) {
+  UniqueFd fd(socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | flags, /*protocol=*/0));
   if (!fd.isOpen()) {
     throw SocketError(std::string("cannot make a socket: ") + std::strerror(errno));
   }
@@ -74,7 +74,8 @@ void removeStale(const std::string& path, const sockaddr_un& address) {
   if (!S_ISSOCK(status.st_mode)) {
     fail(path, "there is a file that is no socket");
   }
-  const UniqueFd probe(socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
+  // Not blocking: a modem whose queue of connections is full is a running one, too.
+  const UniqueFd probe = newSocket(SOCK_NONBLOCK);
   if (tryConnect(probe.get(), address) != ECONNREFUSED) {
     fail(path, "a running modem serves this socket");
   }
@@ -96,7 +97,7 @@ ListeningSocket::ListeningSocket(std::string socketPath) : path(std::move(socket
   const sockaddr_un address = addressOf(path);
   const UniqueFd lock = lockDirectoryOf(path);
   removeStale(path, address);
-  fd = newSocket();
+  fd = newSocket(SOCK_NONBLOCK);
   struct stat status = {};
   if (bind(fd.get(), reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0 ||
       listen(fd.get(), backlog) != 0 || lstat(path.c_str(), &status) != 0) {

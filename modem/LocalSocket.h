@@ -21,7 +21,7 @@ UniqueFd connectToSocket(const std::string& path);
 
 // Listens on a path. A socket file that a dead process left there is replaced; one that is served,
 // or a file of another kind, is a SocketError. The destructor removes the file if it is still the
-// one that this object made.
+// one that this object made. Accepting never blocks.
 class ListeningSocket {
  public:
   explicit ListeningSocket(std::string path);
