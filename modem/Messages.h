@@ -29,7 +29,7 @@ enum FieldTag : uint8_t {
   tagProfile = 0x01,  // profile type of a create, profile id of the others
   tagResult = 0x02,   // of every response
   tagAnswer = 0x03,   // the id or the list in a response
-  tagBindSubscription = 0x10,
+  tagBindSubscription = 0x01,
   tagListType = 0x10,
   tagEventList = 0x10,
   tagReportSwitch = 0x11,
