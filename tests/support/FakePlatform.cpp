@@ -874,8 +874,8 @@ ovix_client_error_type ovix_client_release(ovix_client_type client) {
   return FakePlatform::instance().release(client);
 }
 
-int Diag_LSM_Init(unsigned char*) {
-  FakePlatform::instance().record({.kind = FakePlatform::Kind::DiagInit});
+int Diag_LSM_Init(unsigned char* env) {
+  FakePlatform::instance().record({.kind = FakePlatform::Kind::DiagInit, .handle = env});
   return 1;
 }
 

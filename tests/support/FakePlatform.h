@@ -57,7 +57,7 @@ struct PlatformCall {
 
   Kind kind{};
   std::thread::id thread{};
-  /// The client or notifier, where the function has one.
+  /// The client or notifier, where the function has one. DiagInit: the argument.
   ovix_client_type handle = nullptr;
   /// Send and Decode.
   unsigned int msgId = 0;

@@ -1,0 +1,221 @@
+#include "DiagWriter.h"
+
+#include <pavo/Manager.h>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <set>
+
+#include "FakePlatformTest.h"
+#include "LogWrapper.h"
+
+namespace pavo::test {
+namespace {
+
+using Kind = FakePlatform::Kind;
+using Lines = std::vector<std::string>;
+
+/// The calls of the diagnostic channel, a line each; Android log lines only when asked for.
+Lines channelCalls(bool withAndroidLog = false) {
+  Lines calls;
+  for (const PlatformCall& call : FakePlatform::instance().calls()) {
+    if (call.kind == Kind::DiagInit) {
+      calls.emplace_back("open");
+    } else if (call.kind == Kind::DiagDeInit) {
+      calls.emplace_back("close");
+    } else if (call.kind == Kind::DiagMessage) {
+      calls.push_back("diag " + call.message);
+    } else if (call.kind == Kind::Log && withAndroidLog) {
+      calls.push_back("android " + call.message);
+    }
+  }
+  return calls;
+}
+
+/// For a process that ends: the masks of its messages and its opening and closing of the channel.
+void printChannel() {
+  for (const PlatformCall& call : FakePlatform::instance().calls()) {
+    if (call.kind == Kind::DiagInit) {
+      std::fprintf(stderr, "open\n");
+    } else if (call.kind == Kind::DiagDeInit) {
+      std::fprintf(stderr, "close\n");
+    } else if (call.kind == Kind::DiagMessage) {
+      std::fprintf(stderr, "%d %s\n", call.priority, call.message.c_str());
+    }
+  }
+}
+
+/// No writer is installed at either end, whatever the test before has left.
+class DiagWriterTest : public FakePlatformTest {
+ protected:
+  void SetUp() override {
+    LogWrapper::getInstance().setLogWriter(nullptr);
+    platform.clearCalls();
+  }
+  void TearDown() override { LogWrapper::getInstance().setLogWriter(nullptr); }
+};
+
+TEST_F(DiagWriterTest, ConvertPrio_AnyLevel_MaskOfTheChannel) {
+  const std::pair<int, int> cases[] = {{0, 1}, {1, 1}, {2, 1}, {3, 4}, {4, 16},
+                                       {5, 4}, {6, 1}, {9, 1}, {-1, 1}};
+  DiagWriter writer;
+  for (const auto& [level, mask] : cases) {
+    EXPECT_EQ(writer.convertPrio(static_cast<LogLevel>(level)), mask) << level;
+  }
+}
+
+TEST_F(DiagWriterTest, Construct_Any_ChannelOpenForAsLongAsItExists) {
+  {
+    DiagWriter writer;
+    EXPECT_EQ(channelCalls(), Lines{"open"});
+    EXPECT_EQ(platform.calls(Kind::DiagInit)[0].handle, nullptr);
+    writer.write(LogLevel::High, "PAVO", "message");
+  }
+  EXPECT_EQ(channelCalls(), (Lines{"open", "diag message", "close"}));
+}
+
+TEST_F(DiagWriterTest, Write_EveryLevel_MessageWithTheFixedDescriptor) {
+  DiagWriter first;
+  DiagWriter second;
+  for (int level = 0; level <= 6; ++level) {
+    first.write(static_cast<LogLevel>(level), "PAVO", "first %s");
+    second.write(static_cast<LogLevel>(level), "tag", "second");
+  }
+  const auto messages = platform.calls(Kind::DiagMessage);
+  ASSERT_EQ(messages.size(), 14U);
+  EXPECT_EQ(messages[0].tag, "PAVO");
+  EXPECT_EQ(messages[0].message, "first %s");
+  EXPECT_EQ(messages[1].tag, "tag");
+  EXPECT_EQ(messages[1].message, "second");
+  const diag_msg_descriptor* const descriptor = messages[0].descriptor;
+  EXPECT_EQ(descriptor->line, 118);
+  EXPECT_EQ(descriptor->ss_id, 63);
+  EXPECT_STREQ(descriptor->format, "|%s| %s");
+  EXPECT_TRUE(std::string(descriptor->file).ends_with("src/LocalLogBuffer.cpp"));
+  for (const PlatformCall& call : messages) {
+    EXPECT_EQ(call.descriptor, descriptor);
+    EXPECT_EQ(call.priority, messages[0].priority);
+  }
+}
+
+TEST_F(DiagWriterTest, Write_NulInTheMessage_PartBeforeIt) {
+  DiagWriter writer;
+  writer.write(LogLevel::High, "PAVO", std::string("before\0after", 12));
+  EXPECT_EQ(platform.calls(Kind::DiagMessage).at(0).message, "before");
+}
+
+TEST_F(DiagWriterTest, Init_DiagnosticChannel_OpenedBeforeTheFirstLineAndEveryLineGoesThere) {
+  Manager manager;
+  manager.init(/*subscription=*/3, /*useAndroidLog=*/false);
+  ASSERT_TRUE(platform.waitForRegistration());
+  manager.filter(FilterProfileParams());
+  const Lines calls = channelCalls();
+  ASSERT_GE(calls.size(), 2U);
+  EXPECT_EQ(calls[0], "open");
+  EXPECT_EQ(calls[1], "diag Manager::init(3)");
+  EXPECT_EQ(platform.count(Kind::DiagInit), 1U);
+  EXPECT_EQ(platform.count(Kind::DiagDeInit), 0U);
+  EXPECT_EQ(platform.logLines().size(), 0U);
+  for (const PlatformCall& call : platform.calls(Kind::DiagMessage)) {
+    EXPECT_EQ(call.tag, "PAVO") << call.message;
+  }
+  EXPECT_THAT(calls, testing::Contains("diag Manager::filter < Filter Success "));
+}
+
+TEST_F(DiagWriterTest, Init_SecondTime_NewChannelBeforeTheOldIsClosedAndThenTheLine) {
+  Manager manager;
+  manager.init(/*subscription=*/0, /*useAndroidLog=*/false);
+  ASSERT_TRUE(platform.waitForRegistration());
+  // The worker is quiet: no line of its own comes in between.
+  ASSERT_TRUE(platform.waitUntilIdle());
+  platform.clearCalls();
+  manager.init(/*subscription=*/1, /*useAndroidLog=*/false);
+  const Lines calls = channelCalls();
+  ASSERT_GE(calls.size(), 3U);
+  EXPECT_EQ(Lines(calls.begin(), calls.begin() + 3),
+            (Lines{"open", "close", "diag Manager::init(1)"}));
+  EXPECT_EQ(platform.count(Kind::DiagInit), 1U);
+  EXPECT_EQ(platform.count(Kind::DiagDeInit), 1U);
+}
+
+TEST_F(DiagWriterTest, Init_AndroidLogSecond_ChannelClosedOnceBeforeTheLine) {
+  Manager manager;
+  manager.init(/*subscription=*/0, /*useAndroidLog=*/false);
+  ASSERT_TRUE(platform.waitForRegistration());
+  ASSERT_TRUE(platform.waitUntilIdle());
+  platform.clearCalls();
+  manager.init(/*subscription=*/1, /*useAndroidLog=*/true);
+  const Lines calls = channelCalls(/*withAndroidLog=*/true);
+  ASSERT_GE(calls.size(), 2U);
+  EXPECT_EQ(Lines(calls.begin(), calls.begin() + 2), (Lines{"close", "android Manager::init(1)"}));
+  EXPECT_EQ(platform.count(Kind::DiagDeInit), 1U);
+}
+
+// The mask of the first message is the process's, and so is its end: each of these needs a process
+// of its own, in which nothing has been logged before.
+class DiagWriterProcessTest : public FakePlatformTest {};
+
+TEST_F(DiagWriterProcessTest, Write_FirstMessageLow_EveryLaterOneLow) {
+  const auto scenario = [] {
+    DiagWriter writer;
+    writer.write(LogLevel::Debug, "PAVO", "debug");
+    writer.write(LogLevel::Error, "PAVO", "error");
+    DiagWriter another;
+    another.write(LogLevel::Fatal, "PAVO", "fatal");
+    printChannel();
+    std::fflush(stderr);
+    std::_Exit(0);
+  };
+  EXPECT_EXIT(scenario(), testing::ExitedWithCode(0),
+              testing::StrEq("open\n1 debug\n1 error\nopen\n1 fatal\n"));
+}
+
+TEST_F(DiagWriterProcessTest, Init_FirstLineHigh_EveryLineHigh) {
+  const auto scenario = [] {
+    Manager manager;
+    manager.init(/*subscription=*/0, /*useAndroidLog=*/false);
+    FakePlatform::instance().waitForRegistration();
+    manager.filter(FilterProfileParams());
+    const auto messages = FakePlatform::instance().calls(Kind::DiagMessage);
+    std::set<int> masks;
+    std::set<const void*> descriptors;
+    for (const PlatformCall& call : messages) {
+      masks.insert(call.priority);
+      descriptors.insert(call.descriptor);
+    }
+    const bool isRight = messages.size() > 10 && masks == std::set<int>{4} &&
+                         descriptors.size() == 1 && messages[0].message == "Manager::init(0)";
+    std::_Exit(isRight ? 0 : 1);
+  };
+  EXPECT_EXIT(scenario(), testing::ExitedWithCode(0), "");
+}
+
+TEST_F(DiagWriterProcessTest, Exit_WriterInstalled_ChannelClosed) {
+  const auto scenario = [] {
+    std::atexit(printChannel);  // First, so that it runs last.
+    LogWrapper::getInstance().setLogWriter(std::make_unique<DiagWriter>());
+    LogWrapper::log(LogLevel::Error, "PAVO", "message");
+    std::exit(0);
+  };
+  EXPECT_EXIT(scenario(), testing::ExitedWithCode(0), testing::StrEq("open\n4 message\nclose\n"));
+}
+
+TEST_F(DiagWriterProcessTest, Exit_ProcessWideManagerRunning_ItsLastLinesAndThenTheChannelClosed) {
+  const auto scenario = [] {
+    std::atexit(printChannel);
+    Manager::getInstance().init(/*subscription=*/0, /*useAndroidLog=*/false);
+    FakePlatform::instance().waitForRegistration();
+    std::exit(0);
+  };
+  EXPECT_EXIT(
+      scenario(), testing::ExitedWithCode(0),
+      testing::AllOf(testing::StartsWith("open\n4 Manager::init(0)\n"),
+                     testing::HasSubstr("\n4 pavo::ClientRequestManager: destructor\n"),
+                     testing::EndsWith("\nclose\n"), testing::Not(testing::HasSubstr("close\n4"))));
+}
+
+}  // namespace
+}  // namespace pavo::test
