@@ -42,9 +42,7 @@ void CallbackQueue::State::run() {
 
 CallbackQueue::CallbackQueue() : state(std::make_shared<State>()) {}
 
-CallbackQueue::~CallbackQueue() {
-  stop();
-}
+CallbackQueue::~CallbackQueue() { stop(); }
 
 void CallbackQueue::start() {
   const std::lock_guard lock(state->mutex);

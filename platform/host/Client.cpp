@@ -25,9 +25,7 @@ Client::Client(const ovix_service_object& serviceObject, Connection connection,
       indicationData(callbackData),
       frames(std::move(connection.frames)) {}
 
-Client::~Client() {
-  stop();
-}
+Client::~Client() { stop(); }
 
 void Client::start(ovix_client_type ownHandle) {
   handle = ownHandle;

@@ -108,8 +108,6 @@ std::optional<Connection> connectToModem(Purpose purpose, int stopFd) {
   return std::nullopt;
 }
 
-void noteConnectionLost() {
-  waited.store(true);
-}
+void noteConnectionLost() { waited.store(true); }
 
 }  // namespace ovix

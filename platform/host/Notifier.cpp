@@ -49,9 +49,7 @@ void waitForEnd(int socket, int stopFd) {
 Notifier::Notifier(ovix_service_object_type serviceObject)
     : service(serviceObject), stopFd(makeEvent()) {}
 
-Notifier::~Notifier() {
-  stop();
-}
+Notifier::~Notifier() { stop(); }
 
 void Notifier::setCallback(ovix_client_type ownHandle, ovix_client_notify_cb newCallback,
                            void* data) {

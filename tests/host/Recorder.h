@@ -23,8 +23,8 @@ class Recorder {
     {
       const std::lock_guard lock(mutex);
       records.push_back(record);
+      changed.notify_all();
     }
-    changed.notify_all();
     if (inside) {
       inside(record);
     }
@@ -80,10 +80,9 @@ inline void recordIndication(ovix_client_type handle, unsigned messageId, void* 
 class Gate {
  public:
   void open() {
-    {
-      const std::lock_guard lock(mutex);
-      isOpen = true;
-    }
+    // Told under the lock: who has passed may destroy the gate.
+    const std::lock_guard lock(mutex);
+    isOpen = true;
     changed.notify_all();
   }
 
