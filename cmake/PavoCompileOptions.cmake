@@ -6,7 +6,6 @@ target_compile_options(pavo_options INTERFACE
   $<$<CXX_COMPILER_ID:Clang>:-Wthread-safety>
   $<$<BOOL:${PAVO_WARNINGS_AS_ERRORS}>:-Werror>)
 
-
 if(PAVO_SANITIZE)
   # For the whole build: a sanitizer that sees half of a process reports what is not there.
   add_compile_options(-fsanitize=${PAVO_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
