@@ -26,8 +26,8 @@ constexpr int serviceLibrary = 6;
 
 // The proxies that exist. A callback holds the lock while it works on its proxy, so the destructor,
 // which takes the proxy out first, waits for it; a later one finds nothing. Not held across calls
-// into the messaging library, which may wait for its callbacks. Never destroyed: callbacks come
-// until the very end of the process.
+// into the messaging library, which may wait for its callbacks, nor across a log line, whose writer
+// may raise another callback. Never destroyed: callbacks come until the very end of the process.
 struct LiveProxies {
   Mutex mutex;
   std::set<const void*> proxies GUARDED_BY(mutex);
@@ -47,13 +47,28 @@ struct LiveProxies {
     proxies.erase(proxy);
   }
 
+  // False when the proxy is gone.
   template <typename Work>
-  void with(void* proxy, const Work& work) {
+  bool with(void* proxy, const Work& work) {
     const MutexLock lock(mutex);
-    if (proxies.count(proxy) != 0) {
+    const bool isLive = proxies.count(proxy) != 0;
+    if (isLive) {
       work(*static_cast<OvixWdsProxy*>(proxy));
     }
+    return isLive;
   }
+};
+
+// What a callback's write to an eventfd came to, to be logged after the lock.
+struct WakeUp {
+  int written = notifiedBytes;
+  int error = 0;
+
+  void send(const UniqueFd& fd) {
+    written = notifyFd(fd.get());
+    error = errno;
+  }
+  bool hasFailed() const { return written != notifiedBytes; }
 };
 
 // Zeroed to the last byte of padding: the messaging library and the modem see all of it.
@@ -169,18 +184,20 @@ void OvixWdsProxy::ovixNotifyCb(ovix_client_type /*client*/,
     LogWrapper::log(LogLevel::Error, logTag, "OvixWdsProxy instance is null");
     return;
   }
-  LiveProxies::instance().with(proxy, [event](OvixWdsProxy& self) {
-    if (event != OVIX_CLIENT_SERVICE_AVAILABLE) {
-      LogWrapper::log(LogLevel::Error, logTag, "OvixWdsProxy notify cb: unsupported service event");
-      return;
-    }
-    const int written = notifyFd(self.svcUpFd.get());
-    if (written != notifiedBytes) {
-      const int error = errno;
-      LogWrapper::log(LogLevel::Error, logTag, "error in writing rv:%d, error:%s", written,
-                      errorText(error).c_str());
+  const bool isUp = event == OVIX_CLIENT_SERVICE_AVAILABLE;
+  WakeUp wakeUp;
+  const bool isLive = LiveProxies::instance().with(proxy, [&](const OvixWdsProxy& self) {
+    if (isUp) {
+      wakeUp.send(self.svcUpFd);
     }
   });
+  if (isLive && !isUp) {
+    LogWrapper::log(LogLevel::Error, logTag, "OvixWdsProxy notify cb: unsupported service event");
+  }
+  if (wakeUp.hasFailed()) {
+    LogWrapper::log(LogLevel::Error, logTag, "error in writing rv:%d, error:%s", wakeUp.written,
+                    errorText(wakeUp.error).c_str());
+  }
 }
 
 void OvixWdsProxy::handleSvcUp(int fd, void* proxy) {
@@ -264,14 +281,13 @@ void OvixWdsProxy::ovixErrorCb(ovix_client_type /*client*/, ovix_client_error_ty
     LogWrapper::log(LogLevel::Error, logTag, "OvixWdsProxy NULL in ovixErrorCb");
     return;
   }
-  LiveProxies::instance().with(proxy, [](OvixWdsProxy& self) {
-    const int written = notifyFd(self.errorFd.get());
-    if (written != notifiedBytes) {
-      const int error = errno;
-      LogWrapper::log(LogLevel::Error, logTag, "error in writing rv: %d, error: %s", written,
-                      errorText(error).c_str());
-    }
-  });
+  WakeUp wakeUp;
+  LiveProxies::instance().with(proxy,
+                               [&wakeUp](const OvixWdsProxy& self) { wakeUp.send(self.errorFd); });
+  if (wakeUp.hasFailed()) {
+    LogWrapper::log(LogLevel::Error, logTag, "error in writing rv: %d, error: %s", wakeUp.written,
+                    errorText(wakeUp.error).c_str());
+  }
 }
 
 void OvixWdsProxy::handleError(int fd, void* proxy) {
@@ -298,6 +314,7 @@ void OvixWdsProxy::ovixIndCb(ovix_client_type client, unsigned int msg_id, void*
                     static_cast<int>(ind_buf_len));
     return;
   }
+  WakeUp wakeUp;
   LiveProxies::instance().with(ind_cb_data, [&](OvixWdsProxy& self) {
     auto indication = std::make_unique<IndInfo_t>(IndInfo_t{
         client, msg_id, std::make_unique<std::uint8_t[]>(ind_buf_len), ind_buf_len, &self});
@@ -306,13 +323,12 @@ void OvixWdsProxy::ovixIndCb(ovix_client_type client, unsigned int msg_id, void*
       const MutexLock lock(self.queueMutex);
       self.indQueue.push_back(std::move(indication));
     }
-    const int written = notifyFd(self.indicationFd.get());
-    if (written != notifiedBytes) {
-      const int error = errno;
-      LogWrapper::log(LogLevel::Error, logTag, "Error in writing rv: %d, error: %s", written,
-                      errorText(error).c_str());
-    }
+    wakeUp.send(self.indicationFd);
   });
+  if (wakeUp.hasFailed()) {
+    LogWrapper::log(LogLevel::Error, logTag, "Error in writing rv: %d, error: %s", wakeUp.written,
+                    errorText(wakeUp.error).c_str());
+  }
 }
 
 std::unique_ptr<IndInfo_t> OvixWdsProxy::nextIndication(std::size_t& queued) {
