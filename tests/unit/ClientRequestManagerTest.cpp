@@ -1,0 +1,592 @@
+#include "ClientRequestManager.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <pavo/Manager.h>
+#include <pthread.h>
+#include <sys/eventfd.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <atomic>
+#include <csignal>
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <set>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "FakePlatformTest.h"
+#include "FdLimit.h"
+#include "Sequence.h"
+#include "TextKey.h"
+#include "UniqueFd.h"
+
+namespace pavo::test {
+namespace {
+
+using Key = std::shared_ptr<IProfileKey>;
+
+constexpr const char* removeLine = "V EventManager::removeEventHandler(int fd) EX";
+constexpr const char* handlerLine = "D :77:handleClientRequest";
+
+// Through a Manager, as callers see it; lines as the Android log gets them.
+class WorkerTest : public FakePlatformTest {
+ protected:
+  WorkerTest() { manager.emplace(); }
+
+  void init() { manager->init(/*subscription=*/7, /*useAndroidLog=*/true); }
+  // The service stays away.
+  void initAlone() {
+    platform.setAnnouncement(FakePlatform::Announcement::Never);
+    platform.clearCalls();
+    init();
+    ASSERT_TRUE(platform.waitForLog("PAVO thread started"));
+  }
+  void initWithClient() {
+    init();
+    ASSERT_TRUE(platform.waitForLog("OvixWdsProxy config register request successful!"));
+    platform.clearCalls();
+  }
+
+  Sequence onThisThread() const { return sequenceOn(std::this_thread::get_id(), platform.calls()); }
+  Sequence onWorker() const { return sequenceNotOn(std::this_thread::get_id(), platform.calls()); }
+
+  Key add() { return manager->addProfile(AddProfileParams(true, false)); }
+
+  std::optional<Manager> manager;
+};
+
+Sequence constructionLines() {
+  const std::string add =
+      "V EventManager::addEventHandler(int #, EventCallback 0x#, void* 0x#, CloseCallback (nil), "
+      "events 1) EX";
+  return {"I Manager::init(7)",
+          "V EventManager::addEventHandler(int #, EventCallback 0x#, void* (nil), CloseCallback "
+          "(nil), events 17) EX",
+          "V EventManager is ready. epollFd:#",
+          "get service object",
+          add,
+          add,
+          add,
+          "I OvixWdsProxy::registerOvixSvcUp",
+          "init notifier",
+          "register notify callback",
+          "D pavo::ClientRequestManager: constructor",
+          add};
+}
+
+Sequence tearDownLines(const std::string& releasedHandle) {
+  return {"D pavo::ClientRequestManager: destructor",
+          removeLine,
+          "V EventManager::wake() EX",
+          releasedHandle,
+          removeLine,
+          removeLine,
+          removeLine,
+          removeLine};
+}
+
+TEST_F(WorkerTest, Init_ServiceAway_LinesOfBothThreadsInOrder) {
+  initAlone();
+  EXPECT_EQ(onThisThread(), constructionLines());
+  EXPECT_EQ(onWorker(), Sequence{"I PAVO thread started"});
+}
+
+TEST_F(WorkerTest, Init_ServiceUp_WorkerOpensTheClient) {
+  platform.clearCalls();
+  init();
+  ASSERT_TRUE(platform.waitForLog("OvixWdsProxy config register request successful!"));
+  EXPECT_EQ(onThisThread(), constructionLines());
+  EXPECT_EQ(onWorker(),
+            Sequence{"I PAVO thread started"} + oneEvent() +
+                (Sequence{"D OvixWdsProxy service is up, trying to initialize svc client",
+                          "get any service", "release notifier", "init client",
+                          "register error callback", "D ovix_client_register_error_cb result: 0",
+                          "send 0xaf", "D OvixWdsProxy bind register request successful!",
+                          "send 0x03", "D OvixWdsProxy indication register request successful!",
+                          "send 0xa7", "D OvixWdsProxy config register request successful!"}));
+  EXPECT_EQ(platform.sent().front().as<wds_bind_subscription_req_msg_v01>().subscription, 7);
+}
+
+TEST_F(WorkerTest, AnyOperation_OneRequest_WholeSequenceOfTheWorker) {
+  initAlone();
+  platform.clearCalls();
+  EXPECT_EQ(manager->getProfile(nullptr), std::nullopt);
+  EXPECT_EQ(onWorker(), oneEvent() + (Sequence{handlerLine, "I Handling Get "}));
+  EXPECT_EQ(onThisThread(),
+            (Sequence{"I Manager::getProfile > Get ", "I Manager::getProfile < Get Failure "}));
+}
+
+TEST_F(WorkerTest, AddProfile_ClientOpen_HandlingLineBeforeTheModemMessage) {
+  initWithClient();
+  const Key key = add();
+  ASSERT_NE(key, nullptr);
+  const Sequence lines = onWorker();
+  ASSERT_EQ(lines.size(), 8U);
+  EXPECT_EQ(
+      Sequence(lines.begin(), lines.end() - 1),
+      oneEvent() +
+          (Sequence{handlerLine, "I Handling " + AddRequest(AddProfileParams(true, false)).dump(),
+                    "send 0x27",
+                    "I OvixWdsProxy OVIX_WDS_CREATE_PROFILE_REQ_V01 request successful!"}));
+  EXPECT_THAT(lines.back(), testing::StartsWith("I Added: "));
+}
+
+TEST_F(WorkerTest, Destroy_NotifierArmed_LinesInOrder) {
+  initAlone();
+  platform.clearCalls();
+  manager.reset();
+  EXPECT_EQ(onThisThread(), tearDownLines("release notifier"));
+  EXPECT_EQ(onWorker(),
+            (Sequence{"V there are 1 file descriptor(s) with events pending",
+                      "V processing event number: 0, handling 1 for #",
+                      "V file descriptor '#' is processing events [callback:0x#, data:(nil)]"}));
+}
+
+TEST_F(WorkerTest, Destroy_ClientOpen_ClientReleasedAfterTheThreadEnded) {
+  initWithClient();
+  manager.reset();
+  EXPECT_EQ(onThisThread(), tearDownLines("release client"));
+}
+
+TEST_F(WorkerTest, InitAgain_Running_NewWorkerFirstThenTheOldOneEnds) {
+  initAlone();
+  platform.clearCalls();
+  init();
+  EXPECT_EQ(onThisThread(), constructionLines() + tearDownLines("release notifier"));
+  EXPECT_EQ(platform.armedNotifierCount(), 1U);
+  platform.clearCalls();
+  EXPECT_EQ(manager->getProfile(nullptr), std::nullopt);
+  EXPECT_THAT(onWorker(), testing::Contains("I Handling Get "));
+}
+
+TEST_F(WorkerTest, AnyOperation_SeveralCallers_AllSentByOneThreadNotTheirs) {
+  initWithClient();
+  std::set<std::thread::id> callers{std::this_thread::get_id()};
+  for (int i = 0; i < 3; ++i) {
+    std::thread caller([&] { add(); });
+    callers.insert(caller.get_id());
+    caller.join();
+  }
+  manager->refresh(PDC_REFRESH_COMPLETED);
+  std::set<std::thread::id> senders;
+  for (const PlatformCall& call : platform.sent()) {
+    senders.insert(call.thread);
+  }
+  ASSERT_EQ(senders.size(), 1U);
+  EXPECT_EQ(callers.count(*senders.begin()), 0U);
+}
+
+TEST_F(WorkerTest, AddProfile_ModemRefuses_EmptyKeyInASuccessfulAnswer) {
+  initWithClient();
+  platform.rejectNext(OVIX_WDS_CREATE_PROFILE_REQ_V01);
+  EXPECT_EQ(add(), nullptr);
+  EXPECT_TRUE(platform.logged("Manager::addProfile < Add Success "));
+}
+
+// What a caller asks about a key, and how the log answers when there is none.
+struct KeyOperation {
+  const char* name;
+  // Whether the answer was empty.
+  std::function<bool(Manager&, const Key&)> isRefused;
+  std::function<std::string(const Key&)> requestText;
+  std::string exitLine;
+};
+
+std::vector<KeyOperation> keyOperations() {
+  return {
+      {"modify",
+       [](Manager& m, const Key& key) { return !m.modifyProfile(ModifyProfileParams(), key); },
+       [](const Key& key) { return ModifyRequest(ModifyProfileParams(), key).dump(); },
+       "I Manager::modifyProfile < Modify Failure"},
+      {"delete", [](Manager& m, const Key& key) { return !m.deleteProfile(key); },
+       [](const Key& key) { return DeleteRequest(key).dump(); },
+       "I Manager::deleteProfile < Delete Failure"},
+      {"match", [](Manager& m, const Key& key) { return !m.match(FilterProfileParams(), key); },
+       [](const Key& key) { return MatchRequest(FilterProfileParams(), key).dump(); },
+       "I Manager::match < Match Failure false"},
+      {"get", [](Manager& m, const Key& key) { return !m.getProfile(key).has_value(); },
+       [](const Key& key) { return GetRequest(key).dump(); },
+       "I Manager::getProfile < Get Failure "},
+  };
+}
+
+TEST_F(WorkerTest, KeyOperation_EmptyKey_FailureWithoutCacheOrModem) {
+  initWithClient();
+  for (const KeyOperation& operation : keyOperations()) {
+    SCOPED_TRACE(operation.name);
+    platform.clearCalls();
+    EXPECT_TRUE(operation.isRefused(*manager, nullptr));
+    EXPECT_EQ(onWorker(),
+              oneEvent() + (Sequence{handlerLine, "I Handling " + operation.requestText(nullptr)}));
+    EXPECT_EQ(onThisThread().back(), operation.exitLine);
+  }
+}
+
+// The interface is public, so somebody's test double or wrapper may come along.
+TEST_F(WorkerTest, KeyOperation_KeyOfAnotherMake_FailureWithoutTouchingTheModem) {
+  initWithClient();
+  const Key foreign = std::make_shared<TextKey>("foreign");
+  for (const KeyOperation& operation : keyOperations()) {
+    SCOPED_TRACE(operation.name);
+    platform.clearCalls();
+    EXPECT_TRUE(operation.isRefused(*manager, foreign));
+    EXPECT_TRUE(platform.logged("Handling " + operation.requestText(foreign)));
+    EXPECT_EQ(onThisThread().back(), operation.exitLine);
+    EXPECT_EQ(platform.sentIds(), std::vector<unsigned int>());
+  }
+}
+
+TEST_F(WorkerTest, GetProfile_KeyNoLongerKnown_FailureAndCacheError) {
+  initWithClient();
+  const Key key = add();
+  manager->refresh(PDC_REFRESH_COMPLETED);
+  platform.clearCalls();
+  EXPECT_EQ(manager->getProfile(key), std::nullopt);
+  EXPECT_EQ(onWorker(), oneEvent() + (Sequence{handlerLine, "I Handling Get " + key->dump(),
+                                               "E ProfileCache: token is not present or expired"}));
+  EXPECT_EQ(onThisThread().back(), "I Manager::getProfile < Get Failure ");
+}
+
+TEST_F(WorkerTest, Filter_NothingMatches_EmptyListInASuccessfulAnswer) {
+  initWithClient();
+  EXPECT_TRUE(manager->filter(FilterProfileParams()).empty());
+  EXPECT_EQ(onThisThread().back(), "I Manager::filter < Filter Success ");
+}
+
+TEST_F(WorkerTest, Filter_SeveralMatch_InTheCachesOrder) {
+  for (std::uint8_t index = 1; index <= 20; ++index) {
+    platform.setProfile(index, {});
+  }
+  initWithClient();
+  manager->refresh(PDC_REFRESH_COMPLETED);
+  std::vector<std::string> tokens;
+  for (const Key& key : manager->filter(FilterProfileParams())) {
+    const std::string text = key->dump();
+    tokens.push_back("  " + text.substr(text.find("token=") + 6) + ":");
+  }
+  std::vector<std::string> cached;
+  for (const std::string& line : manager->dump()) {
+    if (line == "Pending:") {
+      break;
+    }
+    cached.push_back(line.substr(0, line.find(':') + 1));
+  }
+  ASSERT_EQ(tokens.size(), 20U);
+  cached.erase(cached.begin());
+  EXPECT_EQ(tokens, cached);
+}
+
+TEST_F(WorkerTest, AnyOperation_RefreshStarted_RefusedBeforeCacheAndModem) {
+  initWithClient();
+  const Key key = add();
+  manager->refresh(PDC_REFRESH_STARTED);
+  const auto expectRefused = [this](const std::string& requestText, const std::string& exitLine) {
+    SCOPED_TRACE(requestText);
+    EXPECT_EQ(onWorker(), oneEvent() + (Sequence{handlerLine, "I Handling " + requestText}));
+    EXPECT_EQ(onThisThread().back(), exitLine);
+    platform.clearCalls();
+  };
+  platform.clearCalls();
+  EXPECT_EQ(add(), nullptr);
+  expectRefused(AddRequest(AddProfileParams(true, false)).dump(),
+                "I Manager::addProfile < Add Failure ");
+  EXPECT_TRUE(manager->filter(FilterProfileParams()).empty());
+  expectRefused(FilterRequest(FilterProfileParams()).dump(), "I Manager::filter < Filter Failure ");
+  for (const KeyOperation& operation : keyOperations()) {
+    EXPECT_TRUE(operation.isRefused(*manager, key));
+    expectRefused(operation.requestText(key), operation.exitLine);
+  }
+}
+
+TEST_F(WorkerTest, DropKey_RefreshStarted_ReleaseRefusedAndKeyGone) {
+  initWithClient();
+  Key key = manager->addProfile(AddProfileParams(/*isPersistent=*/false, /*isIAProfile=*/false));
+  const std::string text = key->dump();
+  manager->refresh(PDC_REFRESH_STARTED);
+  platform.clearCalls();
+  key.reset();
+  EXPECT_EQ(onWorker(),
+            oneEvent() + (Sequence{handlerLine, "I Handling Callback Release " +
+                                                    text.substr(text.find("token=") + 6)}));
+  EXPECT_EQ(onThisThread(), Sequence{"D ~ProfileKey"});
+  EXPECT_EQ(platform.profileCount(), 1U);
+}
+
+TEST_F(WorkerTest, Refresh_StartedTwice_AcceptedAndNothingSent) {
+  initWithClient();
+  manager->refresh(PDC_REFRESH_STARTED);
+  manager->refresh(PDC_REFRESH_STARTED);
+  EXPECT_EQ(onThisThread(),
+            (Sequence{"I Manager::refresh > Refresh ", "I Manager::refresh < Refresh Success",
+                      "I PAVO refresh started", "I Manager::refresh > Refresh ",
+                      "I Manager::refresh < Refresh Success", "I PAVO refresh started"}));
+  EXPECT_EQ(withoutEventLines(onWorker()),
+            (Sequence{handlerLine, "I Handling Refresh ", handlerLine, "I Handling Refresh "}));
+}
+
+TEST_F(WorkerTest, Refresh_Completed_ReloadsAndAcceptsAgain) {
+  platform.setProfile(3, {});
+  for (const bool isStarted : {true, false}) {
+    SCOPED_TRACE(isStarted ? "after started" : "without started");
+    manager.emplace();
+    platform.clearCalls();
+    initWithClient();
+    if (isStarted) {
+      manager->refresh(PDC_REFRESH_STARTED);
+    }
+    platform.clearCalls();
+    manager->refresh(PDC_REFRESH_COMPLETED);
+    EXPECT_EQ(platform.sentIds(), (std::vector<unsigned int>{0x2A, 0x2B}));
+    EXPECT_EQ(manager->filter(FilterProfileParams()).size(), 1U);
+  }
+}
+
+TEST_F(WorkerTest, Refresh_NoClient_ListLineAlone) {
+  initAlone();
+  platform.clearCalls();
+  manager->refresh(PDC_REFRESH_COMPLETED);
+  EXPECT_EQ(onWorker(),
+            oneEvent() + (Sequence{handlerLine, "I Handling Refresh ", "I Refreshed Profiles:"}));
+}
+
+TEST_F(WorkerTest, Refresh_SomeProfiles_OneRequestMoreThanProfiles) {
+  for (std::uint8_t index = 1; index <= 7; ++index) {
+    platform.setProfile(index, {});
+  }
+  initWithClient();
+  manager->refresh(PDC_REFRESH_COMPLETED);
+  EXPECT_EQ(platform.sent().size(), 8U);
+}
+
+TEST_F(WorkerTest, ServiceError_ProfilesCached_CacheIsNotTold) {
+  initWithClient();
+  const Key key = add();
+  platform.raiseError();
+  ASSERT_TRUE(platform.waitForRegistration());
+  EXPECT_TRUE(manager->getProfile(key).has_value());
+  EXPECT_EQ(platform.sentCount(OVIX_WDS_GET_PROFILE_LIST_REQ_V01), 0U);
+}
+
+// Adds the drop of a key, which is a call like any other.
+TEST_F(WorkerTest, AnyOperation_CallersOverlap_EachGetsItsOwnAnswer) {
+  initWithClient();
+  std::atomic<int> wrong{0};
+  std::vector<std::thread> callers;
+  for (int caller = 0; caller < 4; ++caller) {
+    callers.emplace_back([&, caller] {
+      for (int i = 0; i < 25; ++i) {
+        AddProfileParams params(/*isPersistent=*/false, /*isIAProfile=*/false);
+        const std::string apn = "apn" + std::to_string(caller) + "x" + std::to_string(i);
+        params.setApnName(apn);
+        const Key key = manager->addProfile(params);
+        const auto got = manager->getProfile(key);
+        FilterProfileParams filter;
+        filter.setApnName(apn);
+        wrong += key == nullptr || !got || got->getApnName() != apn ||
+                 !manager->match(filter, key) || manager->filter(filter).size() != 1;
+      }
+    });
+  }
+  for (std::thread& caller : callers) {
+    caller.join();
+  }
+  EXPECT_EQ(wrong, 0);
+  EXPECT_EQ(platform.profileCount(), 0U);
+}
+
+TEST_F(WorkerTest, Init_ManyTimesInARow_NeverHangs) {
+  for (int i = 0; i < 200; ++i) {
+    init();
+  }
+  EXPECT_TRUE(platform.waitForRegistration());
+}
+
+// By itself, with its requests and responses.
+class ClientRequestManagerTest : public FakePlatformTest {
+ protected:
+  static Status statusOf(const std::shared_ptr<ClientResponse>& response) {
+    EXPECT_NE(response, nullptr);
+    return response != nullptr ? response->getStatus() : Status::Failure;
+  }
+
+  LogRecorder recorder;
+};
+
+TEST_F(ClientRequestManagerTest, ConstructAndDestroy_AtOnce_NeverHangs) {
+  for (int i = 0; i < 200; ++i) {
+    const ClientRequestManager worker(/*subscription=*/0);
+  }
+}
+
+// The service-up event is there before the worker's thread, which dispatches it while the request's
+// descriptor is being registered.
+TEST_F(ClientRequestManagerTest, ConstructAndDestroy_EventsFromTheStart_NoRace) {
+  platform.setAnnouncement(FakePlatform::Announcement::Synchronous);
+  for (int i = 0; i < 100; ++i) {
+    ClientRequestManager worker(/*subscription=*/0);
+    platform.indicateProfileChanged(/*profileIndex=*/1, WDS_PROFILE_EVENT_DELETE_V01);
+    EXPECT_EQ(statusOf(worker.processClientRequest(std::make_shared<DeleteRequest>(nullptr))),
+              Status::Failure);
+    platform.indicateProfileChanged(/*profileIndex=*/1, WDS_PROFILE_EVENT_DELETE_V01);
+  }
+}
+
+TEST_F(ClientRequestManagerTest, Construct_NoThread_ProcessEndsWithThatText) {
+  platform.setAnnouncement(FakePlatform::Announcement::Never);
+  EXPECT_EXIT(
+      {
+        // A stack that no address space has room for.
+        pthread_attr_t attributes;
+        pthread_attr_init(&attributes);
+        pthread_attr_setstacksize(&attributes, std::size_t{1} << 60);
+        pthread_setattr_default_np(&attributes);
+        const ClientRequestManager worker(/*subscription=*/0);
+      },
+      testing::KilledBySignal(SIGABRT), "thread constructor failed");
+}
+
+TEST_F(ClientRequestManagerTest, Construct_NoDescriptorForRequests_ErrorAndAbort) {
+  platform.setAnnouncement(FakePlatform::Announcement::Never);
+  const auto occurrencesOf = [](const char* text) {
+    return [text](const std::string& output) { return occurrences(output, text); };
+  };
+  EXPECT_EXIT(
+      {
+        logToStandardError();
+        allowMoreFds(5);
+        const ClientRequestManager worker(/*subscription=*/0);
+      },
+      testing::KilledBySignal(SIGABRT),
+      testing::AllOf(
+          testing::ResultOf(occurrencesOf("addEventHandler"), 4U),
+          testing::ResultOf(occurrencesOf("D pavo::ClientRequestManager: constructor"), 1U),
+          testing::ResultOf(occurrencesOf("E Cannot create eventfd instance"), 1U)));
+}
+
+TEST_F(ClientRequestManagerTest, HandleClientRequest_NoWorker_DrainedAndError) {
+  const UniqueFd fd(eventfd(/*count=*/2, EFD_NONBLOCK | EFD_CLOEXEC));
+  ClientRequestManager::handleClientRequest(fd.get(), nullptr);
+  EXPECT_EQ(sequenceOf(platform.calls()), (Sequence{handlerLine, "E arg is null"}));
+  std::uint64_t count = 0;
+  EXPECT_EQ(read(fd.get(), &count, sizeof count), -1) << "two wake-ups are one call";
+}
+
+TEST_F(ClientRequestManagerTest, HandleClientRequest_ReadFails_ErrorAndGoesOn) {
+  platform.setAnnouncement(FakePlatform::Announcement::Never);
+  ClientRequestManager worker(/*subscription=*/0);
+  ASSERT_TRUE(platform.waitForLog("PAVO thread started"));
+  platform.clearCalls();
+  ClientRequestManager::handleClientRequest(-1, &worker);
+  EXPECT_EQ(sequenceOf(platform.calls()),
+            (Sequence{handlerLine, "E Error while clearing the read buffer on fd -1"}));
+  EXPECT_NE(worker.processClientRequest(std::make_shared<GetRequest>(nullptr)), nullptr);
+}
+
+TEST_F(ClientRequestManagerTest, HandleClientRequest_NoRequest_NoLineOfOne) {
+  platform.setAnnouncement(FakePlatform::Announcement::Never);
+  ClientRequestManager worker(/*subscription=*/0);
+  ASSERT_TRUE(platform.waitForLog("PAVO thread started"));
+  platform.clearCalls();
+  const UniqueFd fd(eventfd(/*count=*/1, EFD_NONBLOCK | EFD_CLOEXEC));
+  ClientRequestManager::handleClientRequest(fd.get(), &worker);
+  EXPECT_EQ(sequenceOf(platform.calls()), Sequence{handlerLine});
+}
+
+TEST_F(ClientRequestManagerTest, ProcessClientRequest_UnknownType_WaitsUntilTheWorkerStops) {
+  ClientRequestManager worker(/*subscription=*/0);
+  const auto unknown = std::make_shared<ClientRequest>(static_cast<ReqRespType>(99));
+  std::shared_ptr<ClientResponse> response = std::make_shared<RefreshResponse>(Status::Success);
+  std::thread caller([&] { response = worker.processClientRequest(unknown); });
+  EXPECT_TRUE(platform.waitForLog("Handling 99 "));
+  EXPECT_TRUE(waitUntil([&] { return unknown.use_count() == 1; })) << "the slot still holds it";
+  worker.stop();
+  caller.join();
+  EXPECT_EQ(response, nullptr);
+  EXPECT_EQ(unknown.use_count(), 1);
+}
+
+TEST_F(ClientRequestManagerTest, ProcessClientRequest_Stopped_EmptyWithoutLine) {
+  ClientRequestManager worker(/*subscription=*/0);
+  worker.stop();
+  platform.clearCalls();
+  EXPECT_EQ(worker.processClientRequest(std::make_shared<GetRequest>(nullptr)), nullptr);
+  worker.stop();
+  EXPECT_EQ(sequenceOf(platform.calls()), Sequence());
+}
+
+TEST_F(ClientRequestManagerTest, ProcessClientRequest_CallbackWithoutContent_Failure) {
+  ClientRequestManager worker(/*subscription=*/0);
+  const auto response = worker.processClientRequest(std::make_shared<CallbackRequest>());
+  EXPECT_EQ(statusOf(response), Status::Failure);
+  EXPECT_EQ(response->dump(), "Callback Failure");
+}
+
+TEST_F(ClientRequestManagerTest, ProcessClientRequest_Callbacks_RegistrationFailsReleaseSucceeds) {
+  ClientRequestManager worker(/*subscription=*/0);
+  ASSERT_TRUE(platform.waitForRegistration());
+  const auto added = std::static_pointer_cast<AddResponse>(worker.processClientRequest(
+      std::make_shared<AddRequest>(AddProfileParams(/*isPersistent=*/true, false))));
+  const auto key = std::static_pointer_cast<ProfileKey>(added->getAddProfileKey());
+  ASSERT_NE(key, nullptr);
+
+  int calls = 0;
+  const auto registration = std::make_shared<CallbackRequest>();
+  registration->setExpirationInfo([&] { ++calls; }, std::weak_ptr<IProfileKey>(key),
+                                  key->getToken());
+  EXPECT_EQ(statusOf(worker.processClientRequest(registration)), Status::Failure);
+
+  const auto release = std::make_shared<CallbackRequest>();
+  release->setReleaseToken(key->getToken());
+  EXPECT_EQ(statusOf(worker.processClientRequest(release)), Status::Success);
+  const auto unknown = std::make_shared<CallbackRequest>();
+  unknown->setReleaseToken(~0ULL);
+  EXPECT_EQ(statusOf(worker.processClientRequest(unknown)), Status::Failure);
+
+  worker.processClientRequest(std::make_shared<DeleteRequest>(key));
+  EXPECT_EQ(calls, 1) << "the listener was not stored";
+}
+
+TEST_F(ClientRequestManagerTest, Dump_OneProfile_TheCachesLines) {
+  ClientRequestManager worker(/*subscription=*/0);
+  EXPECT_EQ(worker.dump(), (std::vector<std::string>{"Cache:", "Pending:"}));
+  ASSERT_TRUE(platform.waitForRegistration());
+  platform.setNextProfileIndex(9);
+  const auto added = std::static_pointer_cast<AddResponse>(worker.processClientRequest(
+      std::make_shared<AddRequest>(AddProfileParams(/*isPersistent=*/true, false))));
+  const auto key = std::static_pointer_cast<ProfileKey>(added->getAddProfileKey());
+  ASSERT_NE(key, nullptr);
+  EXPECT_THAT(worker.dump(),
+              testing::ElementsAre(
+                  "Cache:", testing::StartsWith("  " + std::to_string(key->getToken()) + ": "),
+                  "Pending:", "  9 Create", "  9 Modify"));
+}
+
+// The loser of this race would be served by a thread that is no longer there.
+TEST_F(ClientRequestManagerTest, Stop_CallersInside_EveryoneReturns) {
+  for (int round = 0; round < 50; ++round) {
+    ClientRequestManager worker(/*subscription=*/0);
+    std::atomic<int> answered{0};
+    std::vector<std::thread> callers;
+    for (int i = 0; i < 3; ++i) {
+      callers.emplace_back([&] {
+        while (worker.processClientRequest(std::make_shared<GetRequest>(nullptr)) != nullptr) {
+          ++answered;
+        }
+      });
+    }
+    EXPECT_TRUE(waitUntil([&] { return answered > 3; }));
+    worker.stop();
+    for (std::thread& caller : callers) {
+      caller.join();
+    }
+    platform.clearCalls();
+  }
+}
+
+}  // namespace
+}  // namespace pavo::test
