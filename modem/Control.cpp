@@ -194,9 +194,7 @@ json Control::fail(const json& args) {
   return json::object();
 }
 
-json Control::listFaults(const json&) {
-  return {{"faults", faults.toJson()}};
-}
+json Control::listFaults(const json&) { return {{"faults", faults.toJson()}}; }
 
 json Control::clearFaults(const json&) {
   faults.clear();

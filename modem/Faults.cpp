@@ -44,9 +44,7 @@ Effect silentFromJson(const json& args) {
   return StaySilent{};
 }
 
-void silentToJson(const Effect&, json& out) {
-  out["silent"] = true;
-}
+void silentToJson(const Effect&, json& out) { out["silent"] = true; }
 
 Effect delayFromJson(const json& args) {
   return AnswerLate{
@@ -81,9 +79,7 @@ const EffectRow& effectRowOf(const json& args) {
   return *asked;
 }
 
-bool isRequest(uint16_t messageId) {
-  return messageId != profileChanged;
-}
+bool isRequest(uint16_t messageId) { return messageId != profileChanged; }
 
 // Nothing for "any".
 std::optional<uint16_t> messageFromJson(const json& value) {

@@ -21,9 +21,7 @@ constexpr std::array<MessageName, 9> names = {{
 
 }  // namespace
 
-std::span<const MessageName> messageNames() {
-  return names;
-}
+std::span<const MessageName> messageNames() { return names; }
 
 std::string messageName(uint16_t id) {
   for (const MessageName& known : names) {

@@ -81,9 +81,7 @@ void Modem::addClient(ClientNumber client, bool sawAbsence) {
   clients[client].readyIsDue = sawAbsence;
 }
 
-void Modem::removeClient(ClientNumber client) {
-  clients.erase(client);
-}
+void Modem::removeClient(ClientNumber client) { clients.erase(client); }
 
 json Modem::clientsToJson() const {
   json list = json::array();
@@ -160,9 +158,7 @@ std::vector<Indication> Modem::erase(uint8_t index) {
   return raise({.event = eventDelete, .index = index});
 }
 
-std::vector<Indication> Modem::raise(ProfileEvent event) const {
-  return raiseAll({&event, 1});
-}
+std::vector<Indication> Modem::raise(ProfileEvent event) const { return raiseAll({&event, 1}); }
 
 void Modem::powerOff() {
   remembered = store ? loadStore() : table.persistent();

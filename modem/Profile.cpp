@@ -36,12 +36,8 @@ void checkValue(const Setting& setting, const Value& value) {
 
 }  // namespace
 
-std::span<const Choice> pdpTypeChoices() {
-  return pdpTypes;
-}
-std::span<const Choice> commonPdpTypeChoices() {
-  return commonPdpTypes;
-}
+std::span<const Choice> pdpTypeChoices() { return pdpTypes; }
+std::span<const Choice> commonPdpTypeChoices() { return commonPdpTypes; }
 
 Profile readSettings(const FieldReader& fields) {
   Profile profile;

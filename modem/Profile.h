@@ -18,24 +18,24 @@
 namespace modem {
 
 struct Profile {
-  std::optional<std::string> name;
-  std::optional<uint32_t> pdpType;
-  std::optional<std::string> apn;
-  std::optional<std::string> user;
-  std::optional<std::string> password;
-  std::optional<uint8_t> auth;
-  std::optional<uint8_t> disabled;
-  std::optional<uint8_t> apnClass;
-  std::optional<uint8_t> emergency;
-  std::optional<uint16_t> maxPdnPerBlock;
-  std::optional<uint16_t> maxPdnTimer;
-  std::optional<uint16_t> pdnWaitInterval;
-  std::optional<uint32_t> lteRoam;
-  std::optional<uint32_t> umtsRoam;
-  std::optional<uint32_t> overrideHome;
-  std::optional<uint8_t> persistent;
-  std::optional<uint64_t> apnTypes;
-  std::optional<uint8_t> clat;
+  std::optional<std::string> name = {};
+  std::optional<uint32_t> pdpType = {};
+  std::optional<std::string> apn = {};
+  std::optional<std::string> user = {};
+  std::optional<std::string> password = {};
+  std::optional<uint8_t> auth = {};
+  std::optional<uint8_t> disabled = {};
+  std::optional<uint8_t> apnClass = {};
+  std::optional<uint8_t> emergency = {};
+  std::optional<uint16_t> maxPdnPerBlock = {};
+  std::optional<uint16_t> maxPdnTimer = {};
+  std::optional<uint16_t> pdnWaitInterval = {};
+  std::optional<uint32_t> lteRoam = {};
+  std::optional<uint32_t> umtsRoam = {};
+  std::optional<uint32_t> overrideHome = {};
+  std::optional<uint8_t> persistent = {};
+  std::optional<uint64_t> apnTypes = {};
+  std::optional<uint8_t> clat = {};
 
   bool isPersistent() const { return persistent.value_or(0) != 0; }
   bool operator==(const Profile&) const = default;

@@ -52,12 +52,8 @@ void ProfileTable::put(uint8_t index, Profile profile) {
   profiles.emplace(index, std::move(profile));
 }
 
-void ProfileTable::erase(uint8_t index) {
-  profiles.erase(index);
-}
+void ProfileTable::erase(uint8_t index) { profiles.erase(index); }
 
-void ProfileTable::clear() {
-  profiles.clear();
-}
+void ProfileTable::clear() { profiles.clear(); }
 
 }  // namespace modem

@@ -45,9 +45,7 @@ class UsageError : public std::runtime_error {
 // For the signal handler; set while a server runs.
 modem::Server* runningServer = nullptr;
 
-void onTerminate(int) {
-  runningServer->stop();
-}
+void onTerminate(int) { runningServer->stop(); }
 
 void handleSignals(modem::Server& server) {
   runningServer = &server;

@@ -1,0 +1,222 @@
+// The modem as a process: its command line, its socket file, its end.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <csignal>
+#include <filesystem>
+#include <fstream>
+#include <nlohmann/json.hpp>
+
+#include "Answers.h"
+#include "ChildProcess.h"
+#include "Deadline.h"
+#include "RawClient.h"
+#include "TemporaryFolder.h"
+#include "modem/ControlClient.h"
+#include "modem/LocalSocket.h"
+
+namespace modem::test {
+namespace {
+
+using nlohmann::json;
+using pavo::test::ChildProcess;
+using pavo::test::TemporaryFolder;
+using testing::AllOf;
+using testing::HasSubstr;
+
+using Words = std::vector<std::string>;
+using Exit = ChildProcess::Exit;
+
+class ProcessTest : public testing::Test {
+ protected:
+  std::string socketPath() const { return folder.file("modem"); }
+
+  Words command(const Words& more = {}) const {
+    Words words = {PAVO_MODEM_PROGRAM, "--socket", socketPath()};
+    words.insert(words.end(), more.begin(), more.end());
+    return words;
+  }
+  bool isReady(ChildProcess& process) const {
+    return process.waitForOutput("pavo-modem: listening on " + socketPath() + "\n");
+  }
+  Exit ctl(const Words& words, std::string* output = nullptr) const {
+    Words all = {PAVO_MODEM_PROGRAM, "ctl", "--socket", socketPath()};
+    all.insert(all.end(), words.begin(), words.end());
+    ChildProcess process(all);
+    const auto exit = process.waitForExit();
+    if (output != nullptr) {
+      *output = process.output();
+    }
+    return exit.value_or(Exit{});
+  }
+  RawClient newClient() const {
+    RawClient client(connectToSocket(socketPath()));
+    client.hello();
+    return client;
+  }
+
+  TemporaryFolder folder;
+};
+
+// Runs to its end and tells what it complained of.
+std::string complaintOf(const Words& words, int code) {
+  ChildProcess process(words);
+  const auto exit = process.waitForExit();
+  EXPECT_EQ(exit, (Exit{code, 0})) << process.output() << process.errors();
+  return process.errors();
+}
+
+class ProcessEnds : public ProcessTest, public testing::WithParamInterface<int> {};
+
+TEST_P(ProcessEnds, Signal_ServingModem_EndsCleanlyAndRemovesTheSocket) {
+  ChildProcess process(command());
+  ASSERT_TRUE(isReady(process));
+  RawClient client = newClient();
+  process.sendSignal(GetParam());
+  EXPECT_EQ(process.waitForExit(), (Exit{0, 0})) << process.errors();
+  EXPECT_FALSE(std::filesystem::exists(socketPath()));
+  EXPECT_TRUE(client.isHungUp());
+}
+
+INSTANTIATE_TEST_SUITE_P(Signals, ProcessEnds, testing::Values(SIGTERM, SIGINT));
+
+TEST_F(ProcessTest, Start_StaleSocketOfADeadModem_IsReplaced) {
+  {
+    ChildProcess process(command());
+    ASSERT_TRUE(isReady(process));
+    process.sendSignal(SIGKILL);
+    ASSERT_EQ(process.waitForExit(), (Exit{-1, SIGKILL}));
+  }
+  ASSERT_TRUE(std::filesystem::exists(socketPath()));
+  ChildProcess process(command());
+  EXPECT_TRUE(isReady(process)) << process.errors();
+}
+
+TEST_F(ProcessTest, Start_SocketOfALiveModem_IsRefusedAndTheLiveOneGoesOn) {
+  ChildProcess process(command());
+  ASSERT_TRUE(isReady(process));
+  EXPECT_THAT(complaintOf(command(), 1), HasSubstr("a running modem serves this socket"));
+  EXPECT_EQ(resultOf(newClient().request(profileList, {})), success);
+}
+
+TEST_F(ProcessTest, Start_FileThatIsNoSocket_IsRefusedAndKept) {
+  std::ofstream(socketPath()) << "precious";
+  EXPECT_THAT(complaintOf(command(), 1), HasSubstr("no socket"));
+  EXPECT_EQ(std::filesystem::file_size(socketPath()), 8u);
+}
+
+TEST_F(ProcessTest, Start_PathTooLongForASocket_IsRefused) {
+  const std::string path = folder.file(std::string(120, 's'));
+  EXPECT_THAT(complaintOf({PAVO_MODEM_PROGRAM, "--socket", path}, 1),
+              AllOf(HasSubstr(path), HasSubstr("at most 107 bytes")));
+}
+
+TEST_F(ProcessTest, Start_BadProfileFile_IsRefusedWithThePlace) {
+  std::ofstream(folder.file("bad.json")) << R"({"profiles": [{"pdpType": "V5"}]})";
+  EXPECT_THAT(complaintOf(command({"--profiles", folder.file("bad.json")}), 1),
+              AllOf(HasSubstr(folder.file("bad.json")), HasSubstr("profiles[0].pdpType")));
+  EXPECT_THAT(complaintOf(command({"--profiles", folder.file("none")}), 1),
+              HasSubstr("No such file"));
+}
+
+TEST_F(ProcessTest, Start_BadStore_IsRefusedAndKept) {
+  std::ofstream(folder.file("store")) << "garbage";
+  EXPECT_THAT(complaintOf(command({"--store", folder.file("store")}), 1),
+              HasSubstr(folder.file("store")));
+  EXPECT_EQ(std::filesystem::file_size(folder.file("store")), 7u);
+  EXPECT_FALSE(std::filesystem::exists(socketPath()));
+}
+
+TEST_F(ProcessTest, Start_BadUsage_Exits2) {
+  complaintOf(command({"--capacity", "256"}), 2);
+  complaintOf(command({"--nonsense"}), 2);
+  complaintOf({"/usr/bin/env", "-u", "OVIX_MODEM", PAVO_MODEM_PROGRAM}, 2);
+}
+
+TEST_F(ProcessTest, Start_SocketFromTheEnvironment_ServesThere) {
+  pavo::test::ChildProcessOptions options;
+  options.environment = {"OVIX_MODEM=" + socketPath()};
+  ChildProcess process({PAVO_MODEM_PROGRAM}, options);
+  EXPECT_TRUE(isReady(process)) << process.errors();
+}
+
+TEST_F(ProcessTest, Start_ReadyFd_TellsThereInsteadOfStdout) {
+  ChildProcess process(command({"--ready-fd", "2"}));
+  ASSERT_TRUE(pavo::test::waitUntil(
+      [&] { return process.errors().find("listening on") != std::string::npos; }));
+  EXPECT_EQ(process.output(), "");
+}
+
+TEST_F(ProcessTest, Start_ProfilesAndCapacity_AreUsed) {
+  std::ofstream(folder.file("own.json")) << R"({"profiles": [{"index": 2, "apn": "own"}]})";
+  ChildProcess process(command({"--profiles", folder.file("own.json"), "--capacity", "2"}));
+  ASSERT_TRUE(isReady(process)) << process.errors();
+  const json shown = ControlClient(socketPath()).call("show");
+  EXPECT_EQ(shown["capacity"], 2);
+  EXPECT_EQ(shown["profiles"], json::parse(R"([{"index": 2, "apn": "own"}])"));
+}
+
+TEST_F(ProcessTest, Kill_AfterAnswers_LosesNothingPersistent) {
+  const Words words = command({"--store", folder.file("store")});
+  for (int round = 1; round <= 5; ++round) {
+    ChildProcess process(words);
+    ASSERT_TRUE(isReady(process)) << process.errors();
+    RawClient client = newClient();
+    const std::string apn = "apn" + std::to_string(round);
+    ASSERT_EQ(resultOf(client.request(createProfile,
+                                      createRequest({.apn = apn, .persistent = uint8_t{1}}))),
+              success);
+    ASSERT_EQ(resultOf(client.request(modifyProfile, profileRequest(1, {.apn = apn}))), success);
+    process.sendSignal(SIGKILL);
+    ASSERT_EQ(process.waitForExit(), (Exit{-1, SIGKILL}));
+  }
+  ChildProcess process(words);
+  ASSERT_TRUE(isReady(process)) << process.errors();
+  RawClient client = newClient();
+  EXPECT_EQ(settingsOf(client.request(profileSettings, profileRequest(1))).apn, "apn5");
+  for (uint8_t index = 2; index <= 5; ++index) {
+    EXPECT_EQ(settingsOf(client.request(profileSettings, profileRequest(index))).apn,
+              "apn" + std::to_string(index));
+  }
+}
+
+TEST_F(ProcessTest, Restart_Modem_HasAnotherBootNumber) {
+  std::vector<json> boots;
+  for (int i = 0; i < 2; ++i) {
+    ChildProcess process(command());
+    ASSERT_TRUE(isReady(process));
+    boots.push_back(ControlClient(socketPath()).call("show")["boot"]);
+    process.sendSignal(SIGTERM);
+    process.waitForExit();
+  }
+  EXPECT_NE(boots[0], boots[1]);
+}
+
+TEST_F(ProcessTest, Ctl_DoneRefusedAndBadUsage_Exits012) {
+  ChildProcess process(command());
+  ASSERT_TRUE(isReady(process));
+  std::string output;
+  EXPECT_EQ(ctl({"create", "apn=ims", "class=3", R"({"clat": true})"}, &output), (Exit{0, 0}));
+  EXPECT_EQ(json::parse(output)["index"], 1);
+  EXPECT_EQ(ctl({"show"}, &output), (Exit{0, 0}));
+  EXPECT_EQ(json::parse(output)["profiles"],
+            json::parse(R"([{"index": 1, "apn": "ims", "class": 3, "clat": true}])"));
+  EXPECT_EQ(ctl({"delete", "index=7"}, &output), (Exit{1, 0}));
+  EXPECT_EQ(json::parse(output)["ok"], false);
+  EXPECT_EQ(ctl({}), (Exit{2, 0}));
+  EXPECT_EQ(ctl({"create", "apn"}), (Exit{2, 0}));
+  EXPECT_EQ(ctl({"create", "{\"apn\""}), (Exit{2, 0}));
+}
+
+TEST_F(ProcessTest, Ctl_NoModem_Exits1) { EXPECT_EQ(ctl({"show"}), (Exit{1, 0})); }
+
+TEST_F(ProcessTest, Ctl_Quit_EndsTheModem) {
+  ChildProcess process(command());
+  ASSERT_TRUE(isReady(process));
+  EXPECT_EQ(ctl({"quit"}), (Exit{0, 0}));
+  EXPECT_EQ(process.waitForExit(), (Exit{0, 0}));
+  EXPECT_FALSE(std::filesystem::exists(socketPath()));
+}
+
+}  // namespace
+}  // namespace modem::test

@@ -1,0 +1,30 @@
+// A modem served by a thread of the test, reached through socket pairs.
+#pragma once
+
+#include <thread>
+#include <utility>
+
+#include "RawClient.h"
+#include "modem/ControlClient.h"
+#include "modem/Server.h"
+
+namespace modem::test {
+
+class ServedModem {
+ public:
+  explicit ServedModem(Server::Options options = {});
+  ~ServedModem();
+
+  static std::pair<UniqueFd, UniqueFd> makePair();
+  void adopt(UniqueFd socket) { server.adopt(std::move(socket)); }
+  UniqueFd connect();
+  // One that has exchanged hellos.
+  RawClient newClient(bool sawAbsence = false);
+  ControlClient newControl() { return ControlClient(connect().release()); }
+
+ private:
+  Server server;
+  std::thread thread;
+};
+
+}  // namespace modem::test

@@ -1,0 +1,284 @@
+#include "modem/Server.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "Answers.h"
+#include "Deadline.h"
+#include "ServedModem.h"
+
+namespace modem::test {
+namespace {
+
+using pavo::test::waitUntil;
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+TEST(Server, Hello_AnyClient_IsAnsweredWithTheBootNumber) {
+  ServedModem served;
+  RawClient first(served.connect());
+  RawClient second(served.connect());
+  const auto boot = first.hello();
+  ASSERT_TRUE(boot);
+  EXPECT_EQ(second.hello(), boot);
+}
+
+TEST(Server, Request_Create_AnswersBeforeItIndicates) {
+  ServedModem served;
+  RawClient client = served.newClient();
+  client.registerForAll();
+  const uint32_t transaction = client.send(FrameKind::Request, createProfile, createRequest({}));
+  const auto response = client.receive();
+  ASSERT_TRUE(response);
+  EXPECT_EQ(response->kind, FrameKind::Response);
+  EXPECT_EQ(response->transaction, transaction);
+  EXPECT_EQ(response->messageId, createProfile);
+  const auto indication = client.receive();
+  ASSERT_TRUE(indication);
+  EXPECT_EQ(indication->kind, FrameKind::Indication);
+  EXPECT_EQ(indication->messageId, profileChanged);
+  EXPECT_EQ(indication->transaction, 0u);
+}
+
+TEST(Server, Edits_TwoClients_EachSeesTheOthersEdits) {
+  ServedModem served;
+  RawClient one = served.newClient();
+  RawClient two = served.newClient();
+  one.registerForAll();
+  two.registerForAll();
+  one.request(createProfile, createRequest({.apn = "ims"}));
+  EXPECT_EQ(settingsOf(two.request(profileSettings, profileRequest(1))).apn, "ims");
+  two.request(modifyProfile, profileRequest(1, {.apn = "sos"}));
+  EXPECT_EQ(settingsOf(one.request(profileSettings, profileRequest(1))).apn, "sos");
+  two.request(deleteProfile, profileRequest(1));
+  const auto all = ElementsAre("create/1", "modify/1", "modify/1", "delete/1");
+  EXPECT_THAT(one.eventsUntilNow(), all);
+  EXPECT_THAT(two.eventsUntilNow(), all);
+}
+
+TEST(Server, Edits_UnregisteredClient_IsToldNothing) {
+  ServedModem served;
+  RawClient one = served.newClient();
+  RawClient two = served.newClient();
+  one.request(createProfile, createRequest({}));
+  EXPECT_THAT(one.eventsUntilNow(), IsEmpty());
+  EXPECT_THAT(two.eventsUntilNow(), IsEmpty());
+}
+
+TEST(Server, Edits_ByControl_AreToldToAllRegisteredClients) {
+  ServedModem served;
+  RawClient one = served.newClient();
+  RawClient two = served.newClient();
+  one.registerForAll();
+  two.registerForAll();
+  ControlClient control = served.newControl();
+  control.call("create", {{"apn", "ims"}});
+  control.call("modify", {{"index", 1}, {"apn", "sos"}});
+  control.call("delete", {{"index", 1}});
+  const auto all = ElementsAre("create/1", "modify/1", "modify/1", "delete/1");
+  EXPECT_THAT(one.eventsUntilNow(), all);
+  EXPECT_THAT(two.eventsUntilNow(), all);
+}
+
+TEST(Server, Ready_ClientSawAbsence_IsToldBehindTheResponse) {
+  ServedModem served;
+  RawClient client = served.newClient(/*sawAbsence=*/true);
+  client.request(indicationRegister, registerRequest());
+  client.send(FrameKind::Request, configureEvents, allEventsRequest());
+  EXPECT_EQ(client.receive()->kind, FrameKind::Response);
+  EXPECT_EQ(client.nextEvent(), "ready/255");
+}
+
+struct BadStream {
+  const char* name;
+  bool saysHello;
+  std::vector<uint8_t> bytes;
+};
+
+class ServerBadStream : public testing::TestWithParam<BadStream> {};
+
+TEST_P(ServerBadStream, Receive_BadStream_ClosesThatConnectionOnly) {
+  ServedModem served;
+  RawClient good = served.newClient();
+  RawClient bad(served.connect());
+  if (GetParam().saysHello) {
+    bad.hello();
+  }
+  bad.sendBytes(GetParam().bytes);
+  EXPECT_TRUE(bad.isHungUp());
+  EXPECT_EQ(resultOf(good.request(profileList, {})), success);
+}
+
+Payload frameBytes(FrameKind kind, uint32_t transaction, const Payload& payload) {
+  return encodeFrame({kind, profileList, transaction, payload});
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Streams, ServerBadStream,
+    testing::Values(BadStream{"Noise", true, Payload(64, 0xA5)},
+                    BadStream{"OversizedFrame", true, {1, 0, 1, 0, 0, 1, 0, 0, 1, 0, 0, 0}},
+                    BadStream{"OtherVersion", true, {0, 0, 0, 0, 0, 2, 0, 0, 1, 0, 0, 0}},
+                    BadStream{"RequestBeforeHello", false, frameBytes(FrameKind::Request, 1, {})},
+                    BadStream{"EmptyHello", false, frameBytes(FrameKind::Hello, 0, {})},
+                    BadStream{"LongHello", false, frameBytes(FrameKind::Hello, 0, {0, 0})},
+                    BadStream{"SecondHello", true, frameBytes(FrameKind::Hello, 0, {0})},
+                    BadStream{"Transaction0", true, frameBytes(FrameKind::Request, 0, {})},
+                    BadStream{"Response", true, frameBytes(FrameKind::Response, 1, {})},
+                    BadStream{"ControlOnAClient", true,
+                              frameBytes(FrameKind::ControlRequest, 1, {})}),
+    [](const auto& row) { return std::string(row.param.name); });
+
+TEST(Server, Receive_TruncatedFrameThenEnd_ClosesThatConnectionOnly) {
+  ServedModem served;
+  RawClient good = served.newClient();
+  RawClient bad = served.newClient();
+  bad.sendBytes(Payload{5, 0, 0, 0, 0, 1, 0, 0});
+  bad.endSending();
+  EXPECT_TRUE(bad.isHungUp());
+  EXPECT_EQ(resultOf(good.request(profileList, {})), success);
+}
+
+TEST(Server, Receive_RequestThenEnd_IsStillAnswered) {
+  ServedModem served;
+  RawClient client = served.newClient();
+  client.send(FrameKind::Request, createProfile, createRequest({}));
+  client.endSending();
+  const auto response = client.receive();
+  ASSERT_TRUE(response);
+  EXPECT_EQ(resultOf(response->payload), success);
+  EXPECT_TRUE(client.isHungUp());
+}
+
+TEST(Server, Receive_MalformedMessageInAGoodFrame_KeepsTheConnection) {
+  ServedModem served;
+  RawClient client = served.newClient();
+  EXPECT_EQ(resultOf(client.request(createProfile, {1, 2})), failure(ErrorCode::MalformedMessage));
+  EXPECT_EQ(resultOf(client.request(profileList, {})), success);
+}
+
+TEST(Server, Send_ClientThatDoesNotRead_IsDisconnectedAndHoldsUpNobody) {
+  Server::Options options;
+  options.modem.capacity = 255;
+  for (unsigned index = 1; index <= 255; ++index) {
+    Profile named;
+    named.name = std::string(50, 'n');
+    options.modem.ownProfiles.emplace(static_cast<uint8_t>(index), named);
+  }
+  ServedModem served(std::move(options));
+  ControlClient control = served.newControl();
+  RawClient busy = served.newClient();
+  RawClient lazy = served.newClient();
+  for (int i = 0; i < 200; ++i) {
+    lazy.send(FrameKind::Request, profileList, {});
+  }
+  EXPECT_TRUE(waitUntil([&] { return control.call("show")["clients"] == 1; }));
+  EXPECT_EQ(resultOf(busy.request(profileList, {})), success);
+}
+
+TEST(Server, Close_ClientLeaves_IsForgotten) {
+  ServedModem served;
+  ControlClient control = served.newControl();
+  RawClient client = served.newClient();
+  EXPECT_EQ(control.call("show")["clients"], 1);
+  client.close();
+  EXPECT_TRUE(waitUntil([&] { return control.call("show")["clients"] == 0; }));
+}
+
+TEST(Server, PowerCycle_AnyClients_HangsUpOnThemAndKeepsControl) {
+  ServedModem served;
+  ControlClient control = served.newControl();
+  RawClient client(served.connect());
+  const auto boot = client.hello();
+  client.request(createProfile, createRequest({}));
+  client.request(createProfile, createRequest({.persistent = uint8_t{1}}));
+  const auto reply = control.call("power-cycle");
+  EXPECT_EQ(reply["on"], true);
+  EXPECT_TRUE(client.isHungUp());
+  EXPECT_EQ(control.call("show")["profiles"].size(), 1u);
+  RawClient again(served.connect());
+  const auto bootAgain = again.hello(/*sawAbsence=*/true);
+  ASSERT_TRUE(bootAgain);
+  EXPECT_NE(bootAgain, boot);
+}
+
+TEST(Server, PowerCycle_WithOffTime_TurnsClientsAndEditsAway) {
+  ServedModem served;
+  ControlClient control = served.newControl();
+  EXPECT_EQ(control.call("power-cycle", {{"offMs", 3'600'000}})["on"], false);
+  RawClient early(served.connect());
+  EXPECT_FALSE(early.hello());
+  EXPECT_TRUE(early.isHungUp());
+  EXPECT_EQ(control.call("create")["ok"], false);
+  EXPECT_EQ(control.call("power-cycle")["ok"], false);
+  EXPECT_EQ(control.call("show")["on"], false);
+}
+
+TEST(Server, PowerCycle_OffTimeIsOver_ServesAgain) {
+  ServedModem served;
+  ControlClient control = served.newControl();
+  const auto boot = control.call("show")["boot"];
+  control.call("power-cycle", {{"offMs", 20}});
+  EXPECT_TRUE(waitUntil([&] { return RawClient(served.connect()).hello().has_value(); }));
+  EXPECT_NE(control.call("show")["boot"], boot);
+}
+
+TEST(Server, FaultError_NextCreate_IsRefusedAndNotCarriedOut) {
+  ServedModem served;
+  ControlClient control = served.newControl();
+  RawClient client = served.newClient();
+  control.call("fail", {{"message", "create-profile"}, {"error", 3}, {"result", 9}});
+  EXPECT_EQ(resultOf(client.request(createProfile, createRequest({}))),
+            (Result{9, ErrorCode::NoResources}));
+  EXPECT_THAT(control.call("show")["profiles"], IsEmpty());
+  EXPECT_EQ(resultOf(client.request(createProfile, createRequest({}))), success);
+}
+
+TEST(Server, FaultSilent_NextRequest_IsLost) {
+  ServedModem served;
+  ControlClient control = served.newControl();
+  RawClient client = served.newClient();
+  control.call("fail", {{"message", "any"}, {"silent", true}});
+  client.send(FrameKind::Request, createProfile, createRequest({}));
+  const uint32_t second = client.send(FrameKind::Request, profileList, {});
+  EXPECT_EQ(client.receive()->transaction, second);
+  EXPECT_THAT(control.call("show")["profiles"], IsEmpty());
+}
+
+TEST(Server, FaultDelay_NextRequest_IsOvertakenAndThenCarriedOut) {
+  ServedModem served;
+  ControlClient control = served.newControl();
+  RawClient client = served.newClient();
+  control.call("fail", {{"message", "create-profile"}, {"delayMs", 200}});
+  // Both at once, so that the second has certainly come before the first one is due.
+  const uint32_t late = 101;
+  const uint32_t soon = 102;
+  Payload both = encodeFrame({FrameKind::Request, createProfile, late, createRequest({})});
+  const Payload second = encodeFrame({FrameKind::Request, profileList, soon, {}});
+  both.insert(both.end(), second.begin(), second.end());
+  client.sendBytes(both);
+  EXPECT_EQ(client.receive()->transaction, soon);
+  const auto response = client.receive();
+  ASSERT_TRUE(response);
+  EXPECT_EQ(response->transaction, late);
+  EXPECT_EQ(resultOf(response->payload), success);
+}
+
+TEST(Server, FaultDelay_ClientLeavesMeanwhile_IsDropped) {
+  ServedModem served;
+  ControlClient control = served.newControl();
+  control.call("fail", {{"message", "any"}, {"delayMs", 200}, {"count", 2}});
+  // All is said and the connection ended before the modem sees any of it.
+  auto [modemsEnd, clientsEnd] = ServedModem::makePair();
+  RawClient client(std::move(clientsEnd));
+  client.sendBytes(encodeFrame({FrameKind::Hello, 0, 0, {0}}));
+  client.send(FrameKind::Request, createProfile, createRequest({}));
+  client.close();
+  served.adopt(std::move(modemsEnd));
+  ASSERT_TRUE(waitUntil([&] { return control.call("faults")["faults"][0]["count"] == 1; }));
+  // A request that is delayed after the first one is answered after it would have been due.
+  EXPECT_EQ(resultOf(served.newClient().request(profileList, {})), success);
+  EXPECT_THAT(control.call("show")["profiles"], IsEmpty());
+}
+
+}  // namespace
+}  // namespace modem::test
