@@ -272,7 +272,7 @@ TEST(Server, FaultDelay_ClientLeavesMeanwhile_IsDropped) {
   RawClient client(std::move(clientsEnd));
   client.sendBytes(encodeFrame({FrameKind::Hello, 0, 0, {0}}));
   client.send(FrameKind::Request, createProfile, createRequest({}));
-  client.close();
+  client.endSending();
   served.adopt(std::move(modemsEnd));
   ASSERT_TRUE(waitUntil([&] { return control.call("faults")["faults"][0]["count"] == 1; }));
   // A request that is delayed after the first one is answered after it would have been due.
