@@ -33,9 +33,7 @@ CapturingLogWriter::CapturingLogWriter() : captured(std::make_shared<Lines>()) {
   LogWrapper::getInstance().setLogWriter(std::make_unique<Sink>(captured));
 }
 
-CapturingLogWriter::~CapturingLogWriter() {
-  LogWrapper::getInstance().setLogWriter(nullptr);
-}
+CapturingLogWriter::~CapturingLogWriter() { LogWrapper::getInstance().setLogWriter(nullptr); }
 
 std::vector<CapturedLine> CapturingLogWriter::lines() const {
   const std::lock_guard lock(captured->mutex);

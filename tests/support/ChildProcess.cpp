@@ -152,13 +152,9 @@ std::optional<ChildProcess::Exit> ChildProcess::waitForExit(std::chrono::millise
   return exit;
 }
 
-std::string ChildProcess::output() const {
-  return readAll(outputFd);
-}
+std::string ChildProcess::output() const { return readAll(outputFd); }
 
-std::string ChildProcess::errors() const {
-  return readAll(errorsFd);
-}
+std::string ChildProcess::errors() const { return readAll(errorsFd); }
 
 bool ChildProcess::waitForOutput(const std::string& text, std::chrono::milliseconds limit) {
   const auto contains = [&] { return output().find(text) != std::string::npos; };

@@ -21,9 +21,7 @@ constexpr std::chrono::milliseconds pollInterval{1};
 
 }  // namespace
 
-std::chrono::milliseconds patience() {
-  return patienceTime;
-}
+std::chrono::milliseconds patience() { return patienceTime; }
 
 bool waitUntil(const std::function<bool()>& condition, std::chrono::milliseconds limit) {
   const auto deadline = std::chrono::steady_clock::now() + limit;

@@ -181,9 +181,7 @@ struct BlockedSend::Gate {
 
 BlockedSend::BlockedSend(std::shared_ptr<Gate> theGate) : gate(std::move(theGate)) {}
 BlockedSend::BlockedSend(BlockedSend&&) noexcept = default;
-BlockedSend::~BlockedSend() {
-  release();
-}
+BlockedSend::~BlockedSend() { release(); }
 
 bool BlockedSend::waitUntilEntered() const {
   std::unique_lock lock(gate->mutex);
@@ -458,9 +456,7 @@ std::size_t FakePlatform::count(Kind kind) const {
                     [kind](const PlatformCall& call) { return call.kind == kind; }));
 }
 
-std::vector<PlatformCall> FakePlatform::sent() const {
-  return calls(Kind::Send);
-}
+std::vector<PlatformCall> FakePlatform::sent() const { return calls(Kind::Send); }
 
 std::vector<PlatformCall> FakePlatform::sent(unsigned int msgId) const {
   std::vector<PlatformCall> found = sent();
@@ -476,13 +472,9 @@ std::vector<unsigned int> FakePlatform::sentIds() const {
   return ids;
 }
 
-std::size_t FakePlatform::sentCount(unsigned int msgId) const {
-  return sent(msgId).size();
-}
+std::size_t FakePlatform::sentCount(unsigned int msgId) const { return sent(msgId).size(); }
 
-std::vector<PlatformCall> FakePlatform::logLines() const {
-  return calls(Kind::Log);
-}
+std::vector<PlatformCall> FakePlatform::logLines() const { return calls(Kind::Log); }
 
 std::vector<std::string> FakePlatform::logMessages() const {
   std::vector<std::string> messages;

@@ -50,9 +50,7 @@ ChildProcess::Exit ModemProcess::terminate() {
   return *exit;
 }
 
-bool ModemProcess::isRunning() {
-  return child && child->isRunning();
-}
+bool ModemProcess::isRunning() { return child && child->isRunning(); }
 
 nlohmann::json ModemProcess::control(const std::string& verb, const nlohmann::json& args) {
   if (!controlClient) {
@@ -69,8 +67,6 @@ ModemEnvironment::ModemEnvironment(const std::string& socketPath) {
   setenv("OVIX_MODEM", socketPath.c_str(), /*overwrite=*/1);
 }
 
-ModemEnvironment::~ModemEnvironment() {
-  unsetenv("OVIX_MODEM");
-}
+ModemEnvironment::~ModemEnvironment() { unsetenv("OVIX_MODEM"); }
 
 }  // namespace pavo::test
