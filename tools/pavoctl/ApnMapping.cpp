@@ -85,7 +85,7 @@ class Mapping {
       } else if (const auto type = apnTypeNamed(name)) {
         mask |= *type;
       } else {
-        unknown.push_back("'" + printable(name) + "'");
+        unknown.push_back(quoted(name));
       }
     }
     if (isEmpty) {
@@ -109,8 +109,8 @@ class Mapping {
     } else if (protocol == "ipv4v6") {
       (mapped.params.*set)(pavo::IPType::V4V6);
     } else {
-      note(name + " '" + printable(entry.valueOf(name)) +
-           "' has no counterpart: the IP type is left to the modem");
+      note(name + " " + quoted(entry.valueOf(name)) +
+           " has no counterpart: the IP type is left to the modem");
     }
   }
 
@@ -123,7 +123,7 @@ class Mapping {
     } else if (type.size() == 1 && type[0] >= '0' && type[0] <= '3') {
       mapped.params.setAuthType(static_cast<pavo::AuthType>(type[0] - '0'));
     } else {
-      note("authtype '" + printable(type) + "' is none of -1 to 3");
+      note("authtype " + quoted(type) + " is none of -1 to 3");
     }
   }
 
@@ -136,7 +136,7 @@ class Mapping {
     try {
       return parseFlag(name, value);
     } catch (const UsageError&) {
-      note(name + " '" + printable(value) + "' is neither true nor false");
+      note(name + " " + quoted(value) + " is neither true nor false");
       return std::nullopt;
     }
   }
@@ -168,7 +168,7 @@ class Mapping {
         (mapped.params.*set)(static_cast<int>(number));
       }
     } catch (const UsageError&) {
-      note(name + " '" + printable(value) + "' is not a number from 0 to 65535");
+      note(name + " " + quoted(value) + " is not a number from 0 to 65535");
     }
   }
 

@@ -29,6 +29,13 @@ std::string printable(std::string_view text) {
   return result;
 }
 
+std::string quoted(std::string_view text) {
+  std::string result(1, '\'');
+  result += printable(text);
+  result += '\'';
+  return result;
+}
+
 std::string lowerCase(std::string_view text) {
   std::string result(text);
   for (char& c : result) {

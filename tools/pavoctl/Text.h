@@ -11,6 +11,9 @@ namespace pavoctl {
 // name from a file or from the modem can neither break a line nor steer the terminal.
 std::string printable(std::string_view text);
 
+// printable() between single quotes.
+std::string quoted(std::string_view text);
+
 // ASCII letters in lower case; other bytes, and the locale, do not matter.
 std::string lowerCase(std::string_view text);
 

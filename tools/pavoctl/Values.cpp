@@ -14,8 +14,7 @@ namespace {
 
 [[noreturn]] void refuse(std::string_view option, std::string_view text,
                          std::string_view expected) {
-  throw UsageError(std::string(option) + ": '" + printable(text) + "' is not " +
-                   std::string(expected));
+  throw UsageError(std::string(option) + ": " + quoted(text) + " is not " + std::string(expected));
 }
 
 bool isDigits(std::string_view text) {
