@@ -74,6 +74,10 @@ std::shared_ptr<const Response> perform(const Operation& operation, const GetWor
   return std::static_pointer_cast<const Response>(response);
 }
 
+// Puts getInstance() and its instance into the library, where every client of the process finds the
+// same one: without it, a program and what it loads with local names would have one each.
+[[gnu::used]] Manager& (*const instanceOfTheProcess)() = &Manager::getInstance;
+
 }  // namespace
 
 Manager::Manager() {
