@@ -1,0 +1,21 @@
+// The manager of a process is one, although getInstance() is compiled into every client of it.
+#include <pavo/Manager.h>
+
+#include <gtest/gtest.h>
+
+#include <dlfcn.h>
+
+namespace pavo::test {
+namespace {
+
+TEST(InstanceTest, GetInstance_InASharedObjectLoadedWithLocalNames_TheSame) {
+  void* const client = dlopen(PAVO_INSTANCE_CLIENT, RTLD_NOW | RTLD_LOCAL);
+  ASSERT_NE(client, nullptr) << dlerror();
+  void* const symbol = dlsym(client, "clientInstance");
+  ASSERT_NE(symbol, nullptr) << dlerror();
+  const auto clientInstance = reinterpret_cast<Manager* (*)()>(symbol);
+  EXPECT_EQ(clientInstance(), &Manager::getInstance());
+}
+
+}  // namespace
+}  // namespace pavo::test
