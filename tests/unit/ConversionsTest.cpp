@@ -349,7 +349,7 @@ TEST_F(ConvertedProfileTest, AuthType_SentAndRead_TwoLowBits) {
 }
 
 TEST_F(ConvertedProfileTest, ApnName_Sent_CapitalLettersLowered) {
-  for (const std::size_t length : {1, 15, 16, 17, 31, 32, 33, 150}) {
+  for (const std::size_t length : {1U, 15U, 16U, 17U, 31U, 32U, 33U, 150U}) {
     std::string given;
     std::string expected;
     for (std::size_t i = 0; i < length; ++i) {

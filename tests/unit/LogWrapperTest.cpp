@@ -121,7 +121,7 @@ TEST_F(LogWrapperTest, IsLogged_WithAndWithoutWriter_WhetherTheLineReachesAnybod
 }
 
 TEST_F(LogWrapperTest, Log_AnyLength_CutAtTheLimit) {
-  for (const std::size_t length : {0, 1, 510, 511, 512, 513, 600, 5000}) {
+  for (const std::size_t length : {0U, 1U, 510U, 511U, 512U, 513U, 600U, 5000U}) {
     clear();
     const CapturingLogWriter log;
     std::string message;
