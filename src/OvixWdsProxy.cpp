@@ -331,12 +331,13 @@ void OvixWdsProxy::ovixIndCb(ovix_client_type client, unsigned int msg_id, void*
   }
 }
 
-std::unique_ptr<IndInfo_t> OvixWdsProxy::nextIndication(std::size_t& queued) {
+std::size_t OvixWdsProxy::queueSize() {
   const MutexLock lock(queueMutex);
-  queued = indQueue.size();
-  if (queued == 0) {
-    return nullptr;
-  }
+  return indQueue.size();
+}
+
+std::unique_ptr<IndInfo_t> OvixWdsProxy::takeIndication() {
+  const MutexLock lock(queueMutex);
   std::unique_ptr<IndInfo_t> oldest = std::move(indQueue.front());
   indQueue.pop_front();
   return oldest;
@@ -349,20 +350,23 @@ void OvixWdsProxy::handleIndication(int fd, void* proxy) {
     return;
   }
   auto& self = *static_cast<OvixWdsProxy*>(proxy);
-  bool goOn = true;
-  while (goOn) {
-    std::size_t queued = 0;
-    const std::unique_ptr<IndInfo_t> indication = self.nextIndication(queued);
+  // All that is queued by now and no more: what comes meanwhile has a wake-up of its own, so that a
+  // modem that talks without a pause keeps the worker neither from its clients nor from ending.
+  std::size_t queued = self.queueSize();
+  for (std::size_t due = queued;; --due, queued = self.queueSize()) {
     LogWrapper::log(LogLevel::Debug, logTag, "OvixWdsProxy: handleIndication indQueue.size[%d]",
                     static_cast<int>(queued));
-    if (queued == 0) {
+    if (due == 0) {
       return;
     }
+    const std::unique_ptr<IndInfo_t> indication = self.takeIndication();
     if (indication == nullptr) {
       LogWrapper::log(LogLevel::Error, logTag, "handleIndication: arg is null");
       return;
     }
-    goOn = self.deliver(*indication);
+    if (!self.deliver(*indication)) {
+      return;
+    }
   }
 }
 

@@ -85,7 +85,8 @@ class OvixWdsProxy {
   void releaseClient();
   template <typename Request, typename Response>
   bool send(unsigned int messageId, Request& request, Response& response);
-  std::unique_ptr<IndInfo_t> nextIndication(std::size_t& queued) EXCLUDES(queueMutex);
+  std::size_t queueSize() EXCLUDES(queueMutex);
+  std::unique_ptr<IndInfo_t> takeIndication() EXCLUDES(queueMutex);
   bool deliver(const IndInfo_t& indication);
 
   EventManager& eventManager;
