@@ -1,6 +1,8 @@
 // Workers that are replaced, keys that outlive them, and the end of the process.
 #include <unistd.h>
 
+#include <atomic>
+#include <chrono>
 #include <cstdio>
 #include <cstdlib>
 #include <future>
