@@ -23,9 +23,7 @@ class ControlHost {
   virtual void powerCycle(std::chrono::milliseconds offTime) = 0;
   virtual bool canQuit() const = 0;
   virtual void quit() = 0;
-
- protected:
-  ~ControlHost() = default;
+  virtual ~ControlHost() = default;
 };
 
 class Control {

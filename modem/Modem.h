@@ -67,7 +67,7 @@ class Modem {
   // Every client by number, with what it has registered for.
   nlohmann::json clientsToJson() const;
 
-  Outcome handle(ClientNumber client, uint16_t messageId, std::span<const uint8_t> payload);
+  Outcome handle(ClientNumber number, uint16_t messageId, std::span<const uint8_t> payload);
 
   // Edits by somebody who is no client; all registered clients are told. They throw Refusal.
   struct Created {
