@@ -143,7 +143,8 @@ class Parser {
   }
 
   void addGlobals() {
-    app.require_subcommand(1);
+    // At most one. That there is one is checked last, so that a misspelt one is named.
+    app.require_subcommand(0, 1);
     app.set_help_all_flag("--help-all", "The help of every command");
     addValue(app, "--subscription", "N", "Subscription to serve (1)", [this](const auto& value) {
       line.session.subscription = static_cast<int>(
@@ -284,6 +285,9 @@ class Parser {
   }
 
   void check() {
+    if (verbApp == nullptr) {
+      throw UsageError("no command given (try pavoctl --help)");
+    }
     if (line.verb == Verb::add && !line.isPersistent && !line.isHeld) {
       throw UsageError(
           "add: a profile that is not persistent is deleted as soon as pavoctl ends: "

@@ -75,4 +75,20 @@ bool Dump::hasLostList() const {
   return false;
 }
 
+std::optional<bool> Dump::hasModemsProfiles() const {
+  bool isRefreshed = false;
+  for (auto line = log.rbegin(); line != log.rend(); ++line) {
+    const std::string_view text = messageOf(*line);
+    if (text == message::waitingForService || text == message::listFailed ||
+        (isRefreshed && text == message::refreshed)) {
+      return false;
+    }
+    if (isRefreshed && text == message::listRead) {
+      return true;
+    }
+    isRefreshed = isRefreshed || text == message::refreshed;
+  }
+  return std::nullopt;
+}
+
 }  // namespace pavoctl

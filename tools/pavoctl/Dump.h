@@ -42,6 +42,11 @@ struct Dump {
   // Whether the library's latest attempt to read the modem's list of profiles has failed, so that
   // the cache is empty although the modem's table need not be.
   bool hasLostList() const;
+
+  // Whether what the library last made of the modem's profiles came from the modem. It did not when
+  // the list could not be read, when there was nobody to ask, and when the modem was lost since.
+  // Nothing when the log no longer reaches back that far.
+  std::optional<bool> hasModemsProfiles() const;
 };
 
 // A log line without time stamp and tag.

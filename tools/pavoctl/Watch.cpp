@@ -74,7 +74,6 @@ Watch::~Watch() = default;
 void Watch::run(StopSignal& stop) {
   const Dump start = Session::dump();
   lastWaiting = start.lastLine(message::waitingForService);
-  lastListRead = start.lastLine(message::listRead);
   lastRefreshed = start.lastLine(message::refreshed);
   while (!collect(seen)) {
     session.readAll();
@@ -103,8 +102,7 @@ void Watch::look() {
   if (dump.hasLostList()) {
     // The modem is there but has not answered; the library leaves it at that.
     Manager::getInstance().refresh(pavo::PDC_REFRESH_COMPLETED);
-    isScanDue = true;
-  } else if (isScanDue && !isModemLost) {
+  } else if (isScanDue && isCurrent) {
     isScanDue = !scan();
     scannedCache = dump.cache;
   }
@@ -114,21 +112,19 @@ void Watch::notice(const Dump& dump) {
   const auto isNew = [&](std::string& last, std::string_view start) {
     const std::string_view line = dump.lastLine(start);
     const bool isChanged = !line.empty() && line != last;
-    last = isChanged ? line : std::string_view(last);
+    if (isChanged) {
+      last = line;
+    }
     return isChanged;
   };
   if (isNew(lastWaiting, message::waitingForService)) {
-    isModemLost = true;
-    isScanDue = true;
-    scannedCache = dump.cache;
     print(Json{{"event", "modem-lost"}}, "the modem is lost, waiting for it");
   }
-  const bool isListRead = isNew(lastListRead, message::listRead);
-  // A long list pushes the line about it out of the log; the cache shows it just as well.
-  if (isListRead || (!dump.cache.empty() && dump.cache != scannedCache)) {
-    isModemLost = false;
-  }
-  if (isNew(lastRefreshed, message::refreshed) && !isModemLost) {
+  // A long list pushes the lines about it out of the log; then the cache shows that there is one.
+  const bool isNewCache = !dump.cache.empty() && dump.cache != scannedCache;
+  isCurrent = dump.hasModemsProfiles().value_or(isCurrent || isNewCache);
+  if (isCurrent && isNew(lastRefreshed, message::refreshed)) {
+    isScanDue = true;
     print(Json{{"event", "refreshed"}}, "all profiles have been read from the modem again");
   }
 }

@@ -55,9 +55,8 @@ class Watch {
   std::vector<std::string> scannedCache;
   bool isScanDue = true;
   // Between the modem's loss and the next list of profiles the cache says nothing about the modem.
-  bool isModemLost = false;
+  bool isCurrent = true;
   std::string lastWaiting;
-  std::string lastListRead;
   std::string lastRefreshed;
 };
 

@@ -1,0 +1,156 @@
+#include "CommandLine.h"
+
+#include <gmock/gmock.h>
+
+#include <vector>
+
+#include "Errors.h"
+
+namespace pavoctl {
+namespace {
+
+using testing::HasSubstr;
+using testing::ThrowsMessage;
+
+CommandLine parse(std::vector<const char*> arguments) {
+  arguments.insert(arguments.begin(), "pavoctl");
+  return CommandLine::parse(static_cast<int>(arguments.size()), arguments.data());
+}
+
+TEST(CommandLine, Globals_BeforeAndBehindTheVerb) {
+  for (const auto& line : {parse({"--json", "--subscription", "-2", "--timeout", "0.5", "list"}),
+                           parse({"list", "--json", "--subscription=-2", "--timeout=0.5"})}) {
+    EXPECT_EQ(line.verb, Verb::list);
+    EXPECT_TRUE(line.isJson);
+    EXPECT_EQ(line.session.subscription, -2);
+    EXPECT_EQ(line.session.timeout.count(), 500);
+    EXPECT_EQ(line.secrets, Secrets::masked);
+  }
+}
+
+TEST(CommandLine, Defaults_AreAsDocumented) {
+  const CommandLine line = parse({"dump"});
+  EXPECT_EQ(line.session.subscription, 1);
+  EXPECT_EQ(line.session.timeout.count(), 5000);
+  EXPECT_FALSE(line.session.useAndroidLog);
+  EXPECT_FALSE(line.isJson);
+}
+
+TEST(CommandLine, Attributes_All_ReachTheProfile) {
+  const CommandLine line = parse(
+      {"modify",    "3",    "--apn",          "Net", "--user",      "me", "--password", "p",
+       "--auth",    "CHAP", "--home-ip",      "V4",  "--roam-ip",   "V6", "--types",    "MMS|DUN",
+       "--class",   "APP",  "--clat",         "yes", "--emergency", "no", "--disabled", "on",
+       "--max-pdn", "1",    "--max-pdn-time", "2",   "--wait",      "3"});
+  EXPECT_EQ(line.verb, Verb::modify);
+  EXPECT_EQ(line.profileId, 3);
+  EXPECT_EQ(line.attributes.dump(),
+            "ApnName=Net,UserName=me,Password=p,AuthType=CHAP,HomeIPType=V4,RoamIPType=V6,"
+            "ApnTypesMask=MMS|DUN|,ApnClass=APP,IsClatEnabled=1,MaxPdnsConnPerBlock=1,"
+            "MaxPdnConnTimer=2,PdnReqWaitInterval=3,IsApnDisabled=1,IsEmergencySupported=0,");
+}
+
+TEST(CommandLine, TextValues_AwkwardOnes_ArriveUntouched) {
+  for (const char* password : {"", "-x", "--json", "[a]", "a,b", "\"q\"", "'q'", "{}", "%%", " ",
+                               "a=b", "@file", "# no comment", "\xFF"}) {
+    SCOPED_TRACE(password);
+    const CommandLine line = parse({"modify", "3", "--password", password});
+    EXPECT_TRUE(line.attributes.hasPassword());
+    EXPECT_EQ(line.attributes.getPassword(), password);
+    EXPECT_FALSE(line.isJson);
+  }
+}
+
+TEST(CommandLine, ListFilters_All_ReachTheFilter) {
+  const CommandLine line = parse({"list",
+                                  "--apn",
+                                  "net",
+                                  "--apn-subset",
+                                  "--types",
+                                  "MMS",
+                                  "--types-subset",
+                                  "--home-ip",
+                                  "V4",
+                                  "--home-ip-subset",
+                                  "--home-ip-superset",
+                                  "--roam-ip",
+                                  "V6",
+                                  "--roam-ip-subset",
+                                  "--roam-ip-superset",
+                                  "--id",
+                                  "5",
+                                  "--pavo",
+                                  "yes",
+                                  "--ia",
+                                  "no"});
+  EXPECT_EQ(line.filter.getFilterMatchCriteria(), 0x3FU);
+  EXPECT_EQ(line.filter.getFilterByProfileId(), 5);
+  EXPECT_TRUE(line.filter.getIsPavoProfile());
+  EXPECT_TRUE(line.filter.hasFilterByIsIAProfile());
+  EXPECT_FALSE(line.filter.getIsIAProfile());
+}
+
+TEST(CommandLine, ListWithoutFilters_MatchesEverything) {
+  EXPECT_EQ(parse({"list"}).filter.dump(), "None: ");
+}
+
+TEST(CommandLine, Import_PersistentUnlessAskedOtherwise) {
+  EXPECT_TRUE(parse({"import", "f", "--plmn", "23402"}).isPersistent);
+  EXPECT_TRUE(parse({"import", "f", "--plmn", "23402", "--persistent"}).isPersistent);
+  const CommandLine line = parse({"import", "f", "--plmn", "23402", "--non-persistent", "--hold"});
+  EXPECT_FALSE(line.isPersistent);
+  EXPECT_TRUE(line.isHeld);
+}
+
+TEST(CommandLine, Help_EveryVerb_HasExamples) {
+  EXPECT_THAT(parse({"--help"}).help, HasSubstr("OVIX_MODEM"));
+  for (const char* verb :
+       {"list", "get", "add", "modify", "delete", "refresh", "dump", "watch", "import"}) {
+    EXPECT_THAT(parse({verb, "--help"}).help, HasSubstr("Examples:\n  pavoctl ")) << verb;
+  }
+}
+
+struct BadUsage {
+  std::vector<const char*> arguments;
+  const char* message;
+};
+
+TEST(CommandLine, BadUsage_IsRefusedInOneLine) {
+  for (const BadUsage& bad : std::vector<BadUsage>{
+           {{}, "no command given"},
+           {{"frobnicate"}, "frobnicate"},
+           {{"list", "--frobnicate"}, "--frobnicate"},
+           {{"list", "extra"}, "extra"},
+           {{"get"}, "ID is required"},
+           {{"get", "x"}, "ID: 'x' is not a number"},
+           {{"get", "256"}, "ID: '256' is not a number from 0 to 255"},
+           {{"delete", "1", "2"}, "2"},
+           {{"add", "--apn", "x"}, "--persistent, or --hold"},
+           {{"add", "--persistent", "--hold"}, "excludes"},
+           {{"add", "--persistent", "--max-pdn", "65536"}, "--max-pdn: '65536'"},
+           {{"add", "--persistent", "--auth", "EAP"}, "--auth: 'EAP'"},
+           {{"add", "--persistent", "--apn"}, "--apn"},
+           {{"modify", "1"}, "nothing to change"},
+           {{"modify", "1", "--json"}, "nothing to change"},
+           {{"list", "--apn-subset"}, "--apn"},
+           {{"list", "--timeout", "0"}, "--timeout: '0'"},
+           {{"list", "--subscription", "4294967296"}, "--subscription"},
+           {{"import", "f"}, "--plmn"},
+           {{"import", "f", "--plmn", "234"}, "--plmn: '234'"},
+           {{"import", "f", "--plmn", "23402", "--non-persistent"}, "--hold"},
+           {{"import", "f", "--plmn", "23402", "--hold"}, "--non-persistent"},
+           {{"import", "f", "--plmn", "23402", "--persistent", "--non-persistent"}, "excludes"},
+       }) {
+    SCOPED_TRACE(bad.message);
+    try {
+      parse(bad.arguments);
+      ADD_FAILURE() << "it was accepted";
+    } catch (const UsageError& error) {
+      EXPECT_THAT(error.what(), HasSubstr(bad.message));
+      EXPECT_EQ(std::string(error.what()).find('\n'), std::string::npos) << error.what();
+    }
+  }
+}
+
+}  // namespace
+}  // namespace pavoctl

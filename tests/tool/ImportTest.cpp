@@ -1,0 +1,149 @@
+#include <gmock/gmock.h>
+#include <signal.h>
+
+#include "Tool.h"
+
+namespace pavo::test {
+namespace {
+
+using testing::EndsWith;
+using testing::HasSubstr;
+using testing::Not;
+using Json = nlohmann::json;
+
+constexpr ChildProcess::Exit done{.code = 0, .signal = 0};
+constexpr ChildProcess::Exit failed{.code = 1, .signal = 0};
+constexpr const char* debiansList = "/usr/share/mobile-broadband-provider-info/apns-conf.xml";
+
+constexpr const char* smallList = R"(<apns>
+<apn carrier="One" mcc="001" mnc="01" apn="One.Net" type="default" protocol="IPV4V6" authtype="1" user="u" password="hush"/>
+<apn carrier="Two" mcc="001" mnc="01" apn="two" type="mms" mmsc="http://mms"/>
+<apn carrier="Other" mcc="001" mnc="02" apn="other"/>
+<apn carrier="None" mcc="001" mnc="01" type="default"/>
+<apn carrier="Stray" apn="stray"/>
+</apns>
+)";
+
+class ImportTest : public ToolTest {
+ protected:
+  std::string file(const std::string& text) { return writeFile(folder, "apns.xml", text); }
+
+  const TemporaryFolder folder;
+};
+
+TEST_F(ImportTest, Import_SmallFile_ReportsEveryEntry) {
+  const std::string path = file(smallList);
+  const ToolResult result = run({"import", path, "--plmn", "00101"});
+  EXPECT_EQ(result.exit, failed) << result;
+  EXPECT_EQ(result.output,
+            "line 2: One: one.net (DEFAULT): profile 3\n"
+            "line 3: note: a profile has no place for mmsc\n"
+            "line 3: Two: two (MMS): profile 4\n"
+            "note: entries without a proper mcc and mnc belong to no network; lines 6\n"
+            "2 imported, 1 refused, 2 notes\n");
+  EXPECT_EQ(result.errors, "pavoctl: " + path + ":5: refused: it names no access point\n");
+  EXPECT_EQ(profileOnModem(3)["persistent"], true);
+  EXPECT_EQ(profileOnModem(3)["auth"], 1);
+  EXPECT_EQ(profileOnModem(3)["password"], "hush");
+}
+
+TEST_F(ImportTest, Import_Json_SaysTheSame) {
+  const ToolResult result = run({"import", file(smallList), "--plmn", "00101", "--json"});
+  const Json report = result.json();
+  ASSERT_TRUE(report.is_object()) << result;
+  EXPECT_EQ(report["imported"].size(), 2U);
+  EXPECT_EQ(report["imported"][0]["profile"]["apnName"], "one.net");
+  EXPECT_EQ(report["imported"][0]["profile"]["password"], "********");
+  EXPECT_EQ(report["refused"][0]["line"], 5);
+  EXPECT_EQ(report["notes"].size(), 2U);
+  EXPECT_THAT(result.output, Not(HasSubstr("hush")));
+}
+
+TEST_F(ImportTest, Import_Twice_AddsNothingNew) {
+  run({"import", file(smallList), "--plmn", "00101"});
+  const ToolResult result = run({"import", file(smallList), "--plmn", "00101"});
+  EXPECT_THAT(result.output, HasSubstr("line 2: note: not added again: the same profile is on the "
+                                       "modem as profile 3\n"));
+  EXPECT_THAT(result.output, EndsWith("0 imported, 1 refused, 4 notes\n"));
+  EXPECT_EQ(modem.control("show")["profiles"].size(), 4U);
+}
+
+TEST_F(ImportTest, Import_SameEntryTwiceInTheFile_IsAddedOnce) {
+  const std::string entry = "<apn mcc='001' mnc='01' apn='x' type='default'/>\n";
+  const ToolResult result =
+      run({"import", file("<apns>" + entry + entry + "</apns>"), "--plmn", "00101"});
+  EXPECT_EQ(result.exit, done) << result;
+  EXPECT_THAT(result.output,
+              HasSubstr("line 2: note: not added again: the same profile is that of line 1\n"));
+}
+
+TEST_F(ImportTest, Import_DryRun_NeedsNoModem) {
+  const ToolResult result =
+      runTool(folder.file("nobody"), {"import", file(smallList), "--plmn", "00102", "--dry-run"});
+  EXPECT_EQ(result.exit, done) << result;
+  EXPECT_THAT(result.output, HasSubstr("line 4: Other: other (DEFAULT|MMS|SUPL|DUN|HIPRI|FOTA|CBS)"
+                                       ": would be added\n"));
+  EXPECT_THAT(result.output, EndsWith("1 would be imported, 0 refused, 1 notes\n"));
+}
+
+TEST_F(ImportTest, Import_TableFull_RefusesTheRest) {
+  std::string text = "<apns>\n";
+  for (int i = 0; i < 15; ++i) {
+    text += "<apn mcc='001' mnc='01' type='default' apn='n" + std::to_string(i) + "'/>\n";
+  }
+  const ToolResult result = run({"import", file(text + "</apns>"), "--plmn", "00101"});
+  EXPECT_EQ(result.exit, failed);
+  EXPECT_THAT(result.output, EndsWith("14 imported, 1 refused, 0 notes\n"));
+  EXPECT_THAT(result.errors, HasSubstr(":16: refused: the modem refused the new profile"));
+}
+
+TEST_F(ImportTest, Import_HeldNonPersistent_LivesUntilTheSignal) {
+  const auto holder =
+      start({"import", file(smallList), "--plmn", "00102", "--non-persistent", "--hold"});
+  ASSERT_TRUE(holder->waitForOutput("1 imported")) << holder->errors();
+  EXPECT_EQ(profileOnModem(3)["persistent"], false);
+  holder->sendSignal(SIGTERM);
+  EXPECT_EQ(finish(*holder).exit, done);
+  EXPECT_EQ(profileOnModem(3), nullptr);
+}
+
+TEST_F(ImportTest, Import_UnusableFile_IsOneLine) {
+  struct Case {
+    std::string path;
+    const char* complaint;
+  };
+  for (const Case& c : std::vector<Case>{
+           {folder.file("missing"), "No such file or directory"},
+           {folder.path().string(), "Is a directory"},
+           {writeFile(folder, "empty", ""), "the file is empty"},
+           {writeFile(folder, "broken", "<apns>\n<apn"), ":2: unclosed token"},
+           {writeFile(folder, "bomb", "<!DOCTYPE a [<!ENTITY a 'b'>]><apns/>"), "entities"},
+           {writeFile(folder, "stranger", smallList), "none of its 5 entries is for network 23402"},
+       }) {
+    const ToolResult result = run({"import", c.path, "--plmn", "23402"});
+    EXPECT_EQ(result.exit, failed) << result;
+    EXPECT_EQ(result.output, "");
+    EXPECT_THAT(result.errors, HasSubstr("pavoctl: " + c.path));
+    EXPECT_THAT(result.errors, HasSubstr(c.complaint));
+    EXPECT_EQ(result.errors.find('\n'), result.errors.size() - 1) << result.errors;
+  }
+}
+
+TEST_F(ImportTest, Import_OperatorOfDebiansList_IsWhatTheModemHas) {
+  const ToolResult result =
+      run({"import", debiansList, "--plmn", "23402", "--json", "--show-secrets"});
+  EXPECT_EQ(result.exit, done) << result;
+  const Json imported = result.json()["imported"];
+  EXPECT_GE(imported.size(), 9U);
+  for (const auto& entry : imported) {
+    const Json& profile = entry["profile"];
+    const Json onModem = profileOnModem(profile["id"]);
+    EXPECT_EQ(onModem["apn"], profile["apnName"]);
+    EXPECT_EQ(onModem["user"], profile["userName"]);
+    EXPECT_EQ(onModem["password"], profile["password"]);
+    EXPECT_EQ(onModem["pdpType"], "V4");
+  }
+}
+
+}  // namespace
+}  // namespace pavo::test

@@ -1,0 +1,71 @@
+#include "Tool.h"
+
+#include <fstream>
+#include <stdexcept>
+
+namespace pavo::test {
+namespace {
+
+ModemProcessOptions ownProfiles() {
+  ModemProcessOptions options;
+  options.profiles = nlohmann::json::parse(R"({"profiles": [
+    {"index": 1, "apn": "internet", "pdpType": "V4V6", "apnTypes": 17,
+     "user": "me", "password": "hush,AuthType=PAP,hush", "auth": 3},
+    {"index": 2, "apn": "ims", "pdpType": "V6", "apnTypes": 2, "class": 1}]})");
+  return options;
+}
+
+}  // namespace
+
+nlohmann::json ToolResult::json() const {
+  return nlohmann::json::parse(output, /*cb=*/nullptr, /*allow_exceptions=*/false);
+}
+
+std::ostream& operator<<(std::ostream& out, const ToolResult& result) {
+  return out << "exit " << result.exit.code << " signal " << result.exit.signal << "\noutput:\n"
+             << result.output << "errors:\n"
+             << result.errors;
+}
+
+std::unique_ptr<ChildProcess> startTool(const std::string& modemSocket,
+                                        const Arguments& arguments) {
+  Arguments command{PAVOCTL_PROGRAM};
+  command.insert(command.end(), arguments.begin(), arguments.end());
+  return std::make_unique<ChildProcess>(
+      command, ChildProcessOptions{
+                   .environment = {"OVIX_MODEM=" + modemSocket}, .workingFolder = {}, .input = {}});
+}
+
+ToolResult finish(ChildProcess& process) {
+  const auto exit = process.waitForExit();
+  if (!exit) {
+    throw std::runtime_error("pavoctl has not ended; it wrote: " + process.output() +
+                             process.errors());
+  }
+  return {*exit, process.output(), process.errors()};
+}
+
+ToolResult runTool(const std::string& modemSocket, const Arguments& arguments) {
+  return finish(*startTool(modemSocket, arguments));
+}
+
+std::string writeFile(const TemporaryFolder& folder, const std::string& name,
+                      const std::string& text) {
+  const std::string path = folder.file(name);
+  std::ofstream(path, std::ios::binary) << text;
+  return path;
+}
+
+ToolTest::ToolTest() : modem(ownProfiles()) {}
+
+nlohmann::json ToolTest::profileOnModem(int index) {
+  const nlohmann::json table = modem.control("show");
+  for (const auto& profile : table["profiles"]) {
+    if (profile["index"] == index) {
+      return profile;
+    }
+  }
+  return nullptr;
+}
+
+}  // namespace pavo::test

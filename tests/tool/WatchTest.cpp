@@ -1,0 +1,141 @@
+#include <gmock/gmock.h>
+#include <signal.h>
+
+#include <sstream>
+
+#include "Tool.h"
+
+namespace pavo::test {
+namespace {
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::Not;
+using Json = nlohmann::json;
+
+constexpr ChildProcess::Exit done{.code = 0, .signal = 0};
+
+class WatchTest : public ToolTest {
+ protected:
+  std::vector<Json> events(const ChildProcess& watcher) {
+    std::vector<Json> all;
+    std::istringstream lines(watcher.output());
+    for (std::string line; std::getline(lines, line) && !lines.eof();) {
+      all.push_back(Json::parse(line));
+    }
+    return all;
+  }
+  std::vector<Json> events(const ChildProcess& watcher, const std::string& name) {
+    std::vector<Json> some = events(watcher);
+    std::erase_if(some, [&](const Json& event) { return event["event"] != name; });
+    return some;
+  }
+  bool waitForEvents(const ChildProcess& watcher, const std::string& name, std::size_t count = 1) {
+    return waitUntil([&] { return events(watcher, name).size() >= count; });
+  }
+};
+
+TEST_F(WatchTest, Watch_ChangesByAnotherClient_AreEventsWithBothSides) {
+  const auto watcher = start({"watch", "--json"});
+  ASSERT_TRUE(waitForEvents(*watcher, "watching")) << watcher->errors();
+  EXPECT_EQ(events(*watcher)[0]["profiles"].size(), 2U);
+
+  modem.control("create", {{"apn", "third"}});
+  ASSERT_TRUE(waitForEvents(*watcher, "created")) << watcher->output();
+  EXPECT_EQ(events(*watcher).back()["after"]["apnName"], "third");
+
+  modem.control("modify", {{"index", 1}, {"password", "hush2"}, {"apn", "other"}});
+  ASSERT_TRUE(waitForEvents(*watcher, "changed")) << watcher->output();
+  const Json changed = events(*watcher).back();
+  EXPECT_EQ(changed["id"], 1);
+  EXPECT_EQ(changed["changes"]["apnName"], Json::parse(R"({"before":"internet","after":"other"})"));
+  EXPECT_EQ(changed["changes"]["password"],
+            Json::parse(R"({"before":"********","after":"********"})"));
+
+  modem.control("delete", {{"index", 2}});
+  ASSERT_TRUE(waitForEvents(*watcher, "deleted")) << watcher->output();
+  EXPECT_EQ(events(*watcher).back()["before"]["apnName"], "ims");
+
+  watcher->sendSignal(SIGTERM);
+  const ToolResult result = finish(*watcher);
+  EXPECT_EQ(result.exit, done) << result;
+  EXPECT_EQ(events(*watcher).size(), 4U) << result;
+  EXPECT_THAT(result.output, Not(HasSubstr("hush")));
+  EXPECT_EQ(result.errors, "");
+}
+
+TEST_F(WatchTest, Watch_ProfileThatChangesAgain_IsSeenEachTime) {
+  const auto watcher = start({"watch", "--json"});
+  ASSERT_TRUE(waitForEvents(*watcher, "watching"));
+  for (std::size_t i = 1; i <= 3; ++i) {
+    modem.control("modify", {{"index", 1}, {"apn", "name" + std::to_string(i)}});
+    ASSERT_TRUE(waitForEvents(*watcher, "changed", i)) << watcher->output();
+    EXPECT_EQ(events(*watcher).back()["after"]["apnName"], "name" + std::to_string(i));
+  }
+}
+
+TEST_F(WatchTest, Watch_PowerCycle_IsSurvived) {
+  const auto watcher = start({"watch", "--json"});
+  ASSERT_TRUE(waitForEvents(*watcher, "watching"));
+  modem.control("create", {{"apn", "volatile"}, {"persistent", false}});
+  ASSERT_TRUE(waitForEvents(*watcher, "created"));
+  modem.control("power-cycle");
+  ASSERT_TRUE(waitForEvents(*watcher, "deleted")) << watcher->output();
+  std::vector<std::string> names;
+  for (const auto& event : events(*watcher)) {
+    names.push_back(event["event"]);
+  }
+  EXPECT_THAT(names, ElementsAre("watching", "created", "modem-lost", "refreshed", "deleted"));
+  modem.control("modify", {{"index", 1}, {"apn", "after"}});
+  EXPECT_TRUE(waitForEvents(*watcher, "changed")) << watcher->output();
+}
+
+TEST_F(WatchTest, Watch_ModemKilledAndStarted_IsSurvived) {
+  const auto watcher = start({"watch", "--json"});
+  ASSERT_TRUE(waitForEvents(*watcher, "watching"));
+  modem.kill();
+  ASSERT_TRUE(waitForEvents(*watcher, "modem-lost")) << watcher->output();
+  modem.start();
+  ASSERT_TRUE(waitForEvents(*watcher, "refreshed")) << watcher->output();
+  modem.control("delete", {{"index", 1}});
+  ASSERT_TRUE(waitForEvents(*watcher, "deleted")) << watcher->output();
+  EXPECT_EQ(events(*watcher).size(), 4U) << watcher->output();
+}
+
+TEST_F(WatchTest, Watch_ListRefusedAfterAPowerCycle_IsReadAgain) {
+  const auto watcher = start({"watch", "--json"});
+  ASSERT_TRUE(waitForEvents(*watcher, "watching"));
+  modem.control("fail", {{"message", "profile-list"}, {"error", 9}});
+  modem.control("power-cycle");
+  ASSERT_TRUE(waitForEvents(*watcher, "refreshed")) << watcher->output();
+  modem.control("modify", {{"index", 1}, {"apn", "after"}});
+  ASSERT_TRUE(waitForEvents(*watcher, "changed")) << watcher->output();
+  EXPECT_TRUE(events(*watcher, "deleted").empty()) << watcher->output();
+}
+
+TEST_F(WatchTest, Watch_LastProfileDeletedAfterALongTime_IsSeen) {
+  const auto watcher = start({"watch", "--json"});
+  ASSERT_TRUE(waitForEvents(*watcher, "watching"));
+  modem.control("delete", {{"index", 2}});
+  ASSERT_TRUE(waitForEvents(*watcher, "deleted"));
+  // Enough log lines that nothing about the first reading is left in the library's log.
+  for (int i = 0; i < 100; ++i) {
+    modem.control("modify", {{"index", 1}, {"apn", "name" + std::to_string(i)}});
+  }
+  ASSERT_TRUE(watcher->waitForOutput("name99")) << watcher->output();
+  modem.control("delete", {{"index", 1}});
+  EXPECT_TRUE(waitForEvents(*watcher, "deleted", 2)) << watcher->output();
+}
+
+TEST_F(WatchTest, Watch_Text_IsOneLineForEachChange) {
+  const auto watcher = start({"watch"});
+  ASSERT_TRUE(watcher->waitForOutput("watching 2 profiles\n"));
+  modem.control("modify", {{"index", 2}, {"apn", "ims2"}});
+  EXPECT_TRUE(watcher->waitForOutput(" profile 2 changed: apnName: ims -> ims2\n"))
+      << watcher->output();
+  watcher->sendSignal(SIGINT);
+  EXPECT_EQ(finish(*watcher).exit, done);
+}
+
+}  // namespace
+}  // namespace pavo::test
