@@ -53,7 +53,7 @@ void* asPointer(void (*function)(int, void*)) { return reinterpret_cast<void*>(f
 
 }  // namespace
 
-EventManager::EventManager() : readyEvents{} {
+EventManager::EventManager() {
   epollFd.reset(::epoll_create1(EPOLL_CLOEXEC));
   if (epollFd.get() == -1) {
     LogWrapper::log(LogLevel::Error, logTag, "Cannot create epoll instance");
@@ -210,7 +210,7 @@ void EventManager::wake() {
 bool EventManager::isApprovedFd(int fd) {
   ApprovedFds& approved = ApprovedFds::instance();
   const MutexLock lock(approved.mutex);
-  return approved.fds.count(fd) != 0;
+  return approved.fds.contains(fd);
 }
 
 void EventManager::addApprovedFd(int fd) {

@@ -66,7 +66,7 @@ class EventManager {
   UniqueFd epollFd;
   UniqueFd wakeFd;
   // A member, so that a wait allocates nothing; the loop's thread only.
-  epoll_event readyEvents[eventsPerWaitMax];
+  epoll_event readyEvents[eventsPerWaitMax] = {};
   Mutex handlersMutex;
   std::map<int, HandlerObject> handlers GUARDED_BY(handlersMutex);
 };

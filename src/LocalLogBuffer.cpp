@@ -28,7 +28,13 @@ void refill(SecondText& cached, std::time_t second) {
   cached.length = 0;
   std::tm local{};
   // localtime_r, unlike localtime, need not look at the time zone again.
-  ::tzset();
+  {
+    // The C library locks its time zone, but no race detector sees that. Never destroyed, as the
+    // buffer.
+    static Mutex& timeZoneMutex = *new Mutex;
+    const MutexLock lock(timeZoneMutex);
+    ::tzset();
+  }
   if (::localtime_r(&second, &local) != nullptr) {
     cached.length = std::strftime(cached.text, sizeof cached.text, "%F %X", &local);
   }

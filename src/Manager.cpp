@@ -53,7 +53,7 @@ constexpr Operation refreshOperation{"Manager::refresh", "Manager::refresh > %s"
 // none.
 template <typename Request, typename Response, typename GetWorker, typename... Arguments>
 std::shared_ptr<const Response> perform(const Operation& operation, const GetWorker& getWorker,
-                                        const Arguments&... arguments) {
+                                        Arguments&&... arguments) {
   if (RequestPort::onWorkerThread()) {
     RequestPort::logRefusal(operation.name);
     return nullptr;
@@ -63,7 +63,7 @@ std::shared_ptr<const Response> perform(const Operation& operation, const GetWor
     LogWrapper::log(LogLevel::Error, logTag, "Manager not initialized!");
     return nullptr;
   }
-  const auto request = std::make_shared<Request>(arguments...);
+  const auto request = std::make_shared<Request>(std::forward<Arguments>(arguments)...);
   LogWrapper::log(LogLevel::High, logTag, operation.entry, request->text().c_str());
   const std::shared_ptr<ClientResponse> response = worker->processClientRequest(request);
   LogWrapper::log(LogLevel::High, logTag, operation.exit,
@@ -143,13 +143,13 @@ std::shared_ptr<IProfileKey> Manager::addProfile(const AddProfileParams& params)
 bool Manager::modifyProfile(const ModifyProfileParams& params,
                             std::shared_ptr<IProfileKey> key) noexcept {
   const auto response = perform<ModifyRequest, ModifyResponse>(
-      modifyOperation, [this] { return currentWorker(); }, params, key);
+      modifyOperation, [this] { return currentWorker(); }, params, std::move(key));
   return response != nullptr && response->getStatus() == Status::Success;
 }
 
 bool Manager::deleteProfile(std::shared_ptr<IProfileKey> key) noexcept {
   const auto response = perform<DeleteRequest, DeleteResponse>(
-      deleteOperation, [this] { return currentWorker(); }, key);
+      deleteOperation, [this] { return currentWorker(); }, std::move(key));
   return response != nullptr && response->getStatus() == Status::Success;
 }
 
@@ -163,14 +163,14 @@ std::list<std::shared_ptr<IProfileKey>> Manager::filter(
 
 std::optional<ProfileParams> Manager::getProfile(std::shared_ptr<IProfileKey> key) noexcept {
   const auto response = perform<GetRequest, GetResponse>(
-      getOperation, [this] { return currentWorker(); }, key);
+      getOperation, [this] { return currentWorker(); }, std::move(key));
   return response != nullptr && response->getStatus() == Status::Success ? response->getParams()
                                                                          : std::nullopt;
 }
 
 bool Manager::match(const FilterProfileParams& params, std::shared_ptr<IProfileKey> key) noexcept {
   const auto response = perform<MatchRequest, MatchResponse>(
-      matchOperation, [this] { return currentWorker(); }, params, key);
+      matchOperation, [this] { return currentWorker(); }, params, std::move(key));
   return response != nullptr && response->getMatchResult();
 }
 

@@ -51,7 +51,7 @@ struct LiveProxies {
   template <typename Work>
   bool with(void* proxy, const Work& work) {
     const MutexLock lock(mutex);
-    const bool isLive = proxies.count(proxy) != 0;
+    const bool isLive = proxies.contains(proxy);
     if (isLive) {
       work(*static_cast<OvixWdsProxy*>(proxy));
     }

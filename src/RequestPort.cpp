@@ -45,7 +45,7 @@ thread_local bool isWorkerThread = false;
 }  // namespace
 
 std::shared_ptr<RequestPort> RequestPort::create() {
-  const std::shared_ptr<RequestPort> port(new RequestPort);
+  std::shared_ptr<RequestPort> port(new RequestPort);
   port->number = OpenPorts::instance().add(port);
   return port;
 }
