@@ -127,6 +127,26 @@ TEST_F(WatchTest, Watch_LastProfileDeletedAfterALongTime_IsSeen) {
   EXPECT_TRUE(waitForEvents(*watcher, "deleted", 2)) << watcher->output();
 }
 
+// A table so long that reading it pushes everything else out of the library's log.
+TEST(WatchLongTable, Watch_PowerCycle_IsSurvived) {
+  ModemProcessOptions options;
+  options.profiles["profiles"] = Json::array();
+  for (int i = 1; i <= 250; ++i) {
+    options.profiles["profiles"].push_back({{"index", i}, {"apn", "n" + std::to_string(i)}});
+  }
+  options.arguments = {"--capacity", "255"};
+  ModemProcess modem(options);
+  const auto watcher = startTool(modem.socketPath(), {"watch"});
+  ASSERT_TRUE(watcher->waitForOutput("watching 250 profiles\n")) << watcher->errors();
+  modem.control("power-cycle");
+  ASSERT_TRUE(watcher->waitForOutput("read from the modem again")) << watcher->output();
+  modem.control("modify", {{"index", 250}, {"apn", "after"}});
+  ASSERT_TRUE(watcher->waitForOutput("profile 250 changed: apnName: n250 -> after\n"));
+  EXPECT_THAT(watcher->output(), Not(HasSubstr("deleted")));
+  EXPECT_EQ(runTool(modem.socketPath(), {"refresh"}).output, "read 250 profiles\n");
+  EXPECT_EQ(runTool(modem.socketPath(), {"modify", "200", "--apn", "z"}).exit, done);
+}
+
 TEST_F(WatchTest, Watch_Text_IsOneLineForEachChange) {
   const auto watcher = start({"watch"});
   ASSERT_TRUE(watcher->waitForOutput("watching 2 profiles\n"));

@@ -122,8 +122,9 @@ void Watch::notice(const Dump& dump) {
   }
   // A long list pushes the lines about it out of the log; then the cache shows that there is one.
   const bool isNewCache = !dump.cache.empty() && dump.cache != scannedCache;
+  const bool wasCurrent = isCurrent;
   isCurrent = dump.hasModemsProfiles().value_or(isCurrent || isNewCache);
-  if (isCurrent && isNew(lastRefreshed, message::refreshed)) {
+  if (isCurrent && (isNew(lastRefreshed, message::refreshed) || !wasCurrent)) {
     isScanDue = true;
     print(Json{{"event", "refreshed"}}, "all profiles have been read from the modem again");
   }
