@@ -1,0 +1,40 @@
+// The Android log of the system tests: this program's __android_log_print takes the place of the
+// Android library's, so that tests see every line that libpavor.so writes, whatever its level.
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <vector>
+
+namespace pavo::test {
+
+struct AndroidLogLine {
+  int priority;
+  std::string tag;
+  std::string message;
+};
+
+/// The process's log; any thread. It grows for the length of a test and is emptied between them.
+class AndroidLog {
+ public:
+  static AndroidLog& instance();
+
+  void add(AndroidLogLine line);
+  void clear();
+
+  /// Where the next line will stand; for linesSince and waitFor.
+  std::size_t end() const;
+  std::vector<AndroidLogLine> linesSince(std::size_t position) const;
+  std::vector<std::string> messagesSince(std::size_t position) const;
+  /// How many lines from position on are exactly message.
+  std::size_t count(const std::string& message, std::size_t position = 0) const;
+  /// Waits until there is a line that is exactly message; false when none comes.
+  bool waitFor(const std::string& message, std::size_t position = 0) const;
+
+ private:
+  struct Lines;
+  AndroidLog();
+  Lines& lines;
+};
+
+}  // namespace pavo::test

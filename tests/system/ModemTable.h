@@ -1,0 +1,31 @@
+// The modem's profile table as its control channel shows it, and what a client of the library has
+// to see of it.
+#pragma once
+
+#include <pavo/ProfileParams.h>
+
+#include <map>
+#include <nlohmann/json.hpp>
+#include <string>
+#include <vector>
+
+#include "ModemProcess.h"
+
+namespace pavo::test {
+
+/// Profiles by index; a profile is an object of the control channel's settings.
+using ModemTable = std::map<int, nlohmann::json>;
+
+ModemTable tableOf(ModemProcess& modem);
+
+/// The attributes that a client reads of a profile that the modem keeps like this, the library's
+/// two flags included.
+ProfileParams paramsOf(const nlohmann::json& profile);
+
+/// Every attribute and both flags, for comparison.
+std::string textOf(const ProfileParams& params);
+
+/// "<index>: <attributes>" for each profile of the table, sorted.
+std::vector<std::string> textsOf(const ModemTable& table);
+
+}  // namespace pavo::test

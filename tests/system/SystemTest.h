@@ -1,0 +1,86 @@
+// A test of the real library, the host's platform libraries and a modem process of its own.
+#pragma once
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <pavo/Manager.h>
+
+#include <functional>
+#include <memory>
+#include <nlohmann/json.hpp>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "AndroidLog.h"
+#include "Deadline.h"
+#include "ModemProcess.h"
+#include "ModemTable.h"
+#include "Stress.h"
+
+namespace pavo::test {
+
+using Key = std::shared_ptr<IProfileKey>;
+
+AddProfileParams transientProfile(const std::string& apn);
+AddProfileParams persistentProfile(const std::string& apn);
+FilterProfileParams byApn(const std::string& apn);
+FilterProfileParams byId(int profileId);
+
+/// Runs work(i) on count threads at once and waits for all of them.
+void onThreads(int count, const std::function<void(int)>& work);
+
+class SystemTest : public testing::Test {
+ protected:
+  explicit SystemTest(ModemProcessOptions options = {});
+  ~SystemTest() override;
+
+  /// Initialises the library and waits until the modem knows it. The cache is empty and stays so
+  /// until a refresh: a modem that has to tell this process of an absence in an earlier test has
+  /// done so before.
+  void connect(int subscription = 0);
+  /// Waits until the modem has count clients that it sends events to.
+  void awaitRegistered(int count = 1);
+  /// Waits until the library has handled everything that the modem has sent it so far.
+  void settle();
+  void refresh();
+
+  /// The only key of the profile with this APN; fails the test when there is not exactly one.
+  Key find(const std::string& apn);
+  /// Adds and fails the test when the library refuses.
+  Key add(const AddProfileParams& params);
+
+  nlohmann::json control(const std::string& verb,
+                         const nlohmann::json& args = nlohmann::json::object()) {
+    return modem.control(verb, args);
+  }
+  ModemTable table() { return tableOf(modem); }
+  /// What the library knows, in the form of textsOf(table()).
+  std::vector<std::string> cache();
+  /// The cache's part of Manager::dump: "<token>: <profile>" or "<token>: null" for each entry.
+  std::vector<std::string> dumpedEntries();
+  /// Settles, then compares the cache with the modem's table, the library's dump included.
+  void expectCacheEqualsTable();
+  /// Nothing is left of what the library's own changes were expected to bring.
+  void expectNothingPending();
+
+  /// The modem's record of the requests of registered clients: the messages' names.
+  std::vector<std::string> requestsSeen();
+  std::vector<nlohmann::json> transcript();
+
+  /// The messages of Manager::dump's log, without their stamps, from the last one on that starts
+  /// with the given text.
+  std::vector<std::string> keptLogFrom(const std::string& start);
+
+  AndroidLog& log;
+  ModemProcess modem;
+  const ModemEnvironment environment;
+  std::unique_ptr<Manager> manager;
+
+ private:
+  bool wasToldOfAbsence();
+
+  int fence = 0;
+};
+
+}  // namespace pavo::test
