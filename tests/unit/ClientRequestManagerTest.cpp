@@ -141,10 +141,14 @@ TEST_F(WorkerTest, Destroy_NotifierArmed_LinesInOrder) {
   platform.clearCalls();
   manager.reset();
   EXPECT_EQ(onThisThread(), tearDownLines("release notifier"));
-  EXPECT_EQ(onWorker(),
-            (Sequence{"V there are 1 file descriptor(s) with events pending",
-                      "V processing event number: 0, handling 1 for #",
-                      "V file descriptor '#' is processing events [callback:0x#, data:(nil)]"}));
+  // The wake-up is the worker's last event, unless the stop has come before its wait.
+  EXPECT_THAT(
+      onWorker(),
+      testing::AnyOf(testing::IsEmpty(),
+                     testing::ElementsAre(
+                         "V there are 1 file descriptor(s) with events pending",
+                         "V processing event number: 0, handling 1 for #",
+                         "V file descriptor '#' is processing events [callback:0x#, data:(nil)]")));
 }
 
 TEST_F(WorkerTest, Destroy_ClientOpen_ClientReleasedAfterTheThreadEnded) {
@@ -457,6 +461,9 @@ TEST_F(ClientRequestManagerTest, Construct_NoDescriptorForRequests_ErrorAndAbort
   };
   EXPECT_EXIT(
       {
+        // The undefined-behaviour sanitizer needs descriptors itself the first time that a thread
+        // gets this far.
+        { const ClientRequestManager first(/*subscription=*/0); }
         logToStandardError();
         allowMoreFds(5);
         const ClientRequestManager worker(/*subscription=*/0);

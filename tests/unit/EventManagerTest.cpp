@@ -172,7 +172,7 @@ TEST(EventManagerDeathTest, Construct_NoDescriptorForEpoll_ErrorAndAbort) {
         allowMoreFds(0);
         const EventManager loop;
       },
-      testing::KilledBySignal(SIGABRT), testing::Eq("E Cannot create epoll instance\n"));
+      testing::KilledBySignal(SIGABRT), testing::Eq("I limited\nE Cannot create epoll instance\n"));
 }
 
 TEST(EventManagerDeathTest, Construct_NoDescriptorForWakeUp_ErrorAndAbort) {
@@ -182,7 +182,8 @@ TEST(EventManagerDeathTest, Construct_NoDescriptorForWakeUp_ErrorAndAbort) {
         allowMoreFds(1);
         const EventManager loop;
       },
-      testing::KilledBySignal(SIGABRT), testing::Eq("E Cannot create eventfd instance\n"));
+      testing::KilledBySignal(SIGABRT),
+      testing::Eq("I limited\nE Cannot create eventfd instance\n"));
 }
 
 TEST_F(EventManagerTest, Construct_Always_DescriptorsCloseOnExec) {
