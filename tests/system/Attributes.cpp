@@ -60,7 +60,7 @@ void addTexts(std::vector<AttributeCase>& cases) {
   addApn(mixedCase(150), lowerCase(150));
   addApn(mixedCase(151), lowerCase(apnNameBytesMax));
   addApn(mixedCase(200), lowerCase(apnNameBytesMax));
-  for (const std::size_t length : {0, 1, 9, 126, 127, 128, 300}) {
+  for (const std::size_t length : {0u, 1u, 9u, 126u, 127u, 128u, 300u}) {
     const std::string text = mixedCase(length);
     const std::string kept = text.substr(0, credentialBytesMax);
     const std::string what = " of " + std::to_string(length) + " bytes";

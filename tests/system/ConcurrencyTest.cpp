@@ -35,6 +35,29 @@ class ConcurrencyTest : public SystemTest {
  protected:
   ConcurrencyTest() : SystemTest({.profiles = nullptr, .arguments = {"--capacity", "200"}}) {}
 
+  // Runs a scenario on an empty table; again when the machine was so busy that the modem did not
+  // answer a request within its second, which leaves nothing that could be foretold. Returns where
+  // its log begins.
+  std::size_t runInTime(const std::function<void()>& scenario) {
+    constexpr int attemptsMax = 3;
+    std::size_t position = 0;
+    bool isInTime = false;
+    for (int attempt = 0; attempt < attemptsMax && !isInTime; ++attempt) {
+      manager = std::make_unique<Manager>();
+      for (const auto& [index, profile] : table()) {
+        control("delete", {{"index", index}});
+      }
+      connect();
+      position = log.end();
+      scenario();
+      isInTime = true;
+      for (const std::string& message : log.messagesSince(position)) {
+        isInTime = isInTime && !message.starts_with("Unable send");
+      }
+    }
+    return position;
+  }
+
   // Another client that edits one profile of its own, without a pause for as long as this lives.
   class Editor {
    public:
@@ -133,37 +156,39 @@ TEST_F(ConcurrencyTest, Drop_KeysOfADestroyedManager_DoesNothing) {
 }
 
 TEST_F(ConcurrencyTest, SixteenCallers_EveryOperationAtOnce_LoseNothing) {
-  connect();
-  const std::size_t position = log.end();
   std::atomic<int> failures = 0;
-  onThreads(callers, [&](int thread) {
+  const auto work = [&](int thread) {
     const std::string own = "thread" + std::to_string(thread);
     for (int i = 0; i < rounds(40); ++i) {
       const std::string apn = own + "-" + std::to_string(i);
       const Key key = manager->addProfile(transientProfile(apn));
-      const bool isRight = key != nullptr && manager->match(byApn(apn), key) &&
-                           manager->filter(byApn(apn)).size() == 1 &&
-                           manager->modifyProfile(userNamed(own), key) &&
-                           manager->getProfile(key)->getUserName() == own &&
-                           !manager->filter(FilterProfileParams()).empty();
+      const bool isRight =
+          key != nullptr && manager->match(byApn(apn), key) &&
+          manager->filter(byApn(apn)).size() == 1 && manager->modifyProfile(userNamed(own), key) &&
+          manager->getProfile(key).value_or(ProfileParams()).getUserName() == own &&
+          !manager->filter(FilterProfileParams()).empty();
       failures += isRight ? 0 : 1;
       if (i % 5 == 0) {
         failures += manager->deleteProfile(key) ? 0 : 1;
       }
     }
+  };
+  const std::size_t position = runInTime([&] {
+    failures = 0;
+    onThreads(callers, work);
   });
   EXPECT_EQ(failures, 0);
   EXPECT_THAT(table(), IsEmpty());
+  settle();
+  // Each indication was one that the library's own change had announced, but for settle's own.
+  EXPECT_EQ(log.count("ProfileCache: updating cache due to indication!", position), 1u);
   expectCacheEqualsTable();
   expectNothingPending();
-  // Each indication was one that the library's own change had announced, but for settle's.
-  EXPECT_EQ(log.count("ProfileCache: updating cache due to indication!", position), 2u);
 }
 
 TEST_F(ConcurrencyTest, SixteenCallers_PersistentAndTransient_LeaveExactlyThePersistent) {
-  connect();
   const int each = rounds(10);
-  onThreads(callers, [&](int thread) {
+  const auto work = [&](int thread) {
     for (int i = 0; i < each; ++i) {
       const std::string apn = std::to_string(thread) + "." + std::to_string(i);
       const Key lasting = manager->addProfile(persistentProfile("lasting" + apn));
@@ -171,7 +196,8 @@ TEST_F(ConcurrencyTest, SixteenCallers_PersistentAndTransient_LeaveExactlyThePer
       manager->modifyProfile(userNamed(apn), lasting);
       manager->modifyProfile(userNamed(apn), passing);
     }
-  });
+  };
+  runInTime([&] { onThreads(callers, work); });
   std::set<std::string> expected;
   for (int thread = 0; thread < callers; ++thread) {
     for (int i = 0; i < each; ++i) {
@@ -181,7 +207,7 @@ TEST_F(ConcurrencyTest, SixteenCallers_PersistentAndTransient_LeaveExactlyThePer
   }
   std::set<std::string> left;
   for (const auto& [index, profile] : table()) {
-    left.insert(profile["apn"].get<std::string>() + " " + profile["user"].get<std::string>());
+    left.insert(profile.value("apn", "") + " " + profile.value("user", ""));
   }
   EXPECT_EQ(left, expected);
   expectCacheEqualsTable();
