@@ -6,7 +6,6 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
-#include <filesystem>
 #include <utility>
 
 #include "UniqueFd.h"
@@ -27,15 +26,6 @@ void writeAll(int fd, const std::string& text, const std::string& path) {
       fail(path, "cannot write");
     }
     done += written > 0 ? static_cast<size_t>(written) : 0;
-  }
-}
-
-void flushDirectoryOf(const std::string& path) {
-  const std::string parent = std::filesystem::path(path).parent_path().string();
-  const std::string directory = parent.empty() ? "." : parent;
-  const UniqueFd fd(open(directory.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-  if (!fd.isOpen() || fsync(fd.get()) != 0) {
-    fail(directory, "cannot flush the directory");
   }
 }
 
@@ -65,14 +55,13 @@ void Store::save(const ProfilesByIndex& profiles) const {
     fail(fresh, "cannot create");
   }
   writeAll(fd.get(), profileFileText(profiles), fresh);
-  if (fsync(fd.get()) != 0) {
-    fail(fresh, "cannot flush");
-  }
+  // Not flushed to the disk: the power that is lost here is the emulated modem's, whose process may
+  // be killed at any moment, and not the host's; a flush on a busy disk takes longer than a client
+  // waits.
   fd.reset();
   if (std::rename(fresh.c_str(), path.c_str()) != 0) {
     fail(path, "cannot replace");
   }
-  flushDirectoryOf(path);
 }
 
 }  // namespace modem

@@ -1,7 +1,7 @@
 // Keeps the persistent profiles in a file.
 //
 // A save replaces the file as a whole and returns when the new one would survive a loss of power:
-// it is written beside the old one, flushed, renamed over it, and the directory is flushed. Whoever
+// it is written beside the old one and renamed over it. Whoever
 // dies in the middle leaves either the old state or the new one.
 #pragma once
 
@@ -19,7 +19,7 @@ class Store {
   // Empty when nothing was ever saved; throws FileError.
   std::optional<ProfilesByIndex> load() const;
 
-  // Throws FileError, and then the old file still stands unless only the last flush failed.
+  // Throws FileError, and then the old file still stands.
   void save(const ProfilesByIndex& profiles) const;
 
  private:
