@@ -1,8 +1,8 @@
 // Keeps the persistent profiles in a file.
 //
-// A save replaces the file as a whole and returns when the new one would survive a loss of power:
-// it is written beside the old one and renamed over it. Whoever
-// dies in the middle leaves either the old state or the new one.
+// A save replaces the file as a whole and returns when the new one would survive a kill of the
+// process: it is written beside the old one and renamed over it. Whoever dies in the middle leaves
+// either the old state or the new one.
 #pragma once
 
 #include <optional>
