@@ -128,8 +128,8 @@ TEST_F(ClientTest, Hello_AfterAFailedAttempt_HasWaitedOnce) {
 
 TEST_F(ClientTest, Hello_AfterALostConnection_HasWaited) {
   RawModem modem(path);
+  Events errors;  // Outlives the client, whose callbacks end with it.
   const Handle lost = openClient();
-  Events errors;
   ovix_client_register_error_cb(lost.get(), recordError, &errors);
   modem.lastPeer()->hangUp();
   ASSERT_TRUE(errors.waitFor(1));
@@ -412,10 +412,10 @@ INSTANTIATE_TEST_SUITE_P(
 
 TEST_F(ClientTest, ErrorCallback_LossBeforeRegistration_IsToldAtRegistration) {
   RawModem modem(path);
+  Events errors;  // Outlives the client, whose callbacks end with it.
   const Handle client = openClient();
   modem.lastPeer()->hangUp();
   ASSERT_TRUE(waitUntil([&] { return sendDelete(client.get(), 1) != OVIX_CLIENT_NO_ERROR; }));
-  Events errors;
   EXPECT_EQ(ovix_client_register_error_cb(client.get(), recordError, &errors),
             OVIX_CLIENT_NO_ERROR);
   ASSERT_TRUE(errors.waitFor(1));
@@ -424,8 +424,8 @@ TEST_F(ClientTest, ErrorCallback_LossBeforeRegistration_IsToldAtRegistration) {
 
 TEST_F(ClientTest, ErrorCallback_ModemGoneWhileIdle_IsTold) {
   auto modem = std::make_unique<RawModem>(path);
+  Events errors;  // Outlives the client, whose callbacks end with it.
   const Handle client = openClient();
-  Events errors;
   ovix_client_register_error_cb(client.get(), recordError, &errors);
   modem.reset();
   EXPECT_TRUE(errors.waitFor(1));
@@ -433,8 +433,8 @@ TEST_F(ClientTest, ErrorCallback_ModemGoneWhileIdle_IsTold) {
 
 TEST_F(ClientTest, ErrorCallback_Release_IsNoError) {
   const RawModem modem(path);
+  Events errors;  // Outlives the client, whose callbacks end with it.
   Handle client = openClient();
-  Events errors;
   ovix_client_register_error_cb(client.get(), recordError, &errors);
   client.release();
   EXPECT_TRUE(errors.all().empty());
