@@ -110,13 +110,17 @@ void SystemTest::refresh() { manager->refresh(PDC_REFRESH_COMPLETED); }
 
 Key SystemTest::find(const std::string& apn) {
   const std::list<Key> keys = manager->filter(byApn(apn));
-  EXPECT_EQ(keys.size(), 1u) << apn;
-  return keys.empty() ? nullptr : keys.front();
+  if (keys.size() != 1) {
+    throw std::runtime_error(std::to_string(keys.size()) + " profiles have the APN " + apn);
+  }
+  return keys.front();
 }
 
 Key SystemTest::add(const AddProfileParams& params) {
   Key key = manager->addProfile(params);
-  EXPECT_NE(key, nullptr) << params.dump();
+  if (key == nullptr) {
+    throw std::runtime_error("the library has not added " + params.dump());
+  }
   return key;
 }
 

@@ -45,9 +45,9 @@ class SystemTest : public testing::Test {
   void settle();
   void refresh();
 
-  /// The only key of the profile with this APN; fails the test when there is not exactly one.
+  /// The key of the only profile with this APN; ends the test when there is not exactly one.
   Key find(const std::string& apn);
-  /// Adds and fails the test when the library refuses.
+  /// Adds, and ends the test when the library refuses.
   Key add(const AddProfileParams& params);
 
   nlohmann::json control(const std::string& verb,

@@ -159,10 +159,14 @@ void busyCallers() {
   static std::atomic<int> rounds = 0;
   for (int i = 0; i < 4; ++i) {
     std::thread([i] {
-      while (true) {
-        const Key key = add("apn" + std::to_string(i));
+      // Until the instance is destroyed under them.
+      for (Key key = add("apn" + std::to_string(i)); key != nullptr;) {
         Manager::getInstance().filter(pavo::FilterProfileParams());
+        key = add("apn" + std::to_string(i));
         ++rounds;
+      }
+      while (true) {
+        pause();
       }
     }).detach();
   }
