@@ -1,5 +1,5 @@
 // Between the client's enumerations and the modem's. Pure functions, any thread; an unknown modem
-// value becomes UNKNOWN or 0, with a line in the log where the modem should know better.
+// value becomes UNKNOWN or 0, with a line in the log for a PDP or PDN type.
 #pragma once
 
 #include <pavo/IProfileKey.h>

@@ -27,10 +27,9 @@ void refill(SecondText& cached, std::time_t second) {
   cached.second = second;
   cached.length = 0;
   std::tm local{};
-  // localtime_r, unlike localtime, need not look at the time zone again.
   {
-    // The C library locks its time zone, but no race detector sees that. Never destroyed, as the
-    // buffer.
+    // localtime_r need not read TZ again by itself, so tzset does. One thread at a time: the C
+    // library locks its time zone, but no race detector sees that. Never destroyed, as the buffer.
     static Mutex& timeZoneMutex = *new Mutex;
     const MutexLock lock(timeZoneMutex);
     ::tzset();

@@ -27,7 +27,8 @@ class Modem3gppProfile : public ModemProfile {
   std::string dump() const override;
 
   // Turns the client's home and roaming types into the modem's common type, roaming type and home
-  // override, against this profile's current ones. An output that stays as it is need not be sent.
+  // override, against this profile's current ones. Pass the outputs empty: one that the rules have
+  // no word on is left as it was passed.
   void getNewIPTypes(const ProfileParams& params, std::optional<IPType>& newCommon,
                      std::optional<IPType>& newRoam, std::optional<IPType>& newOverrideHome) const;
 

@@ -29,7 +29,7 @@ class ModemProfile {
   virtual ~ModemProfile();
 
   virtual bool match(const FilterProfileParams& filter) const;
-  // Takes over every member that is present in changes.
+  // Takes over the attributes that changes has; never id, profile name, persistence or count.
   virtual void apply(const std::shared_ptr<ModemProfile>& changes);
   // A profile that holds just what params would change, empty when that is nothing.
   virtual std::shared_ptr<ModemProfile> diff(const ModifyProfileParams& params) const = 0;
@@ -94,7 +94,7 @@ class ModemProfile {
   void updateGetParameters(FilterProfileParams& out) const;
   // Every named type of the mask is among the profile's.
   bool matchSubsetApnTypesMask(unsigned int mask) const;
-  // The named types of the mask are all that the profile has, unnamed modem bits included.
+  // The profile's mask is just these types; a modem bit without a client's name spoils the match.
   bool matchExactApnTypesMask(unsigned int mask) const;
 
   void registerExpirationListener(std::function<void()> callback, std::weak_ptr<IProfileKey> key);
@@ -104,7 +104,7 @@ class ModemProfile {
   // The override unless it is absent or UNKNOWN, else the common type.
   std::optional<IPType> homeIPType() const;
 
-  // Presence of the override alone: an UNKNOWN one was taken back.
+  // Present and UNKNOWN: there was an override and it was taken back.
   std::optional<IPType> overrideHomeIPType;
   std::optional<std::string> apnName;  // normalised
   std::optional<unsigned long long> apnTypesMask;

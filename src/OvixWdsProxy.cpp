@@ -228,6 +228,8 @@ void OvixWdsProxy::openClient() {
   const int opened =
       ovix_client_init(&serviceInfo, serviceObject, ovixIndCb, this, &osParams, &client);
   if (opened != OVIX_CLIENT_NO_ERROR) {
+    // Whatever the library may have left there, it is no client.
+    client = nullptr;
     LogWrapper::log(LogLevel::Error, logTag, "ovix_client_init error. ErrCode : %d", opened);
     return;
   }
@@ -350,13 +352,15 @@ void OvixWdsProxy::handleIndication(int fd, void* proxy) {
     return;
   }
   auto& self = *static_cast<OvixWdsProxy*>(proxy);
-  // All that is queued by now and no more: what comes meanwhile has a wake-up of its own, so that a
-  // modem that talks without a pause keeps the worker neither from its clients nor from ending.
+  // Until the queue is empty; but a modem that talks without a pause must keep the worker neither
+  // from its clients nor from ending. Only what came after the drain may be left for later: it has
+  // a wake-up of its own.
   std::size_t queued = self.queueSize();
-  for (std::size_t due = queued;; --due, queued = self.queueSize()) {
+  for (std::size_t due = std::max(queued, indicationsPerTurnMax);;
+       --due, queued = self.queueSize()) {
     LogWrapper::log(LogLevel::Debug, logTag, "OvixWdsProxy: handleIndication indQueue.size[%d]",
                     static_cast<int>(queued));
-    if (due == 0) {
+    if (queued == 0 || due == 0) {
       return;
     }
     const std::unique_ptr<IndInfo_t> indication = self.takeIndication();

@@ -78,6 +78,8 @@ class OvixWdsProxy {
 
  private:
   static constexpr unsigned int sendTimeoutMs = 1000;
+  // More than the creates and modifies of a full table.
+  static constexpr std::size_t indicationsPerTurnMax = 512;
 
   UniqueFd watch(EventManager::EventCallback callback);
   void openClient();

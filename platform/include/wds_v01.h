@@ -55,7 +55,7 @@ WDS_ENUM_BEGIN(wds_profile_type_enum_v01)
   WDS_PROFILE_TYPE_ANY_V01 = 255,
 WDS_ENUM_END(wds_profile_type_enum_v01);
 
-/* PDP type, 3GPP TS 27.007 +CGDCONT. */
+/* PDP type. */
 WDS_ENUM_BEGIN(wds_pdp_type_enum_v01)
   WDS_PDP_TYPE_IPV4_V01 = 0,
   WDS_PDP_TYPE_PPP_V01 = 1,
@@ -147,7 +147,7 @@ typedef struct {
   uint8_t profile_event_list_valid;
   uint32_t profile_event_list_len;
   wds_profile_identifier_type_v01 profile_event_list[OVIX_WDS_EVENT_LIST_MAX_V01];
-  /* The modem interface gives this pair no name; it has to be set for events to be reported. */
+  /* The modem interface gives this pair no name; clients set it. */
   uint8_t report_switch_valid;
   uint8_t report_switch;
   uint8_t reserved_2050[2];
@@ -253,7 +253,7 @@ typedef struct {
   uint8_t override_home_pdp_type_valid;
   wds_common_pdp_type_enum_v01 override_home_pdp_type;
   uint8_t reserved_1120[1068];
-  /* The modem ignores it here: persistence is fixed when a profile is created. */
+  /* As in the settings. Not for a change: persistence is fixed when a profile is created. */
   uint8_t persistent_valid;
   uint8_t persistent;
   uint8_t reserved_2190[1046];

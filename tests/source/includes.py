@@ -15,7 +15,7 @@ LAYERS = {
        " NamedValue PDCRefreshStatus ProfileParams ProfileTypes",
     2: "AdbWriter DiagWriter LocalLogBuffer LogLevel LogWrapper LogWriter",
     3: "ClientRequest ClientResponse EventManager ProfileKey ReqRespType RequestFunction"
-       " RequestPort WakeFd WorkerThread",
+       " RequestPort WakeFd",
     4: "Conversions MessageFields Modem3gppProfile ModemProfile RecordAccess",
     5: "OvixWdsProxy ProfileChangedInd",
     6: "ProfileCache",

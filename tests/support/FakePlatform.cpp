@@ -20,7 +20,6 @@ namespace pavo::test {
 namespace {
 
 constexpr std::chrono::milliseconds conditionPollInterval{5};
-constexpr std::chrono::milliseconds quietTime{50};
 
 struct MessageSizes {
   unsigned int msgId;
@@ -584,21 +583,6 @@ bool FakePlatform::waitForRegistration(std::size_t atLeast) {
   return waitForSent(OVIX_WDS_CONFIGURE_PROFILE_EVENT_LIST_REQ_V01, atLeast);
 }
 
-bool FakePlatform::waitUntilIdle() {
-  std::size_t seen = 0;
-  auto quietSince = std::chrono::steady_clock::now();
-  return waitFor([this, &seen, &quietSince] {
-    const std::lock_guard lock(state->mutex);
-    const auto now = std::chrono::steady_clock::now();
-    if (!state->posted.empty() || state->postedInProgress || state->sendsInProgress != 0 ||
-        state->recorded.size() != seen) {
-      seen = state->recorded.size();
-      quietSince = now;
-    }
-    return now - quietSince >= quietTime;
-  });
-}
-
 ovix_service_object_type FakePlatform::getServiceObject(int major, int minor, int libraryVersion) {
   const std::lock_guard lock(state->mutex);
   state->record({.kind = Kind::GetServiceObject, .numbers = {major, minor, libraryVersion}});
@@ -610,6 +594,8 @@ ovix_client_error_type FakePlatform::notifierInit(ovix_service_object_type servi
                                                   ovix_client_type* notifier) {
   const std::lock_guard lock(state->mutex);
   state->expectZeroed("the notifier's parameter block", osParams, sizeof *osParams);
+  // The block is the library's to use; who uses it again has to clear it.
+  std::memset(osParams, 0xA5, sizeof *osParams);
   *notifier = state->newHandle();
   state->notifiers.push_back({.handle = *notifier, .serviceObject = serviceObject});
   state->record({.kind = Kind::NotifierInit, .handle = *notifier});
@@ -662,14 +648,15 @@ ovix_client_error_type FakePlatform::clientInit(ovix_service_info* serviceInfo,
                                                 ovix_client_type* client) {
   const std::lock_guard lock(state->mutex);
   state->expectZeroed("the client's parameter block", osParams, sizeof *osParams);
+  std::memset(osParams, 0xA5, sizeof *osParams);
   if (serviceInfo == nullptr || serviceInfo->reserved[0] != 1) {
     state->misuse("a client opened without the service's information");
   }
   const ovix_client_error_type result = state->behaviour.clientInitResult;
-  ovix_client_type handle = nullptr;
+  const ovix_client_type handle = state->newHandle();
+  // Set even when it fails: a caller must not take it for a client then.
+  *client = handle;
   if (result == OVIX_CLIENT_NO_ERROR) {
-    handle = state->newHandle();
-    *client = handle;
     state->clients.push_back({.handle = handle,
                               .serviceObject = serviceObject,
                               .indicationCallback = callback,

@@ -261,9 +261,6 @@ class FakePlatform {
   bool waitForLog(std::string_view message, std::size_t atLeast = 1);
   /// The library has opened a client and its three registration requests have been answered.
   bool waitForRegistration(std::size_t atLeast = 1);
-  /// Nothing posted, no send in progress, and nothing recorded for a while. For checking that
-  /// nothing more happens; to wait for something, name it.
-  bool waitUntilIdle();
 
   // The C functions.
 

@@ -4,7 +4,6 @@
 
 #include <cstdint>
 #include <limits>
-#include <sstream>
 
 #include "CapturingLogWriter.h"
 #include "StartedManagerTest.h"

@@ -5,6 +5,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <set>
@@ -56,6 +57,15 @@ class DiagWriterTest : public FakePlatformTest {
     platform.clearCalls();
   }
   void TearDown() override { LogWrapper::getInstance().setLogWriter(nullptr); }
+
+  /// The worker has written the last line of its start.
+  bool waitUntilQuiet() {
+    return platform.waitFor([] {
+      const Lines calls = channelCalls();
+      return std::find(calls.begin(), calls.end(),
+                       "diag OvixWdsProxy config register request successful!") != calls.end();
+    });
+  }
 };
 
 TEST_F(DiagWriterTest, ConvertPrio_AnyLevel_MaskOfTheChannel) {
@@ -128,9 +138,7 @@ TEST_F(DiagWriterTest, Init_DiagnosticChannel_OpenedBeforeTheFirstLineAndEveryLi
 TEST_F(DiagWriterTest, Init_SecondTime_NewChannelBeforeTheOldIsClosedAndThenTheLine) {
   Manager manager;
   manager.init(/*subscription=*/0, /*useAndroidLog=*/false);
-  ASSERT_TRUE(platform.waitForRegistration());
-  // The worker is quiet: no line of its own comes in between.
-  ASSERT_TRUE(platform.waitUntilIdle());
+  ASSERT_TRUE(waitUntilQuiet());
   platform.clearCalls();
   manager.init(/*subscription=*/1, /*useAndroidLog=*/false);
   const Lines calls = channelCalls();
@@ -144,8 +152,7 @@ TEST_F(DiagWriterTest, Init_SecondTime_NewChannelBeforeTheOldIsClosedAndThenTheL
 TEST_F(DiagWriterTest, Init_AndroidLogSecond_ChannelClosedOnceBeforeTheLine) {
   Manager manager;
   manager.init(/*subscription=*/0, /*useAndroidLog=*/false);
-  ASSERT_TRUE(platform.waitForRegistration());
-  ASSERT_TRUE(platform.waitUntilIdle());
+  ASSERT_TRUE(waitUntilQuiet());
   platform.clearCalls();
   manager.init(/*subscription=*/1, /*useAndroidLog=*/true);
   const Lines calls = channelCalls(/*withAndroidLog=*/true);

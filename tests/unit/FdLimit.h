@@ -37,8 +37,9 @@ inline void allowMoreFds(int count) {
 inline void logToStandardError() {
   class Writer : public LogWriter {
    public:
-    void write(LogLevel level, std::string, std::string message) override {
-      std::fprintf(stderr, "%s\n", leveled(level, message).c_str());
+    void write(LogLevel level, std::string tag, std::string message) override {
+      const char letter = "VDIEFH"[static_cast<int>(level)];
+      std::fprintf(stderr, "%s\n", described(letter, tag, message).c_str());
     }
     int convertPrio(LogLevel level) override { return static_cast<int>(level); }
   };

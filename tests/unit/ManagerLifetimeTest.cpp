@@ -19,8 +19,8 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-// Raises an indication and gives the worker the time to read it: a modem is slow, and a queue that
-// is filled faster than it can be emptied keeps a worker from ending.
+// Raises an indication and gives the worker the time to read it: a modem is slow, and faster than
+// it is read the queue would grow without end.
 void indicateAtModemSpeed(std::uint8_t index, std::int32_t event) {
   FakePlatform& platform = FakePlatform::instance();
   const std::size_t before = platform.count(FakePlatform::Kind::Decode);

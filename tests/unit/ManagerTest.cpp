@@ -248,7 +248,6 @@ TEST_F(RunningManagerOperationsTest, Dump_WorkerInAnyModemRequest_DoesNotWait) {
     EXPECT_EQ(dump.get().front(), "Cache:");
     blocked.release();
     operation.get();
-    ASSERT_TRUE(platform.waitUntilIdle());
   }
 }
 
@@ -280,7 +279,6 @@ TEST_F(RunningManagerOperationsTest, Dump_BesideOperationsAndIndications_IsWhole
   }
   isDone = true;
   dumps.get();
-  ASSERT_TRUE(platform.waitUntilIdle());
 }
 
 TEST_F(RunningManagerOperationsTest, Refresh_StartedToCompleted_AddIsRefused) {

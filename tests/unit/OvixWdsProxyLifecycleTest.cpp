@@ -205,6 +205,15 @@ TEST_F(OvixWdsProxyLifecycleTest, HandleSvcUp_ClientCannotBeOpened_ErrorWithCode
   EXPECT_EQ(takeRecorded(), (Sequence{serviceUpLine, "get any service", "release notifier",
                                       "init client", "E ovix_client_init error. ErrCode : -42"}));
   EXPECT_EQ(platform.armedNotifierCount(), 0U);
+
+  // Whatever the library left of it is no client, so a late notification brings a second attempt.
+  platform.setClientInitResult(OVIX_CLIENT_NO_ERROR);
+  OvixWdsProxy::ovixNotifyCb(nullptr, nullptr, OVIX_CLIENT_SERVICE_AVAILABLE, &*proxy);
+  platform.clearCalls();
+  loop.processEvents();
+  Sequence again = opening;
+  std::erase(again, "release notifier");
+  EXPECT_EQ(takeRecorded(), again);
 }
 
 TEST_F(OvixWdsProxyLifecycleTest, HandleSvcUp_ErrorCallbackRefused_ResultLoggedAndGoesOn) {
@@ -295,9 +304,6 @@ TEST_F(OvixWdsProxyLifecycleTest, OvixErrorCb_NoProxy_Error) {
 }
 
 TEST_F(OvixWdsProxyLifecycleTest, OvixErrorCb_CounterFull_Error) {
-  open();
-  platform.clearCalls();
-  proxy.reset();
   platform.clearCalls();
   construct();
   const int errorFd = registeredFds().at(1);

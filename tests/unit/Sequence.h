@@ -38,15 +38,15 @@ inline std::string masked(std::string line) {
   return line;
 }
 
-/// The level's letter, a blank and the line.
-inline std::string leveled(LogLevel level, const std::string& message) {
-  return std::string(1, "VDIEFH"[static_cast<int>(level)]) + " " + message;
+/// The level's letter, a blank and the line; a tag that is not the library's in front.
+inline std::string described(char level, const std::string& tag, const std::string& message) {
+  return (tag == "PAVO" ? "" : "tag " + tag + ": ") + level + " " + message;
 }
 
 inline Sequence sequenceOf(const std::vector<CapturedLine>& lines) {
   Sequence sequence;
   for (const CapturedLine& line : lines) {
-    sequence.push_back(leveled(line.level, line.message));
+    sequence.push_back(described("VDIEFH"[static_cast<int>(line.level)], line.tag, line.message));
   }
   return sequence;
 }
@@ -121,7 +121,7 @@ inline std::string described(const PlatformCall& call) {
       }
       return "release client";
     case Kind::Log:
-      return std::string(1, letterOf(call)) + " " + masked(call.message);
+      return described(letterOf(call), call.tag, masked(call.message));
     case Kind::DiagInit:
     case Kind::DiagDeInit:
     case Kind::DiagMessage:
