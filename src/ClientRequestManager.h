@@ -33,8 +33,9 @@ class ClientRequestManager {
   std::shared_ptr<ClientResponse> processClientRequest(
       const std::shared_ptr<ClientRequest>& request);
 
-  // Answers all waiting and later callers empty and joins the thread. Any thread but the worker's;
-  // calls after the first do nothing.
+  // Answers all waiting and later callers empty and joins the thread. Not on the worker's thread,
+  // and on one thread only: whoever took the worker out of its Manager, and then the destructor,
+  // whose call does nothing.
   void stop();
 
   // The body of the worker thread.

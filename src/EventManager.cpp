@@ -81,6 +81,9 @@ bool EventManager::addEventHandler(int fd, EventCallback callback, void* data,
   {
     const MutexLock lock(handlersMutex);
     added = handlers.emplace(fd, HandlerObject{callback, closeCallback, data}).second;
+    if (added) {
+      addApprovedFd(fd);
+    }
   }
   if (!added) {
     LogWrapper::log(LogLevel::Info, logTag, "fd=%d is already in handlers", fd);
@@ -88,7 +91,6 @@ bool EventManager::addEventHandler(int fd, EventCallback callback, void* data,
   }
   // The tables know the descriptor before the first event can come: on another thread the loop may
   // be waiting already, and it closes what is not approved.
-  addApprovedFd(fd);
   epoll_event event{};
   event.events = static_cast<std::uint32_t>(events);
   event.data.fd = fd;
@@ -119,23 +121,20 @@ void EventManager::removeEventHandler(int fd) {
   {
     const MutexLock lock(handlersMutex);
     erased = handlers.erase(fd);
+    remApprovedFd(fd);
   }
   if (erased != 1) {
     LogWrapper::log(LogLevel::Error, logTag, "handlers.erase for fd %d, returned %d!", fd,
                     static_cast<int>(erased));
   }
-  remApprovedFd(fd);
 }
 
 void EventManager::clearRead(int fd, void* /*data*/) { drainFd(fd, LogLevel::Info); }
 
-std::optional<EventManager::HandlerObject> EventManager::findHandler(int fd) {
+EventManager::Registration EventManager::find(int fd) {
   const MutexLock lock(handlersMutex);
   const auto found = handlers.find(fd);
-  if (found == handlers.end()) {
-    return std::nullopt;
-  }
-  return found->second;
+  return {found != handlers.end() ? std::optional(found->second) : std::nullopt, isApprovedFd(fd)};
 }
 
 void EventManager::processEvents() {
@@ -158,8 +157,7 @@ void EventManager::processEvents() {
 void EventManager::dispatch(int fd, unsigned int events) {
   if ((events & EPOLLHUP) != 0) {
     LogWrapper::log(LogLevel::Info, logTag, "file descriptor '%d' sent HUP.", fd);
-    removeEventHandler(fd);
-    ::close(fd);
+    closeRegistered(fd, find(fd));
   } else if ((events & EPOLLIN) != 0) {
     dispatchReadable(fd);
   } else {
@@ -168,18 +166,23 @@ void EventManager::dispatch(int fd, unsigned int events) {
   }
 }
 
+// Without an entry this is a stale event of a descriptor that an earlier callback of the same wait,
+// or another thread, removed. Its owner closes it, and the number may already be somebody else's.
+void EventManager::closeRegistered(int fd, const Registration& registration) {
+  removeEventHandler(fd);
+  if (registration.handler) {
+    ::close(fd);
+  }
+}
+
 void EventManager::dispatchReadable(int fd) {
   // A copy: the callback may remove its own handler.
-  const std::optional<HandlerObject> handler = findHandler(fd);
-  if (!isApprovedFd(fd)) {
+  const Registration registration = find(fd);
+  const auto& [handler, isApproved] = registration;
+  if (!isApproved) {
     LogWrapper::log(LogLevel::Info, logTag,
                     "file descriptor %d is not on the approved list, cannot process event", fd);
-    removeEventHandler(fd);
-    // Without an entry this is a stale event of a descriptor that an earlier callback of the same
-    // wait removed. Its owner has closed it, and the number may already be somebody else's.
-    if (handler) {
-      ::close(fd);
-    }
+    closeRegistered(fd, registration);
   } else if (!handler) {
     LogWrapper::log(LogLevel::Info, logTag,
                     "file descriptor '%d' does not have an event handler registered", fd);

@@ -1,7 +1,8 @@
 // The event loop: an epoll instance and a table of handlers by file descriptor. The loop's thread
 // is whoever calls processEvents(), one thread at a time; callbacks run on it one by one. Handlers
 // may be added and removed on any thread, also while the loop waits or dispatches: the tables have
-// leaf locks, never held across a callback, a log line or a system call.
+// locks (the handlers', then that of the approved descriptors), never held across a callback, a log
+// line or a system call.
 #pragma once
 
 #include "Mutex.h"
@@ -59,7 +60,14 @@ class EventManager {
     void* data = nullptr;
   };
 
-  std::optional<HandlerObject> findHandler(int fd) EXCLUDES(handlersMutex);
+  struct Registration {
+    std::optional<HandlerObject> handler;
+    bool isApproved = false;
+  };
+
+  // Both at one moment: the owner may be removing fd on another thread.
+  Registration find(int fd) EXCLUDES(handlersMutex);
+  void closeRegistered(int fd, const Registration& registration);
   void dispatch(int fd, unsigned int events);
   void dispatchReadable(int fd);
 

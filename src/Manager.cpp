@@ -23,6 +23,15 @@ Mutex& workerMutex() {
   return mutex;
 }
 
+using Worker = std::shared_ptr<ClientRequestManager>;
+
+// A manager's worker as it is now. It may be replaced while the copy is in use; it then answers
+// empty.
+Worker copyOf(const Worker& managersWorker) {
+  const MutexLock lock(workerMutex());
+  return managersWorker;
+}
+
 // What the log says of an operation.
 struct Operation {
   const char* name;
@@ -51,14 +60,14 @@ constexpr Operation refreshOperation{"Manager::refresh", "Manager::refresh > %s"
 // The road of every operation: a request made of the arguments goes to the worker, both ends are
 // logged, and the response comes back as the class that answers such a request. Empty when there is
 // none.
-template <typename Request, typename Response, typename GetWorker, typename... Arguments>
-std::shared_ptr<const Response> perform(const Operation& operation, const GetWorker& getWorker,
+template <typename Request, typename Response, typename... Arguments>
+std::shared_ptr<const Response> perform(const Operation& operation, const Worker& managersWorker,
                                         Arguments&&... arguments) {
   if (RequestPort::onWorkerThread()) {
     RequestPort::logRefusal(operation.name);
     return nullptr;
   }
-  const std::shared_ptr<ClientRequestManager> worker = getWorker();
+  const Worker worker = copyOf(managersWorker);
   if (worker == nullptr) {
     LogWrapper::log(LogLevel::Error, logTag, "Manager not initialized!");
     return nullptr;
@@ -87,7 +96,7 @@ Manager::Manager() {
 }
 
 Manager::~Manager() {
-  std::shared_ptr<ClientRequestManager> last;
+  Worker last;
   {
     const MutexLock lock(workerMutex());
     last.swap(worker);
@@ -119,64 +128,56 @@ void Manager::init(int subscription, bool useAndroidLog) noexcept {
   LogWrapper::getInstance().setLogWriter(std::move(writer));
   LogWrapper::log(LogLevel::High, logTag, "Manager::init(%d)", subscription);
   // The new worker is in place before the old one ends.
-  auto replaced = std::make_shared<ClientRequestManager>(subscription);
+  const Worker next = std::make_shared<ClientRequestManager>(subscription);
+  Worker replaced;
   {
     const MutexLock lock(workerMutex());
-    replaced.swap(worker);
+    replaced = std::exchange(worker, next);
   }
   if (replaced != nullptr) {
     replaced->stop();
   }
 }
 
-std::shared_ptr<ClientRequestManager> Manager::currentWorker() const {
-  const MutexLock lock(workerMutex());
-  return worker;
-}
-
 std::shared_ptr<IProfileKey> Manager::addProfile(const AddProfileParams& params) noexcept {
-  const auto response = perform<AddRequest, AddResponse>(
-      addOperation, [this] { return currentWorker(); }, params);
+  const auto response = perform<AddRequest, AddResponse>(addOperation, worker, params);
   return response != nullptr ? response->getAddProfileKey() : nullptr;
 }
 
 bool Manager::modifyProfile(const ModifyProfileParams& params,
                             std::shared_ptr<IProfileKey> key) noexcept {
-  const auto response = perform<ModifyRequest, ModifyResponse>(
-      modifyOperation, [this] { return currentWorker(); }, params, std::move(key));
+  const auto response =
+      perform<ModifyRequest, ModifyResponse>(modifyOperation, worker, params, std::move(key));
   return response != nullptr && response->getStatus() == Status::Success;
 }
 
 bool Manager::deleteProfile(std::shared_ptr<IProfileKey> key) noexcept {
-  const auto response = perform<DeleteRequest, DeleteResponse>(
-      deleteOperation, [this] { return currentWorker(); }, std::move(key));
+  const auto response =
+      perform<DeleteRequest, DeleteResponse>(deleteOperation, worker, std::move(key));
   return response != nullptr && response->getStatus() == Status::Success;
 }
 
 std::list<std::shared_ptr<IProfileKey>> Manager::filter(
     const FilterProfileParams& params) noexcept {
-  const auto response = perform<FilterRequest, FilterResponse>(
-      filterOperation, [this] { return currentWorker(); }, params);
+  const auto response = perform<FilterRequest, FilterResponse>(filterOperation, worker, params);
   return response != nullptr ? response->getFilterResult()
                              : std::list<std::shared_ptr<IProfileKey>>();
 }
 
 std::optional<ProfileParams> Manager::getProfile(std::shared_ptr<IProfileKey> key) noexcept {
-  const auto response = perform<GetRequest, GetResponse>(
-      getOperation, [this] { return currentWorker(); }, std::move(key));
+  const auto response = perform<GetRequest, GetResponse>(getOperation, worker, std::move(key));
   return response != nullptr && response->getStatus() == Status::Success ? response->getParams()
                                                                          : std::nullopt;
 }
 
 bool Manager::match(const FilterProfileParams& params, std::shared_ptr<IProfileKey> key) noexcept {
-  const auto response = perform<MatchRequest, MatchResponse>(
-      matchOperation, [this] { return currentWorker(); }, params, std::move(key));
+  const auto response =
+      perform<MatchRequest, MatchResponse>(matchOperation, worker, params, std::move(key));
   return response != nullptr && response->getMatchResult();
 }
 
 void Manager::refresh(PDCRefreshStatus status) noexcept {
-  const auto response = perform<RefreshRequest, RefreshResponse>(
-      refreshOperation, [this] { return currentWorker(); }, status);
+  const auto response = perform<RefreshRequest, RefreshResponse>(refreshOperation, worker, status);
   if (response != nullptr) {
     LogWrapper::log(
         LogLevel::Info, logTag,
@@ -186,7 +187,7 @@ void Manager::refresh(PDCRefreshStatus status) noexcept {
 
 std::vector<std::string> Manager::dump() noexcept {
   std::vector<std::string> lines;
-  if (const std::shared_ptr<ClientRequestManager> current = currentWorker()) {
+  if (const Worker current = copyOf(worker)) {
     lines = current->dump();
   }
   lines.emplace_back();

@@ -43,10 +43,10 @@ class Modem3gppProfile : public ModemProfile {
   void setMaxPdnsConnPerBlock(int count) { maxPdnsConnPerBlock = count; }
   bool hasMaxPdnConnTimer() const { return maxPdnConnTimer.has_value(); }
   int getMaxPdnConnTimer() const { return maxPdnConnTimer.value_or(0); }
-  void setMaxPdnConnTimer(int seconds) { maxPdnConnTimer = seconds; }
+  void setMaxPdnConnTimer(int timer) { maxPdnConnTimer = timer; }
   bool hasPdnReqWaitInterval() const { return pdnReqWaitInterval.has_value(); }
   int getPdnReqWaitInterval() const { return pdnReqWaitInterval.value_or(0); }
-  void setPdnReqWaitInterval(int seconds) { pdnReqWaitInterval = seconds; }
+  void setPdnReqWaitInterval(int interval) { pdnReqWaitInterval = interval; }
   bool hasIsApnDisabled() const { return isApnDisabled.has_value(); }
   bool getIsApnDisabled() const { return isApnDisabled.value_or(false); }
   void setIsApnDisabled(bool disabled) { isApnDisabled = disabled; }

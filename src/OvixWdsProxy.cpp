@@ -212,6 +212,7 @@ void OvixWdsProxy::handleSvcUp(int fd, void* proxy) {
 }
 
 void OvixWdsProxy::openClient() {
+  workerThread.check();
   ovix_service_info serviceInfo;
   clear(serviceInfo);
   if (ovix_client_get_any_service(serviceObject, &serviceInfo) != OVIX_CLIENT_NO_ERROR) {
@@ -240,6 +241,7 @@ void OvixWdsProxy::openClient() {
 
 template <typename Request, typename Response>
 bool OvixWdsProxy::send(unsigned int messageId, Request& request, Response& response) {
+  workerThread.check();
   clear(response);
   return ovix_client_send_msg_sync(client, messageId, &request, sizeof request, &response,
                                    sizeof response, sendTimeoutMs) == OVIX_CLIENT_NO_ERROR &&
@@ -376,6 +378,7 @@ void OvixWdsProxy::handleIndication(int fd, void* proxy) {
 
 // False when the rest of the queue has to wait for the next wake-up.
 bool OvixWdsProxy::deliver(const IndInfo_t& indication) {
+  workerThread.check();
   if (indication.msg_id != OVIX_WDS_PROFILE_CHANGED_IND_V01) {
     LogWrapper::log(LogLevel::Verbose, logTag, "Unknown message ID %lu received",
                     static_cast<unsigned long>(indication.msg_id));

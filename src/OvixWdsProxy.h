@@ -12,6 +12,7 @@
 #include "ModemProfile.h"
 #include "Mutex.h"
 #include "ProfileChangedInd.h"
+#include "ThreadChecker.h"
 #include "UniqueFd.h"
 #include "ovix_client.h"
 #include "wds_v01.h"
@@ -91,17 +92,23 @@ class OvixWdsProxy {
   std::unique_ptr<IndInfo_t> takeIndication() EXCLUDES(queueMutex);
   bool deliver(const IndInfo_t& indication);
 
+  // Constant after construction.
   EventManager& eventManager;
   const int subscription;
   const ovix_service_object_type serviceObject;
-  ovix_client_type client = nullptr;
-  ovix_client_type notifier = nullptr;
-  ovix_client_os_params osParams{};
-  std::deque<std::unique_ptr<IndInfo_t>> indQueue GUARDED_BY(queueMutex);
-  Mutex queueMutex;
   UniqueFd svcUpFd;
   UniqueFd errorFd;
   UniqueFd indicationFd;
+
+  // The messaging library's threads and the worker.
+  Mutex queueMutex;
+  std::deque<std::unique_ptr<IndInfo_t>> indQueue GUARDED_BY(queueMutex);
+
+  // The worker thread's.
+  ThreadChecker workerThread;
+  ovix_client_type client = nullptr;
+  ovix_client_type notifier = nullptr;
+  ovix_client_os_params osParams{};
   ProfileChangedIndCb profileChangedIndCb;
 };
 

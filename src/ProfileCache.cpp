@@ -4,7 +4,6 @@
 #include "Modem3gppProfile.h"
 
 #include <algorithm>
-#include <atomic>
 #include <cstdlib>
 #include <limits>
 #include <utility>
@@ -33,15 +32,17 @@ ProfileCache::ProfileCache(EventManager& eventManager, int subscription, request
   proxy.registerProfileChangedInd([this](ProfileChangedInd ind) { onIndication(ind); });
 }
 
-token ProfileCache::generateToken() {
-  token current = tokenCounter.load();
+token nextToken(std::atomic<token>& counter) {
+  token current = counter.load();
   do {
     if (current == std::numeric_limits<token>::max()) {
       std::abort();
     }
-  } while (!tokenCounter.compare_exchange_weak(current, current + 1));
+  } while (!counter.compare_exchange_weak(current, current + 1));
   return current;
 }
+
+token ProfileCache::generateToken() { return nextToken(tokenCounter); }
 
 ProfileCache::Profile* ProfileCache::find(token entryToken, LogLevel notFoundLevel) {
   workerThread.check();

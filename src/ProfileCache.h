@@ -21,6 +21,7 @@
 #include "RequestFunction.h"
 #include "ThreadChecker.h"
 
+#include <atomic>
 #include <functional>
 #include <list>
 #include <memory>
@@ -88,5 +89,8 @@ class ProfileCache {
   std::list<ProfileChangedInd> pendingTransactions;
   ThreadChecker workerThread;
 };
+
+// The counter's value, and counts on. Any thread. Going beyond a token ends the process.
+token nextToken(std::atomic<token>& counter);
 
 }  // namespace pavo

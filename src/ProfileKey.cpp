@@ -1,7 +1,6 @@
 #include "ProfileKey.h"
 
 #include "ClientRequest.h"
-#include "ClientResponse.h"
 #include "DumpText.h"
 #include "LogWrapper.h"
 
@@ -12,7 +11,7 @@ namespace pavo {
 ProfileKey::ProfileKey(int ofProfile, unsigned long long ofEntry, requestFunction function)
     : profileId(ofProfile), token(ofEntry), sendRequest(std::move(function)) {}
 
-void ProfileKey::registerExpirationListener(std::function<void()> listener) {
+void ProfileKey::registerExpirationListener(std::function<void()> listener) noexcept {
   const auto request = std::make_shared<CallbackRequest>();
   request->setExpirationInfo(std::move(listener), weak_from_this(), token);
   if (sendRequest) {
@@ -21,7 +20,7 @@ void ProfileKey::registerExpirationListener(std::function<void()> listener) {
   }
 }
 
-std::string ProfileKey::dump() {
+std::string ProfileKey::dump() noexcept {
   std::string text;
   appendValue(text, profileId);
   text += " token=";

@@ -22,8 +22,8 @@ class ProfileKey : public IProfileKey, public std::enable_shared_from_this<Profi
   ~ProfileKey() override;
 
   int getProfileId() override { return profileId; }
-  void registerExpirationListener(std::function<void()> listener) override;
-  std::string dump() override;
+  void registerExpirationListener(std::function<void()> listener) noexcept override;
+  std::string dump() noexcept override;
 
   unsigned long long getToken() const { return token; }
 

@@ -64,11 +64,11 @@ void ProfileParams::setMaxPdnsConnPerBlock(int count) { maxPdnsConnPerBlock = co
 bool ProfileParams::hasMaxPdnsConnPerBlock() const { return maxPdnsConnPerBlock.has_value(); }
 
 int ProfileParams::getMaxPdnConnTimer() const { return valueOf(maxPdnConnTimer); }
-void ProfileParams::setMaxPdnConnTimer(int seconds) { maxPdnConnTimer = seconds; }
+void ProfileParams::setMaxPdnConnTimer(int timer) { maxPdnConnTimer = timer; }
 bool ProfileParams::hasMaxPdnConnTimer() const { return maxPdnConnTimer.has_value(); }
 
 int ProfileParams::getPdnReqWaitInterval() const { return valueOf(pdnReqWaitInterval); }
-void ProfileParams::setPdnReqWaitInterval(int seconds) { pdnReqWaitInterval = seconds; }
+void ProfileParams::setPdnReqWaitInterval(int interval) { pdnReqWaitInterval = interval; }
 bool ProfileParams::hasPdnReqWaitInterval() const { return pdnReqWaitInterval.has_value(); }
 
 bool ProfileParams::getIsApnDisabled() const { return valueOf(isApnDisabled); }

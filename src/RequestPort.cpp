@@ -60,8 +60,7 @@ requestFunction RequestPort::getRequestFunction() const {
 
 std::shared_ptr<ClientResponse> RequestPort::submit(const std::shared_ptr<ClientRequest>& request) {
   if (onWorkerThread()) {
-    logRefusal(request->text().c_str());
-    putOff(request);
+    logOnWorkerThread(putOff(request) ? "put off" : "refused", request->text().c_str());
     return nullptr;
   }
   const MutexLock turn(turnMutex);
@@ -101,17 +100,18 @@ void RequestPort::close() {
   }
 }
 
-void RequestPort::putOff(const std::shared_ptr<ClientRequest>& release) {
-  if (release->getRequestType() != ReqRespType::Callback ||
-      !static_cast<const CallbackRequest&>(*release).hasReleaseToken()) {
-    return;
+bool RequestPort::putOff(const std::shared_ptr<ClientRequest>& request) {
+  if (request->getRequestType() != ReqRespType::Callback ||
+      !static_cast<const CallbackRequest&>(*request).hasReleaseToken()) {
+    return false;
   }
   const MutexLock lock(putOffMutex);
   if (acceptsPutOff) {
-    putOffReleases.push_back(release);
+    putOffReleases.push_back(request);
     // Under the lock: a closed port's descriptor may belong to somebody else by now.
     notifyFd(wakeFd.load());
   }
+  return true;
 }
 
 std::vector<std::shared_ptr<ClientRequest>> RequestPort::takePutOff() {
@@ -123,8 +123,8 @@ void RequestPort::becomeWorkerThread() { isWorkerThread = true; }
 
 bool RequestPort::onWorkerThread() { return isWorkerThread; }
 
-void RequestPort::logRefusal(const char* call) {
-  LogWrapper::log(LogLevel::Error, logTag, "called on the worker thread, refused: %s", call);
+void RequestPort::logOnWorkerThread(const char* outcome, const char* call) {
+  LogWrapper::log(LogLevel::Error, logTag, "called on the worker thread, %s: %s", outcome, call);
 }
 
 }  // namespace pavo

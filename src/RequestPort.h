@@ -4,7 +4,7 @@
 // a key may outlive its worker by any time: the number is then unknown and the answer empty.
 //
 // States: open without a descriptor (the worker is being built) -> open -> closed. A closed port
-// answers empty, before any lock that a handler could hold.
+// answers empty; its request functions no longer find it, and touch none of its locks.
 //
 // Locks, in this order: turnMutex (one caller at a time, held for the whole call), slotMutex (the
 // slots; the worker holds it while it handles a request). putOffMutex is a leaf.
@@ -45,7 +45,8 @@ class RequestPort {
       EXCLUDES(turnMutex, slotMutex, putOffMutex);
 
   // Answers everybody who waits, now and later, empty. Waits for a request that is being handled.
-  // Any thread but a worker's.
+  // The releases put off are lost: like those of all keys that outlive the worker, their profiles
+  // stay on the modem. Any thread but a worker's.
   void close() EXCLUDES(slotMutex, putOffMutex);
 
   // Worker: handles the request in the slot, if there is one. handle(request) gives the response;
@@ -73,12 +74,14 @@ class RequestPort {
   static bool onWorkerThread();
 
   // Writes the line for a call that a worker thread made into the library.
-  static void logRefusal(const char* call);
+  static void logOnWorkerThread(const char* outcome, const char* call);
+  static void logRefusal(const char* call) { logOnWorkerThread("refused", call); }
 
  private:
   RequestPort() = default;
 
-  void putOff(const std::shared_ptr<ClientRequest>& release) EXCLUDES(putOffMutex);
+  // False when the request is no release.
+  bool putOff(const std::shared_ptr<ClientRequest>& request) EXCLUDES(putOffMutex);
 
   std::uint64_t number = 0;  // constant once the port is created
   std::atomic<int> wakeFd{-1};

@@ -11,9 +11,9 @@ namespace pavo {
 ///
 /// Dropping the last handle of a key releases the profile: when that was the last key of a
 /// non-persistent profile that the library created, it is deleted from the modem. Dropping a key is
-/// a call into the library: it blocks like one, for up to one second of modem time, so do not do it
-/// under a lock that a listener also takes. On the library's worker thread (in a listener) the
-/// release is put off until the event in hand is done.
+/// a call into the library: it waits its turn and then for up to one second of modem time, so do
+/// not do it under a lock that a listener also takes. On the library's worker thread (in a
+/// listener) the release is put off until the event in hand is done.
 ///
 /// A key may outlive the library's worker (a second Manager::init, process exit); it is then
 /// harmless and unknown.
@@ -27,9 +27,11 @@ class PAVO_API IProfileKey {
   /// Has listener called once when the cached profile goes: it was deleted, changed by the modem or
   /// another client, or dropped by a refresh. It runs on the library's worker thread (or on the
   /// thread that replaces or destroys the worker) while this key exists, and not at all after.
-  /// In it, the library's operations answer empty. An empty listener is ignored; what a listener
-  /// throws is swallowed. Blocks until the worker has stored it; not on the worker thread. A
-  /// profile that is no longer cached, or a refresh in progress, loses the registration silently.
+  /// On the worker thread the library's operations answer empty; on the thread that replaces the
+  /// worker, this key's do, and the Manager's go to the new worker. An empty listener is ignored;
+  /// what a listener throws is swallowed. Blocks until the worker has stored it; on the worker
+  /// thread nothing is stored. A refresh in progress, or a profile that is no longer cached, loses
+  /// the registration; only the log tells.
   virtual void registerExpirationListener(std::function<void()> listener) = 0;
 
   /// The profile id, " token=" and the cache token, as in the log. Any thread.

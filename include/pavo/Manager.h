@@ -80,8 +80,7 @@ class PAVO_API Manager {
   std::vector<std::string> dump() noexcept;
 
  private:
-  std::shared_ptr<ClientRequestManager> currentWorker() const;
-
+  // Copied and replaced under a lock of the library's.
   std::shared_ptr<ClientRequestManager> worker;
 };
 

@@ -76,14 +76,14 @@ class PAVO_API ProfileParams {
   void setMaxPdnsConnPerBlock(int count);
   bool hasMaxPdnsConnPerBlock() const;
 
-  /// The time block in which connections are counted, in seconds. The modem keeps 16 bits.
+  /// The time block in which connections are counted, in the modem's unit. The modem keeps 16 bits.
   int getMaxPdnConnTimer() const;
-  void setMaxPdnConnTimer(int seconds);
+  void setMaxPdnConnTimer(int timer);
   bool hasMaxPdnConnTimer() const;
 
-  /// Wait between two PDN connection requests, in seconds. The modem keeps 16 bits.
+  /// Wait between two PDN connection requests, in the modem's unit. The modem keeps 16 bits.
   int getPdnReqWaitInterval() const;
-  void setPdnReqWaitInterval(int seconds);
+  void setPdnReqWaitInterval(int interval);
   bool hasPdnReqWaitInterval() const;
 
   /// Whether connections to this APN are forbidden.

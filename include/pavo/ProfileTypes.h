@@ -9,8 +9,8 @@
 
 namespace pavo {
 
-/// What an APN may be used for, a bit set. Bits 0x1000, 0x2000 and 0x4000 have no name; bits above
-/// 0x8000 never reach the modem. The meanings are those of Android's APN types.
+/// What an APN may be used for, a bit set. A bit without a name never reaches the modem. The
+/// meanings are those of Android's APN types.
 enum ApnTypes : unsigned int {
   NONE = 0x0,
   DEFAULT = 0x1,      ///< Internet access.

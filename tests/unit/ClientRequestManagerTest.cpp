@@ -157,6 +157,21 @@ TEST_F(WorkerTest, Destroy_ClientOpen_ClientReleasedAfterTheThreadEnded) {
   EXPECT_EQ(onThisThread(), tearDownLines("release client"));
 }
 
+// Listeners may still see the modem's client; nothing of the modem's goes before the profiles.
+TEST_F(WorkerTest, Destroy_ProfileCached_DiesBeforeTheClientIsReleased) {
+  initWithClient();
+  const Key key = add();
+  ASSERT_NE(key, nullptr);
+  platform.clearCalls();
+  manager.reset();
+  const Sequence lines = onThisThread();
+  const auto profile = std::find(lines.begin(), lines.end(), "D ~ModemProfile()");
+  const auto client = std::find(lines.begin(), lines.end(), "release client");
+  ASSERT_NE(profile, lines.end());
+  ASSERT_NE(client, lines.end());
+  EXPECT_LT(profile, client);
+}
+
 TEST_F(WorkerTest, InitAgain_Running_NewWorkerFirstThenTheOldOneEnds) {
   initAlone();
   platform.clearCalls();
@@ -440,18 +455,36 @@ TEST_F(ClientRequestManagerTest, ConstructAndDestroy_EventsFromTheStart_NoRace) 
   }
 }
 
+// Threads shall have a stack that no address space has room for.
+void refuseThreads() {
+  pthread_attr_t attributes;
+  pthread_attr_init(&attributes);
+  pthread_attr_setstacksize(&attributes, std::size_t{1} << 60);
+  pthread_setattr_default_np(&attributes);
+}
+
 TEST_F(ClientRequestManagerTest, Construct_NoThread_ProcessEndsWithThatText) {
   platform.setAnnouncement(FakePlatform::Announcement::Never);
   EXPECT_EXIT(
       {
-        // A stack that no address space has room for.
-        pthread_attr_t attributes;
-        pthread_attr_init(&attributes);
-        pthread_attr_setstacksize(&attributes, std::size_t{1} << 60);
-        pthread_setattr_default_np(&attributes);
+        refuseThreads();
         const ClientRequestManager worker(/*subscription=*/0);
       },
       testing::KilledBySignal(SIGABRT), "thread constructor failed");
+}
+
+TEST_F(ClientRequestManagerTest, Construct_NeitherThreadNorDescriptor_TheThreadIsMissedFirst) {
+  platform.setAnnouncement(FakePlatform::Announcement::Never);
+  EXPECT_EXIT(
+      {
+        logToStandardError();
+        refuseThreads();
+        allowMoreFds(5);
+        const ClientRequestManager worker(/*subscription=*/0);
+      },
+      testing::KilledBySignal(SIGABRT),
+      testing::AllOf(testing::HasSubstr("thread constructor failed"),
+                     testing::Not(testing::HasSubstr("Cannot create eventfd instance"))));
 }
 
 TEST_F(ClientRequestManagerTest, Construct_NoDescriptorForRequests_ErrorAndAbort) {

@@ -11,6 +11,7 @@
 #include <string>
 #include <thread>
 
+#include "FdLimit.h"
 #include "RunningManagerTest.h"
 
 namespace pavo::test {
@@ -83,6 +84,7 @@ TEST_F(ManagerLifetimeTest, InitAgain_OldKey_IsUnknownToTheNewWorker) {
   EXPECT_FALSE(manager.modifyProfile(params, key));
   EXPECT_FALSE(manager.deleteProfile(key));
   EXPECT_FALSE(manager.getProfile(key).has_value());
+  EXPECT_FALSE(manager.match(FilterProfileParams(), key));
   const std::string text = key->dump();
   const std::string unknown = "ProfileCache: token is not present or expired";
   EXPECT_THAT(
@@ -91,7 +93,9 @@ TEST_F(ManagerLifetimeTest, InitAgain_OldKey_IsUnknownToTheNewWorker) {
                   "Manager::modifyProfile < Modify Failure",
                   "Manager::deleteProfile > Delete " + text, "Error: " + unknown,
                   "Manager::deleteProfile < Delete Failure", "Manager::getProfile > Get " + text,
-                  "Error: " + unknown, "Manager::getProfile < Get Failure "));
+                  "Error: " + unknown, "Manager::getProfile < Get Failure ",
+                  "Manager::match > Match " + text + " None: ", "Error: " + unknown,
+                  "Manager::match < Match Success false"));
   EXPECT_THAT(platform.sent(), IsEmpty());
 }
 
@@ -232,7 +236,10 @@ TEST(ManagerExitDeathTest, Exit_WorkerRunning_TheWakeLineOnStandardOutput) {
         startProcessWide();
         std::exit(exitCode);
       },
-      testing::ExitedWithCode(exitCode), "wake\\(\\)\n");
+      testing::ExitedWithCode(exitCode),
+      testing::ResultOf(
+          "wake() lines", [](const std::string& output) { return occurrences(output, "wake()\n"); },
+          1U));
 }
 
 TEST(ManagerExitDeathTest, Exit_KeyInAnOlderStatic_DiesAfterTheManager) {
@@ -284,7 +291,8 @@ TEST_F(ManagerLifetimeTest, InitInAListener_RefusedAndTheWorkerGoesOn) {
   takeKeptLines();
   ASSERT_TRUE(manager.deleteProfile(key));
   EXPECT_EQ(platform.clients().size(), 1U);
-  EXPECT_EQ(takeKeptLines().size(), 4U);
+  EXPECT_THAT(takeKeptLines(),
+              testing::Contains("Error: called on the worker thread, refused: Manager::init"));
   EXPECT_NE(add("alive"), nullptr);
 }
 

@@ -19,6 +19,19 @@
 namespace pavo::test {
 namespace {
 
+// Failures show as empty results; nothing throws.
+static_assert(noexcept(std::declval<Manager&>().init(0, true)));
+static_assert(noexcept(std::declval<Manager&>().addProfile(std::declval<AddProfileParams&>())));
+static_assert(noexcept(std::declval<Manager&>().modifyProfile(std::declval<ModifyProfileParams&>(),
+                                                              nullptr)));
+static_assert(noexcept(std::declval<Manager&>().deleteProfile(nullptr)));
+static_assert(noexcept(std::declval<Manager&>().filter(std::declval<FilterProfileParams&>())));
+static_assert(noexcept(std::declval<Manager&>().getProfile(nullptr)));
+static_assert(noexcept(std::declval<Manager&>().match(std::declval<FilterProfileParams&>(),
+                                                      nullptr)));
+static_assert(noexcept(std::declval<Manager&>().refresh(PDC_REFRESH_STARTED)));
+static_assert(noexcept(std::declval<Manager&>().dump()));
+
 using testing::ElementsAre;
 using testing::IsEmpty;
 

@@ -1,5 +1,8 @@
 #include "ProfileCache.h"
 
+#include <atomic>
+#include <csignal>
+#include <limits>
 #include <memory>
 #include <mutex>
 #include <set>
@@ -10,6 +13,7 @@
 #include "ClientRequest.h"
 #include "ClientResponse.h"
 #include "EventManager.h"
+#include "ProfileKey.h"
 #include "RunningManagerTest.h"
 
 namespace pavo::test {
@@ -55,6 +59,37 @@ class ProfileCacheTest : public FakePlatformTest {
 TEST_F(ProfileCacheTest, Construct_ServiceUp_EmptyAndNothingRead) {
   EXPECT_THAT(cache.dump(), ElementsAre("Cache:", "Pending:"));
   EXPECT_THAT(platform.sent(), IsEmpty());
+}
+
+TEST(TokenDeathTest, Next_CounterAtItsLargest_EndsTheProcess) {
+  std::atomic<token> counter{std::numeric_limits<token>::max() - 1};
+  EXPECT_EQ(nextToken(counter), std::numeric_limits<token>::max() - 1);
+  EXPECT_EXIT(nextToken(counter), testing::KilledBySignal(SIGABRT), "");
+}
+
+// The key says which profile to delete; everything else goes by the cached profile's id.
+TEST_F(ProfileCacheTest, AnyOperation_KeyWithAnotherId_OnlyRemoveUsesIt) {
+  const auto added = cache.add(AddProfileParams(/*isPersistent=*/false, /*isIAProfile=*/false));
+  ASSERT_NE(added, nullptr);
+  cache.onIndication({1, ProfileChangedEvent::Create});
+  cache.onIndication({1, ProfileChangedEvent::Modify});
+  const auto key = std::make_shared<ProfileKey>(99, added->getToken(), requestFunction());
+  platform.setProfile(99, {});
+  platform.clearCalls();
+
+  ModifyProfileParams change;
+  change.setPassword("x");
+  EXPECT_TRUE(cache.modify(change, key));
+  ASSERT_EQ(platform.sent().size(), 1U);
+  EXPECT_EQ(platform.sent()[0].as<wds_modify_profile_settings_req_msg_v01>().profile.profile_index,
+            1);
+  EXPECT_EQ(cache.dump().back(), "  1 Modify");
+
+  platform.clearCalls();
+  EXPECT_TRUE(cache.remove(key));
+  ASSERT_EQ(platform.sent().size(), 1U);
+  EXPECT_EQ(platform.sent()[0].as<wds_delete_profile_req_msg_v01>().profile.profile_index, 99);
+  EXPECT_EQ(cache.dump().back(), "  1 Delete");
 }
 
 TEST_F(ProfileCacheTest, OnIndication_EventBeyondTheKnown_AnErrorAndNoChange) {
