@@ -50,6 +50,8 @@ void Connection::flush() {
       outputDone += static_cast<size_t>(count);
     } else if (errno == EAGAIN) {
       break;
+    } else if (errno == EPIPE || errno == ECONNRESET) {
+      close("");  // It has left, as clients do.
     } else if (errno != EINTR) {
       close(std::string("cannot send: ") + std::strerror(errno));
     }

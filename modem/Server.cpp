@@ -210,7 +210,11 @@ void Server::onFirstFrame(Connection& connection, const Frame& frame) {
 void Server::onControl(Connection& connection, const Frame& frame) {
   const std::string_view request(reinterpret_cast<const char*>(frame.payload.data()),
                                  frame.payload.size());
-  const std::string reply = dumpLine(control.handle(request));
+  std::string reply = dumpLine(control.handle(request));
+  if (reply.size() > framePayloadBytesMax) {
+    // Lists come in pieces; this is an error that quotes what was asked.
+    reply = dumpLine({{"ok", false}, {"error", "the request is too long to be answered"}});
+  }
   connection.send({.kind = FrameKind::ControlResponse,
                    .messageId = 0,
                    .transaction = frame.transaction,

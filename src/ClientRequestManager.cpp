@@ -107,9 +107,19 @@ ClientRequestManager::Response ClientRequestManager::handle(const ClientRequest&
     LogWrapper::log(LogLevel::Info, logTag, "Handling %s", request.text().c_str());
   }
   if (refreshInProgress && request.getRequestType() != ReqRespType::Refresh) {
+    if (request.getRequestType() == ReqRespType::Callback) {
+      forgetListeners(static_cast<const CallbackRequest&>(request));
+    }
     return refuse(request.getRequestType());
   }
   return perform(request);
+}
+
+// A release that is refused still ends the key, and the code of its listeners may be unloaded next.
+void ClientRequestManager::forgetListeners(const CallbackRequest& request) {
+  if (request.hasReleaseToken()) {
+    profileCache.clearExpiredListeners(request.getReleaseToken());
+  }
 }
 
 ClientRequestManager::Response ClientRequestManager::refuse(ReqRespType type) {

@@ -52,6 +52,7 @@ class ClientRequestManager {
 
   void startThread() noexcept;
   Response handle(const ClientRequest& request);
+  void forgetListeners(const CallbackRequest& request);
   Response refuse(ReqRespType type);
   Response perform(const ClientRequest& request);
   Response add(const AddRequest& request);

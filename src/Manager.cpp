@@ -83,11 +83,12 @@ std::shared_ptr<const Response> perform(const Operation& operation, const Worker
   return std::static_pointer_cast<const Response>(response);
 }
 
-// Puts getInstance() and its instance into the library, where every client of the process finds the
-// same one: without it, a program and what it loads with local names would have one each.
-[[gnu::used]] Manager& (*const instanceOfTheProcess)() = &Manager::getInstance;
-
 }  // namespace
+
+Manager& Manager::processWide() {
+  static Manager instance;
+  return instance;
+}
 
 Manager::Manager() {
   // Made before any Manager, the front end loses its writer after the last of them is destroyed.

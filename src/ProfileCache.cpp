@@ -239,6 +239,14 @@ bool ProfileCache::releaseProfile(token entryToken) {
   return true;
 }
 
+void ProfileCache::clearExpiredListeners(token entryToken) {
+  workerThread.check();
+  const auto entry = profileMap.find(entryToken);
+  if (entry != profileMap.end() && entry->second != nullptr) {
+    entry->second->clearExpiredListeners();
+  }
+}
+
 bool ProfileCache::confirmPending(const ProfileChangedInd& ind) {
   const auto pending =
       std::find_if(pendingTransactions.begin(), pendingTransactions.end(),

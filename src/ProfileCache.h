@@ -56,6 +56,8 @@ class ProfileCache {
                                   token entryToken);
   // A key is gone. The last one deletes a non-persistent profile of the library's own making.
   bool releaseProfile(token entryToken);
+  // Drops the listeners of keys that are gone, without a word; also for a token that is not cached.
+  void clearExpiredListeners(token entryToken);
   void onIndication(ProfileChangedInd ind);
 
   // Any thread, at any moment; does not wait for the modem.

@@ -12,6 +12,12 @@ ProfileKey::ProfileKey(int ofProfile, unsigned long long ofEntry, requestFunctio
     : profileId(ofProfile), token(ofEntry), sendRequest(std::move(function)) {}
 
 void ProfileKey::registerExpirationListener(std::function<void()> listener) noexcept {
+  if (listener) {
+    // On the worker it is copied, and to copy a client's closure may throw.
+    listener = [shared = std::make_shared<const std::function<void()>>(std::move(listener))] {
+      (*shared)();
+    };
+  }
   const auto request = std::make_shared<CallbackRequest>();
   request->setExpirationInfo(std::move(listener), weak_from_this(), token);
   if (sendRequest) {

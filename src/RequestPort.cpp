@@ -63,7 +63,7 @@ std::shared_ptr<ClientResponse> RequestPort::submit(const std::shared_ptr<Client
     logOnWorkerThread(putOff(request) ? "put off" : "refused", request->text().c_str());
     return nullptr;
   }
-  const MutexLock turn(turnMutex);
+  const Turn turn(turns);
   const MutexLock lock(slotMutex);
   if (closed) {
     return nullptr;

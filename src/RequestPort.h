@@ -6,7 +6,7 @@
 // States: open without a descriptor (the worker is being built) -> open -> closed. A closed port
 // answers empty; its request functions no longer find it, and touch none of its locks.
 //
-// Locks, in this order: turnMutex (one caller at a time, held for the whole call), slotMutex (the
+// Locks, in this order: turns (one caller at a time, held for the whole call), slotMutex (the
 // slots; the worker holds it while it handles a request). putOffMutex is a leaf.
 #pragma once
 
@@ -14,6 +14,7 @@
 #include "ClientResponse.h"
 #include "Mutex.h"
 #include "RequestFunction.h"
+#include "TurnQueue.h"
 
 #include <atomic>
 #include <cstdint>
@@ -42,7 +43,7 @@ class RequestPort {
   // that would wait for itself. A release asked for there is put off until the event in hand is
   // done.
   std::shared_ptr<ClientResponse> submit(const std::shared_ptr<ClientRequest>& request)
-      EXCLUDES(turnMutex, slotMutex, putOffMutex);
+      EXCLUDES(turns, slotMutex, putOffMutex);
 
   // Answers everybody who waits, now and later, empty. Waits for a request that is being handled.
   // The releases put off are lost: like those of all keys that outlive the worker, their profiles
@@ -86,7 +87,7 @@ class RequestPort {
   std::uint64_t number = 0;  // constant once the port is created
   std::atomic<int> wakeFd{-1};
 
-  Mutex turnMutex;
+  TurnQueue turns;
   Mutex slotMutex;
   CondVar answered;
   std::shared_ptr<ClientRequest> requestSlot GUARDED_BY(slotMutex);

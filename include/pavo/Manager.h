@@ -33,7 +33,7 @@ class PAVO_API Manager {
  public:
   /// The process-wide instance, made on first use and destroyed at process exit.
   PAVO_API static Manager& getInstance() {
-    static Manager mgr;
+    static Manager& mgr = processWide();
     return mgr;
   }
 
@@ -80,6 +80,10 @@ class PAVO_API Manager {
   std::vector<std::string> dump() noexcept;
 
  private:
+  // In the library, where every client of the process finds the same one: a program and what it
+  // loads with local names have an inline function's variables once each.
+  static Manager& processWide();
+
   // Copied and replaced under a lock of the library's.
   std::shared_ptr<ClientRequestManager> worker;
 };

@@ -104,7 +104,11 @@ std::optional<Connection> connectToModem(Purpose purpose, int stopFd) {
       hearHello(connection, stopFd)) {
     return connection;
   }
-  waited.store(true);
+  // Who stops waiting has missed nothing.
+  std::array<pollfd, 1> stop{{{stopFd, POLLIN, 0}}};
+  if (stopFd < 0 || !pollUntil(stop, Clock::now())) {
+    waited.store(true);
+  }
   return std::nullopt;
 }
 

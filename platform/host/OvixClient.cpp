@@ -10,14 +10,15 @@
 //  - A child made by fork() must not call in: the threads stayed with the parent.
 #include "ovix_client.h"
 
-#include <new>
-#include <system_error>
+#include <chrono>
+#include <optional>
 #include <utility>
 
 #include "Client.h"
 #include "Connection.h"
 #include "HandleRegistry.h"
 #include "Notifier.h"
+#include "Poll.h"
 #include "ServiceObject.h"
 
 namespace {
@@ -47,6 +48,21 @@ ovix_client_error_type with(ovix_client_type handle, Body body) {
     const auto target = HandleRegistry::getInstance().find<T>(handle);
     return target == nullptr ? OVIX_CLIENT_INVALID_HANDLE : body(*target);
   });
+}
+
+// Who opens a client has just seen the service and stopped watching for it: a modem that is away
+// for a moment is given time to come back.
+std::optional<Connection> connectPatiently() {
+  constexpr std::chrono::milliseconds againAfter{5};
+  const ovix::Deadline deadline =
+      ovix::Clock::now() + std::chrono::milliseconds(ovix::helloTimeoutMs);
+  for (;;) {
+    std::optional<Connection> connection = ovix::connectToModem(ovix::Purpose::Client);
+    if (connection || ovix::Clock::now() >= deadline) {
+      return connection;
+    }
+    ovix::pollUntil({}, ovix::Clock::now() + againAfter);
+  }
 }
 
 }  // namespace
@@ -97,7 +113,7 @@ ovix_client_error_type ovix_client_init(ovix_service_info* info, ovix_service_ob
   }
   *client = nullptr;
   return guarded([&] {
-    std::optional<Connection> connection = ovix::connectToModem(ovix::Purpose::Client);
+    std::optional<Connection> connection = connectPatiently();
     if (!connection) {
       return OVIX_CLIENT_SERVICE_ERROR;
     }
@@ -108,7 +124,7 @@ ovix_client_error_type ovix_client_init(ovix_service_info* info, ovix_service_ob
     const ovix_client_type handle = *client = registry.add(opened);
     try {
       opened->start(handle);
-    } catch (const std::system_error&) {
+    } catch (...) {
       *client = nullptr;
       registry.release(handle);
       throw;

@@ -139,6 +139,18 @@ TEST_F(ControlTest, Call_NoJson_IsAnsweredAndTheConnectionStays) {
   EXPECT_EQ(json::parse(raw.receive()->payload)["ok"], false);
 }
 
+TEST_F(ControlTest, Call_AnswerWouldQuoteMoreThanAFrameHolds_IsRefused) {
+  RawClient raw(served.connect());
+  const json request{{"verb", std::string(framePayloadBytesMax - 20, 'a')}};
+  const std::string text = request.dump();
+  ASSERT_LE(text.size(), framePayloadBytesMax);
+  raw.send(FrameKind::ControlRequest, 0, {text.begin(), text.end()});
+  const auto reply = raw.receive();
+  ASSERT_TRUE(reply);
+  EXPECT_EQ(json::parse(reply->payload)["error"], "the request is too long to be answered");
+  EXPECT_EQ(control.call("show")["ok"], true);
+}
+
 struct WrongCall {
   const char* verb;
   const char* args;

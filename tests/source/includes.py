@@ -10,7 +10,7 @@ import re
 import sys
 
 LAYERS = {
-    0: "Mutex ThreadChecker UniqueFd",
+    0: "Mutex ThreadChecker TurnQueue UniqueFd",
     1: "AddProfileParams DumpText Export FilterProfileParams IProfileKey ModifyProfileParams"
        " NamedValue PDCRefreshStatus ProfileParams ProfileTypes",
     2: "AdbWriter DiagWriter LocalLogBuffer LogLevel LogWrapper LogWriter",

@@ -336,6 +336,18 @@ TEST_F(WorkerTest, DropKey_RefreshStarted_ReleaseRefusedAndKeyGone) {
   EXPECT_EQ(platform.profileCount(), 1U);
 }
 
+// The client's code may be unloaded once its last key is gone.
+TEST_F(WorkerTest, DropKey_RefreshStarted_ListenerGoesWithTheKey) {
+  initWithClient();
+  Key key = add();
+  const auto captured = std::make_shared<int>(0);
+  key->registerExpirationListener([captured] {});
+  EXPECT_EQ(captured.use_count(), 2);
+  manager->refresh(PDC_REFRESH_STARTED);
+  key.reset();
+  EXPECT_EQ(captured.use_count(), 1);
+}
+
 TEST_F(WorkerTest, Refresh_StartedTwice_AcceptedAndNothingSent) {
   initWithClient();
   manager->refresh(PDC_REFRESH_STARTED);

@@ -577,6 +577,19 @@ TEST_F(EventManagerTest, Wake_CounterFull_InfoLine) {
                       "I Error in writing rv: -1, error: Resource temporarily unavailable"}));
 }
 
+// A program may ask its streams for exceptions; a worker that ends must not be its end.
+TEST_F(EventManagerTest, Wake_StandardOutputThrows_WokenAllTheSame) {
+  const std::ios_base::iostate asked = std::cout.exceptions();
+  std::cout.setstate(std::ios_base::badbit);
+  EXPECT_THROW(std::cout.exceptions(std::ios_base::badbit), std::ios_base::failure);
+  loop.wake();
+  std::cout.exceptions(std::ios_base::goodbit);
+  std::cout.clear();
+  std::cout.exceptions(asked);
+  std::uint64_t value = 0;
+  EXPECT_EQ(read(wakeFd, &value, sizeof value), 8);
+}
+
 TEST_F(EventManagerTest, Wake_Always_LineOnStandardOutputFlushed) {
   std::cout.flush();
   const int terminal = own(dup(STDOUT_FILENO));

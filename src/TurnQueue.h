@@ -1,0 +1,66 @@
+#pragma once
+
+#include "Mutex.h"
+
+namespace pavo {
+
+// Lets one caller in at a time, in the order in which they came. A plain mutex lets whoever has
+// just left in again before those who wait: one busy thread could keep the others out for as long
+// as it likes. Costs a caller who finds nobody inside nothing but the lock.
+class CAPABILITY("mutex") TurnQueue {
+ public:
+  void enter() ACQUIRE() {
+    const MutexLock lock(mutex);
+    if (!isTaken) {
+      isTaken = true;
+      return;
+    }
+    Waiter self;
+    (last != nullptr ? last->next : first) = &self;
+    last = &self;
+    while (!self.isNext) {
+      self.wakeUp.wait(mutex);
+    }
+  }
+
+  void leave() RELEASE() {
+    const MutexLock lock(mutex);
+    if (first == nullptr) {
+      isTaken = false;
+      return;
+    }
+    Waiter& next = *first;
+    first = next.next;
+    if (first == nullptr) {
+      last = nullptr;
+    }
+    next.isNext = true;
+    // Under the lock: it stands on the stack of the caller who wakes up.
+    next.wakeUp.notifyOne();
+  }
+
+ private:
+  struct Waiter {
+    CondVar wakeUp;
+    bool isNext = false;
+    Waiter* next = nullptr;
+  };
+
+  Mutex mutex;
+  bool isTaken GUARDED_BY(mutex) = false;
+  Waiter* first GUARDED_BY(mutex) = nullptr;
+  Waiter* last GUARDED_BY(mutex) = nullptr;
+};
+
+class SCOPED_CAPABILITY Turn {
+ public:
+  explicit Turn(TurnQueue& turns) ACQUIRE(turns) : queue(turns) { queue.enter(); }
+  ~Turn() RELEASE() { queue.leave(); }
+  Turn(const Turn&) = delete;
+  Turn& operator=(const Turn&) = delete;
+
+ private:
+  TurnQueue& queue;
+};
+
+}  // namespace pavo
