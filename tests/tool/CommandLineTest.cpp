@@ -20,7 +20,7 @@ CommandLine parse(std::vector<const char*> arguments) {
 TEST(CommandLine, Globals_BeforeAndBehindTheVerb) {
   for (const auto& line : {parse({"--json", "--subscription", "-2", "--timeout", "0.5", "list"}),
                            parse({"list", "--json", "--subscription=-2", "--timeout=0.5"})}) {
-    EXPECT_EQ(line.verb, Verb::list);
+    EXPECT_EQ(line.verb, "list");
     EXPECT_TRUE(line.isJson);
     EXPECT_EQ(line.session.subscription, -2);
     EXPECT_EQ(line.session.timeout.count(), 500);
@@ -42,7 +42,7 @@ TEST(CommandLine, Attributes_All_ReachTheProfile) {
        "--auth",    "CHAP", "--home-ip",      "V4",  "--roam-ip",   "V6", "--types",    "MMS|DUN",
        "--class",   "APP",  "--clat",         "yes", "--emergency", "no", "--disabled", "on",
        "--max-pdn", "1",    "--max-pdn-time", "2",   "--wait",      "3"});
-  EXPECT_EQ(line.verb, Verb::modify);
+  EXPECT_EQ(line.verb, "modify");
   EXPECT_EQ(line.profileId, 3);
   EXPECT_EQ(line.attributes.dump(),
             "ApnName=Net,UserName=me,Password=p,AuthType=CHAP,HomeIPType=V4,RoamIPType=V6,"

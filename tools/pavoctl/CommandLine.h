@@ -6,17 +6,24 @@
 
 #include <string>
 
+#include "Errors.h"
 #include "Secrets.h"
 #include "Session.h"
 
 namespace pavoctl {
 
-enum class Verb { list, get, add, modify, remove, refresh, dump, watch, import };
+class Context;
+struct CommandLine;
+
+// Does what the command line asks for. Throws UsageError and Failure.
+using Action = ExitStatus (*)(const CommandLine& line, Context& context);
 
 struct CommandLine {
-  Verb verb = Verb::list;
   // When not empty: text to print instead of doing anything.
   std::string help;
+
+  std::string verb;
+  Action action = nullptr;
 
   Session::Options session;
   bool isJson = false;
@@ -30,6 +37,7 @@ struct CommandLine {
   bool isHeld = false;               // add, import
   std::string file;                  // import
   std::string plmn;                  // import
+  bool isTemporary = false;          // import: not persistent
   bool isDryRun = false;             // import
 
   // Throws UsageError.

@@ -6,7 +6,7 @@
 
 #include "ApnFile.h"
 #include "ApnMapping.h"
-#include "StopSignal.h"
+#include "Context.h"
 #include "Text.h"
 
 namespace pavoctl {
@@ -14,17 +14,18 @@ namespace {
 
 class Import {
  public:
-  Import(const CommandLine& commandLine, Output& out) : line(commandLine), output(out) {}
+  Import(const CommandLine& commandLine, Context& surroundings)
+      : line(commandLine), context(surroundings), output(surroundings.output) {}
 
   ExitStatus run() {
     const ApnFile file = readApnFile(line.file);
     const auto entries = entriesOfPlmn(file);
-    std::optional<StopSignal> stop;
+    StopSignal* stop = nullptr;
     if (!line.isDryRun) {
       if (line.isHeld) {
-        stop.emplace();
+        stop = &context.stopSignal();
       }
-      session.emplace(line.session);
+      session = &context.session(line.session);
     }
     for (const auto& remark : file.remarks) {
       note(remark.line, remark.text);
@@ -33,7 +34,7 @@ class Import {
       importEntry(*entry);
     }
     finish();
-    if (stop) {
+    if (stop != nullptr) {
       stop->wait();
       releaseAll();
     }
@@ -76,7 +77,7 @@ class Import {
       note(entry.line, "not added again: the same profile is " + *place);
       return;
     }
-    if (!session) {
+    if (session == nullptr) {
       report(entry, toJson(mapped.params, line.secrets), "would be added");
       return;
     }
@@ -102,7 +103,7 @@ class Import {
     if (!isNew) {
       return "that of line " + std::to_string(earlier->second);
     }
-    if (!session) {
+    if (session == nullptr) {
       return std::nullopt;
     }
     pavo::FilterProfileParams filter(params);
@@ -173,8 +174,9 @@ class Import {
   }
 
   const CommandLine& line;
+  Context& context;
   Output& output;
-  std::optional<Session> session;
+  Session* session = nullptr;  // None in a dry run.
   std::vector<Key> keys;
   std::map<std::string, unsigned long> lineOfProfile;
   std::string strayNote;
@@ -185,8 +187,8 @@ class Import {
 
 }  // namespace
 
-ExitStatus importFile(const CommandLine& line, Output& output) {
-  return Import(line, output).run();
+ExitStatus importFile(const CommandLine& line, Context& context) {
+  return Import(line, context).run();
 }
 
 }  // namespace pavoctl

@@ -1,13 +1,13 @@
-// Does what the command line asks for.
+// The verbs, by the rooms that declare and do them.
 #pragma once
 
-#include "CommandLine.h"
-#include "Errors.h"
-#include "Output.h"
+#include "VerbRegistry.h"
 
 namespace pavoctl {
 
-// Throws UsageError and Failure.
-ExitStatus runVerb(const CommandLine& line, Output& output);
+void declareList(VerbRegistry& verbs);
+void declareProfileVerbs(VerbRegistry& verbs);  // get, add, modify, delete
+void declareLibraryVerbs(VerbRegistry& verbs);  // refresh, dump, watch
+void declareImport(VerbRegistry& verbs);
 
 }  // namespace pavoctl

@@ -3,9 +3,9 @@
 #include <exception>
 
 #include "CommandLine.h"
+#include "Context.h"
 #include "Errors.h"
 #include "Output.h"
-#include "Verbs.h"
 
 int main(int argc, char** argv) {
   using namespace pavoctl;
@@ -21,7 +21,8 @@ int main(int argc, char** argv) {
       output.write(line.help);
       return exitDone;
     }
-    return runVerb(line, output);
+    Context context(output);
+    return line.action(line, context);
   } catch (const UsageError& error) {
     complain(error.what());
     return exitUsage;

@@ -1,0 +1,32 @@
+// What the verbs work with. One for a process: a verb on the command line has it for itself,
+// several verbs in one process share it, and with it one library, one cache.
+#pragma once
+
+#include <optional>
+
+#include "Output.h"
+#include "Session.h"
+#include "StopSignal.h"
+
+namespace pavoctl {
+
+class Context {
+ public:
+  explicit Context(Output& standardOutput) : output(standardOutput) {}
+
+  // Verbs that stay ask for it before they ask for the session: threads of the library that started
+  // earlier would let the signals end the process.
+  StopSignal& stopSignal();
+
+  // Starts the library with the first call's options; later calls get the same session. Throws
+  // Failure when there is no modem; the next call then tries again.
+  Session& session(const Session::Options& options);
+
+  Output& output;
+
+ private:
+  std::optional<StopSignal> stop;
+  std::optional<Session> running;
+};
+
+}  // namespace pavoctl

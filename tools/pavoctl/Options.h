@@ -1,0 +1,29 @@
+// Options that verbs share.
+#pragma once
+
+#include <pavo/ProfileParams.h>
+
+#include <functional>
+#include <string>
+
+namespace CLI {
+class App;
+class Option;
+}  // namespace CLI
+
+namespace pavoctl {
+
+using Taker = std::function<void(const std::string&)>;
+
+// An option with one value. The value reaches the taker untouched, also an empty one or one that
+// begins with a dash; CLI11's own conversions would change some.
+CLI::Option* addValue(CLI::App& app, const std::string& name, const std::string& kind,
+                      const std::string& help, Taker take);
+
+// The attributes of a profile, the same for every verb that takes them.
+void addAttributes(CLI::App& app, pavo::ProfileParams& params);
+
+// A profile's number, as the verb's argument.
+void addProfileId(CLI::App& app, int& id);
+
+}  // namespace pavoctl

@@ -1,0 +1,37 @@
+// Where the verbs' rooms declare what they can do.
+#pragma once
+
+#include <functional>
+#include <string>
+
+#include "CommandLine.h"
+
+namespace CLI {
+class App;
+}  // namespace CLI
+
+namespace pavoctl {
+
+class VerbRegistry {
+ public:
+  struct Verb {
+    std::string name;
+    std::string help;
+    std::string footer;  // What else there is to say, and examples.
+    Action action;
+  };
+  // Looks at the line as a whole, when it has been read and is the verb's; may throw UsageError.
+  using Check = std::function<void()>;
+
+  VerbRegistry(CLI::App& parser, CommandLine& parsed) : line(parsed), app(parser) {}
+
+  // The verb's options are to be added to what it returns, and to write into line.
+  CLI::App& add(const Verb& verb, Check check = {});
+
+  CommandLine& line;
+
+ private:
+  CLI::App& app;
+};
+
+}  // namespace pavoctl
