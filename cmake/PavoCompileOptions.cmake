@@ -12,4 +12,8 @@ if(PAVO_SANITIZE)
   add_link_options(-fsanitize=${PAVO_SANITIZE})
 endif()
 
+if(PAVO_FUZZ)
+  add_compile_options(-fsanitize=fuzzer-no-link)
+endif()
+
 find_package(Threads REQUIRED)

@@ -1,0 +1,55 @@
+// Runs a fuzz target over the files and folders that are given, once each: a corpus as a test.
+#include <cstdint>
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <set>
+#include <vector>
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size);
+
+namespace {
+
+std::set<std::filesystem::path> filesOf(const std::filesystem::path& given) {
+  if (!std::filesystem::is_directory(given)) {
+    return {given};
+  }
+  std::set<std::filesystem::path> files;
+  for (const auto& entry : std::filesystem::directory_iterator(given)) {
+    if (entry.is_regular_file()) {
+      files.insert(entry.path());
+    }
+  }
+  return files;
+}
+
+bool replay(const std::filesystem::path& path) {
+  std::ifstream file(path, std::ios::binary);
+  const std::vector<char> bytes{std::istreambuf_iterator<char>(file), {}};
+  if (!file.is_open() || file.bad()) {
+    std::fprintf(stderr, "cannot read %s\n", path.c_str());
+    return false;
+  }
+  // For who looks after a crash.
+  std::fprintf(stderr, "%s\n", path.c_str());
+  LLVMFuzzerTestOneInput(reinterpret_cast<const std::uint8_t*>(bytes.data()), bytes.size());
+  return true;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  std::size_t count = 0;
+  for (int i = 1; i < argc; ++i) {
+    for (const std::filesystem::path& path : filesOf(argv[i])) {
+      if (!replay(path)) {
+        return EXIT_FAILURE;
+      }
+      ++count;
+    }
+  }
+  std::fprintf(stderr, "%zu inputs replayed\n", count);
+  return count != 0 ? EXIT_SUCCESS : EXIT_FAILURE;
+}
