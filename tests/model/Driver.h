@@ -1,0 +1,49 @@
+// Runs random sequences of everything that a caller, other clients and the modem can do, on the
+// real library and a modem's process, and holds both against the model after every step.
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "World.h"
+
+namespace pavo::test::model {
+
+/// One step. What it does in detail follows from its seed and from what there is at that moment, so
+/// that a sequence makes sense also when steps are left out.
+struct Step {
+  unsigned int kind;
+  std::uint32_t seed;
+};
+
+struct Counts {
+  std::uint64_t steps = 0;
+  std::uint64_t checks = 0;
+  std::uint64_t refusals = 0;  // requests that the modem was told to refuse
+  std::uint64_t powerCycles = 0;
+  std::uint64_t listenerRuns = 0;
+  std::map<LeftBehind, std::uint64_t> leftBehind;
+};
+
+struct Outcome {
+  /// What differed, after which steps; empty when nothing did.
+  std::string difference;
+  std::vector<std::string> done;
+  std::vector<std::string> log;  // the library's last lines
+};
+
+std::vector<Step> stepsOf(std::uint64_t seed, std::size_t count);
+
+/// Runs the steps up to the first difference.
+Outcome run(const std::vector<Step>& steps, Counts& counts);
+
+/// The fewest steps that still differ, found by leaving some out.
+std::vector<Step> shrink(std::vector<Step> steps);
+
+/// Runs a seed; a difference comes back as text with the seed and the fewest steps that show it.
+std::string check(std::uint64_t seed, std::size_t count, Counts& counts);
+
+}  // namespace pavo::test::model

@@ -1,0 +1,17 @@
+// This program's __android_log_print: keeps the library's last lines and lets the driver wait for
+// one.
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace pavo::test::model {
+
+/// Forgets all lines.
+void clearLog();
+/// The lines since, the last few hundred.
+std::vector<std::string> recentLog();
+/// Waits until the library has written exactly this line; false when it does not within a second.
+bool awaitLine(const std::string& line);
+
+}  // namespace pavo::test::model

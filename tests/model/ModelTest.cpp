@@ -1,0 +1,30 @@
+// Two hundred random sequences, each of three hundred steps (a tenth of the sequences in builds
+// with a sanitizer), in ten tests so that they run side by side.
+#include <gtest/gtest.h>
+
+#include "Driver.h"
+#include "system/Stress.h"
+
+namespace pavo::test::model {
+namespace {
+
+constexpr int seeds = rounds(200);
+constexpr int tests = 10;
+constexpr std::size_t stepsPerSeed = 300;
+
+class ModelTest : public testing::TestWithParam<int> {};
+
+TEST_P(ModelTest, RandomSteps_AnySeed_LibraryAndModemAreAsTheModelSays) {
+  Counts counts;
+  for (int seed = GetParam(); seed < seeds; seed += tests) {
+    const std::string difference = check(static_cast<std::uint64_t>(seed), stepsPerSeed, counts);
+    ASSERT_EQ(difference, "");
+  }
+  RecordProperty("steps", std::to_string(counts.steps));
+  RecordProperty("checks", std::to_string(counts.checks));
+}
+
+INSTANTIATE_TEST_SUITE_P(Seeds, ModelTest, testing::Range(0, tests));
+
+}  // namespace
+}  // namespace pavo::test::model

@@ -1,0 +1,148 @@
+#include "Wishes.h"
+
+#include <array>
+
+namespace pavo::test::model {
+
+namespace {
+
+constexpr std::array names = {"internet", "ims", "IMS", "Mms.Net", "sos", ""};
+constexpr std::array typeSets = {0x1U, 0x2U, 0x40U, 0x41U, 0x200U, 0x8005U, 0U};
+
+template <typename Value, typename Set>
+void with(const json& wish, const char* name, const Set& set) {
+  if (wish.contains(name)) {
+    set(wish[name].get<Value>());
+  }
+}
+
+}  // namespace
+
+json Wishes::wish(int percent) {
+  json wish = json::object();
+  const auto maybe = [&](const char* name, const json& value) {
+    if (chance(percent)) {
+      wish[name] = value;
+    }
+  };
+  if (chance(percent + 30)) {
+    wish["apn"] = names.at(static_cast<std::size_t>(number(names.size())));
+  }
+  maybe("user", chance(50) ? "user" : "other");
+  maybe("password", chance(50) ? "secret" : "");
+  maybe("auth", number(4));
+  maybe("types", typeSets.at(static_cast<std::size_t>(number(typeSets.size()))));
+  maybe("class", 1 + number(4));
+  maybe("clat", chance(50));
+  maybe("home", ip());
+  maybe("roam", ip());
+  maybe("maxPdnPerBlock", number(3) * 10);
+  maybe("maxPdnTimer", number(3) * 100);
+  maybe("pdnWaitInterval", number(65536));
+  maybe("disabled", chance(50));
+  maybe("emergency", chance(50));
+  return wish;
+}
+
+Filter Wishes::filter() {
+  Filter filter{.wish = wish(/*percent=*/12)};
+  filter.criteria = chance(50) ? static_cast<unsigned int>(number(64)) : 0U;
+  if (chance(15)) {
+    filter.id = 1 + number(World::capacity);
+  }
+  if (chance(25)) {
+    filter.isPavo = chance(50);
+  }
+  if (chance(15)) {
+    filter.isIA = chance(50);
+  }
+  return filter;
+}
+
+json Wishes::modemProfile() {
+  json profile = wish(/*percent=*/35);
+  for (const char* const name : {"home", "roam", "types"}) {
+    profile.erase(name);
+  }
+  const auto maybe = [&](const char* name, const json& value) {
+    if (chance(40)) {
+      profile[name] = value;
+    }
+  };
+  maybe("pdpType", ip());
+  maybe("lteRoam", chance(20) ? "UNSPECIFIED" : ip());
+  maybe("umtsRoam", chance(20) ? "UNSPECIFIED" : ip());
+  maybe("overrideHome", chance(30) ? "UNSPECIFIED" : ip());
+  maybe("apnTypes", modemTypes(typeSets.at(static_cast<std::size_t>(number(typeSets.size())))) |
+                        (chance(20) ? 0x10000U : 0U));
+  maybe("persistent", chance(50));
+  maybe("name", std::array{"pavo_profile", "pavo_profile_ia", "PAVO_Profile", "own"}.at(
+                    static_cast<std::size_t>(number(4))));
+  return profile;
+}
+
+ProfileParams paramsOf(const json& wish) {
+  ProfileParams params;
+  with<std::string>(wish, "apn", [&](const auto& v) { params.setApnName(v); });
+  with<std::string>(wish, "user", [&](const auto& v) { params.setUserName(v); });
+  with<std::string>(wish, "password", [&](const auto& v) { params.setPassword(v); });
+  with<int>(wish, "auth", [&](int v) { params.setAuthType(static_cast<AuthType>(v)); });
+  with<unsigned int>(wish, "types", [&](unsigned int v) { params.setApnTypesMask(v); });
+  with<int>(wish, "class", [&](int v) { params.setApnClass(static_cast<ApnClass>(v)); });
+  with<bool>(wish, "clat", [&](bool v) { params.setIsClatEnabled(v); });
+  with<json>(wish, "home",
+             [&](const json& v) { params.setHomeIPType(static_cast<IPType>(ipBits(v))); });
+  with<json>(wish, "roam",
+             [&](const json& v) { params.setRoamIPType(static_cast<IPType>(ipBits(v))); });
+  with<int>(wish, "maxPdnPerBlock", [&](int v) { params.setMaxPdnsConnPerBlock(v); });
+  with<int>(wish, "maxPdnTimer", [&](int v) { params.setMaxPdnConnTimer(v); });
+  with<int>(wish, "pdnWaitInterval", [&](int v) { params.setPdnReqWaitInterval(v); });
+  with<bool>(wish, "disabled", [&](bool v) { params.setIsApnDisabled(v); });
+  with<bool>(wish, "emergency", [&](bool v) { params.setIsEmergencySupported(v); });
+  return params;
+}
+
+FilterProfileParams paramsOf(const Filter& filter) {
+  FilterProfileParams params;
+  static_cast<ProfileParams&>(params) = paramsOf(filter.wish);
+  params.addFilterMatchCriteria(filter.criteria);
+  if (filter.id) {
+    params.setFilterByProfileId(*filter.id);
+  }
+  if (filter.isPavo) {
+    params.setFilterByIsPavoProfile(*filter.isPavo);
+  }
+  if (filter.isIA) {
+    params.setFilterByIsIAProfile(*filter.isIA);
+  }
+  return params;
+}
+
+json viewOf(const ProfileParams& params) {
+  json view = json::object();
+  const auto tell = [&view](const char* name, bool isPresent, const json& value) {
+    if (isPresent) {
+      view[name] = value;
+    }
+  };
+  const auto ip = [](IPType type) { return ipName(static_cast<int>(type)); };
+  tell("apn", params.hasApnName(), params.getApnName());
+  tell("user", params.hasUserName(), params.getUserName());
+  tell("password", params.hasPassword(), params.getPassword());
+  tell("auth", params.hasAuthType(), static_cast<int>(params.getAuthType()));
+  tell("types", params.hasApnTypesMask(), params.getApnTypesMask());
+  tell("class", params.hasApnClass(), static_cast<int>(params.getApnClass()));
+  tell("clat", params.hasIsClatEnabled(), params.getIsClatEnabled());
+  tell("home", params.hasHomeIPType(), ip(params.getHomeIPType()));
+  tell("roam", params.hasRoamIPType(), ip(params.getRoamIPType()));
+  tell("maxPdnPerBlock", params.hasMaxPdnsConnPerBlock(), params.getMaxPdnsConnPerBlock());
+  tell("maxPdnTimer", params.hasMaxPdnConnTimer(), params.getMaxPdnConnTimer());
+  tell("pdnWaitInterval", params.hasPdnReqWaitInterval(), params.getPdnReqWaitInterval());
+  tell("disabled", params.hasIsApnDisabled(), params.getIsApnDisabled());
+  tell("emergency", params.hasIsEmergencySupported(), params.getIsEmergencySupported());
+  tell("isPavo", true, params.getIsPavoProfile());
+  tell("isIA", true, params.getIsIAProfile());
+  return view;
+}
+
+}  // namespace pavo::test::model

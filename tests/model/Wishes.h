@@ -1,0 +1,38 @@
+// Random profiles, from few values, so that they match, differ and clash.
+#pragma once
+
+#include <pavo/FilterProfileParams.h>
+
+#include <random>
+
+#include "World.h"
+
+namespace pavo::test::model {
+
+class Wishes {
+ public:
+  explicit Wishes(std::uint32_t seed) : dice(seed) {}
+
+  int number(int below) { return static_cast<int>(dice() % static_cast<unsigned int>(below)); }
+  bool chance(int percent) { return number(100) < percent; }
+
+  /// Each attribute with that probability.
+  json wish(int percent);
+  Filter filter();
+  /// As another client would create it over the control channel.
+  json modemProfile();
+
+ private:
+  const char* ip() { return ipName(1 + number(3)); }
+
+  std::mt19937 dice;
+};
+
+/// The same for the library.
+ProfileParams paramsOf(const json& wish);
+FilterProfileParams paramsOf(const Filter& filter);
+
+/// A client's view of a profile as the library tells it.
+json viewOf(const ProfileParams& params);
+
+}  // namespace pavo::test::model
