@@ -158,7 +158,7 @@ struct AttachSearch {
       return exact;
     }
     bool accepted = false;
-    const Key loose = findLoose(accepted);
+    Key loose = findLoose(accepted);
     if (accepted) {
       return loose;
     }
@@ -458,13 +458,13 @@ void Util::handleCombinedProfileUpdate(unsigned int mask, std::string apnName) n
 
 bool Util::updateByIpType(IPType type, unsigned int mask, std::string apnName) noexcept {
   FilterProfileParams filter;
-  filter.setApnName(apnName);
+  filter.setApnName(std::move(apnName));
   filter.setHomeIPType(type);
   const std::list<Key> keys = manager.filter(filter);
   if (keys.empty()) {
     LogWrapper::log(LogLevel::Debug, logTag,
                     "pavo no match found for apn name:%s, ip type:%d, tech type: THREE_GPP",
-                    apnName.c_str(), static_cast<int>(type));
+                    filter.getApnName().c_str(), static_cast<int>(type));
     return false;
   }
   ModifyProfileParams changes;
@@ -495,7 +495,7 @@ void Util::handleProfileUpdateByTechType(unsigned int v4Mask, unsigned int v6Mas
   // Without a V4V6 profile its types go to the other two, the V4 one also when it was asked
   // nothing.
   updateByIpType(IPType::V4, withV6 | v4Mask, apnName);
-  updateByIpType(IPType::V6, withV4 | v6Mask, apnName);
+  updateByIpType(IPType::V6, withV4 | v6Mask, std::move(apnName));
 }
 
 }  // namespace pavo
