@@ -98,7 +98,9 @@ bool ModemProfile::matchApnName(const FilterProfileParams& filter) const {
   const std::size_t length = std::min(wanted->size(), apnNameBytesMax);
   return apnName->size() == length &&
          std::equal(apnName->begin(), apnName->end(), wanted->begin(),
-                    [](char own, char other) { return own == convertToLower(other); });
+                    [](char own, char other) {
+                      return own == other || own == convertToLower(other);
+                    });
 }
 
 bool ModemProfile::match(const FilterProfileParams& filter) const {
