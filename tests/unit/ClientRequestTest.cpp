@@ -225,7 +225,7 @@ class RequestTraceTest : public StartedManagerTest {
   /// A key of the profile with the given index in its text: "7 token=<n>".
   std::shared_ptr<IProfileKey> addSeventh() {
     platform.setNextProfileIndex(profileIndex);
-    auto key = addProfile("ims");
+    auto key = add("ims");
     EXPECT_NE(key, nullptr);
     return key;
   }
@@ -236,7 +236,7 @@ class RequestTraceTest : public StartedManagerTest {
 };
 
 TEST_F(RequestTraceTest, AddProfile_Any_EntryLine) {
-  const auto key = addProfile("ims");
+  const auto key = add("ims");
   EXPECT_EQ(linesBeginning("Manager::addProfile >"),
             Lines{"Manager::addProfile > Add  persist=0: ApnName=ims,IsIAProfile=0,"});
   EXPECT_EQ(linesBeginning("Handling"),

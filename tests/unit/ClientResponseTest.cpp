@@ -124,7 +124,7 @@ class ResponseTraceTest : public StartedManagerTest {
 };
 
 TEST_F(ResponseTraceTest, AddProfile_Created_ExitLineWithTheKey) {
-  const auto key = addProfile("ims");
+  const auto key = add("ims");
   ASSERT_NE(key, nullptr);
   EXPECT_EQ(linesBeginning("Manager::addProfile <"),
             Lines{"Manager::addProfile < Add Success " + key->dump()});
@@ -132,15 +132,15 @@ TEST_F(ResponseTraceTest, AddProfile_Created_ExitLineWithTheKey) {
 
 TEST_F(ResponseTraceTest, AddProfile_RefusedByTheModem_SuccessWithoutAKey) {
   platform.rejectNext(OVIX_WDS_CREATE_PROFILE_REQ_V01);
-  EXPECT_EQ(addProfile("ims"), nullptr);
+  EXPECT_EQ(add("ims"), nullptr);
   EXPECT_EQ(linesBeginning("Manager::addProfile <"), Lines{"Manager::addProfile < Add Success "});
 }
 
 TEST_F(ResponseTraceTest, AnyOperation_DuringARefresh_FailureWithoutAResult) {
-  const auto key = addProfile("ims");
+  const auto key = add("ims");
   manager.refresh(PDC_REFRESH_STARTED);
   platform.clearCalls();
-  addProfile("other");
+  add("other");
   manager.modifyProfile(ModifyProfileParams(), key);
   manager.filter(FilterProfileParams());
   manager.match(FilterProfileParams(), key);
@@ -158,7 +158,7 @@ TEST_F(ResponseTraceTest, AnyOperation_DuringARefresh_FailureWithoutAResult) {
 }
 
 TEST_F(ResponseTraceTest, ModifyAndDelete_KnownAndEmptyKey_StatusOnly) {
-  const auto key = addProfile("ims");
+  const auto key = add("ims");
   ModifyProfileParams change;
   change.setPassword("x");
   manager.modifyProfile(change, key);
@@ -175,8 +175,8 @@ TEST_F(ResponseTraceTest, ModifyAndDelete_KnownAndEmptyKey_StatusOnly) {
 
 TEST_F(ResponseTraceTest, Filter_NoneAndTwo_KeysWithCommas) {
   manager.filter(byApnName("ims"));
-  const auto first = addProfile("ims");
-  const auto second = addProfile("ims");
+  const auto first = add("ims");
+  const auto second = add("ims");
   const auto found = manager.filter(byApnName("ims"));
   ASSERT_EQ(found.size(), 2U);
   EXPECT_EQ(linesBeginning("Manager::filter <"),
@@ -186,7 +186,7 @@ TEST_F(ResponseTraceTest, Filter_NoneAndTwo_KeysWithCommas) {
 }
 
 TEST_F(ResponseTraceTest, Match_YesNoAndEmptyKey_ResultInWords) {
-  const auto key = addProfile("ims");
+  const auto key = add("ims");
   manager.match(byApnName("ims"), key);
   manager.match(byApnName("other"), key);
   manager.match(byApnName("ims"), nullptr);
@@ -196,7 +196,7 @@ TEST_F(ResponseTraceTest, Match_YesNoAndEmptyKey_ResultInWords) {
 }
 
 TEST_F(ResponseTraceTest, GetProfile_KnownAndEmptyKey_AttributesOrNothing) {
-  const auto key = addProfile("ims");
+  const auto key = add("ims");
   manager.getProfile(key);
   manager.getProfile(nullptr);
   EXPECT_EQ(linesBeginning("Manager::getProfile <"),

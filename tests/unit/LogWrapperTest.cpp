@@ -219,7 +219,7 @@ class LoggedOperationTest : public StartedManagerTest {};
 
 TEST_F(LoggedOperationTest, AnyOperation_AndroidLog_TagFormatAndPriorities) {
   platform.rejectNext(OVIX_WDS_CREATE_PROFILE_REQ_V01);
-  addProfile("ims");
+  add("ims");
   const std::pair<const char*, int> cases[] = {
       {"EventManager::wake() EX", LogVerbose},
       {":77:handleClientRequest", LogDebug},

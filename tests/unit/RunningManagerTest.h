@@ -1,4 +1,4 @@
-// The fixture of tests that go through a Manager whose worker runs against the fake platform.
+// The fixture of tests of what a manager in operation does and logs.
 #pragma once
 
 #include <pavo/Manager.h>
@@ -12,8 +12,8 @@
 #include <vector>
 
 #include "CapturingLogWriter.h"
-#include "FakePlatformTest.h"
 #include "MessageBytes.h"
+#include "StartedManagerTest.h"
 
 namespace pavo::test {
 
@@ -45,15 +45,10 @@ struct CacheDump {
   }
 };
 
-class RunningManagerTest : public FakePlatformTest {
+/// Captures the log instead, whose own levels tell High from Info.
+class RunningManagerTest : public StartedManagerTest {
  protected:
-  RunningManagerTest() {
-    manager.init(/*subscription=*/0, /*useAndroidLog=*/true);
-    EXPECT_TRUE(platform.waitForRegistration());
-    platform.clearCalls();
-    // Instead of the Android log, whose priorities do not tell High from Info.
-    log = std::make_unique<CapturingLogWriter>();
-  }
+  RunningManagerTest() : log(std::make_unique<CapturingLogWriter>()) {}
 
   /// The High and Error lines since the last call, the latter with "Error: " in front.
   Lines takeKeptLines() {
@@ -85,12 +80,6 @@ class RunningManagerTest : public FakePlatformTest {
     const std::size_t before = lineCount(queueIsEmpty);
     ASSERT_TRUE(platform.indicateProfileChanged(index, event));
     ASSERT_TRUE(waitForLine(queueIsEmpty, before + 1));
-  }
-
-  Key add(const std::string& apnName, bool isPersistent = false, bool isIAProfile = false) {
-    AddProfileParams params(isPersistent, isIAProfile);
-    params.setApnName(apnName);
-    return manager.addProfile(params);
   }
 
   /// A new profile whose indications have come.
@@ -133,7 +122,6 @@ class RunningManagerTest : public FakePlatformTest {
   Lines cached() { return CacheDump::of(manager.dump()).cache; }
   Lines pending() { return CacheDump::of(manager.dump()).pending; }
 
-  Manager manager;
   std::unique_ptr<CapturingLogWriter> log;
 };
 

@@ -3,7 +3,10 @@
 
 #include <pavo/Manager.h>
 
+#include <memory>
+#include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "FakePlatformTest.h"
@@ -14,10 +17,11 @@ namespace pavo::test {
 /// record starts empty.
 class StartedManagerTest : public FakePlatformTest {
  protected:
-  void SetUp() override {
+  explicit StartedManagerTest(std::shared_ptr<Manager> theManager = std::make_shared<Manager>())
+      : owner(std::move(theManager)), manager(*owner) {
     manager.init(/*subscription=*/0, /*useAndroidLog=*/true);
     // The last line of the registration, after which the worker has nothing to do.
-    ASSERT_TRUE(platform.waitForLog("OvixWdsProxy config register request successful!"));
+    EXPECT_TRUE(platform.waitForLog("OvixWdsProxy config register request successful!"));
     platform.clearCalls();
   }
 
@@ -33,8 +37,9 @@ class StartedManagerTest : public FakePlatformTest {
   }
 
   /// A profile of the library's, at the modem's next index.
-  std::shared_ptr<IProfileKey> addProfile(const std::string& apnName) {
-    AddProfileParams params(/*isPersistent=*/false, /*isIAProfile=*/false);
+  std::shared_ptr<IProfileKey> add(const std::string& apnName, bool isPersistent = false,
+                                   bool isIAProfile = false) {
+    AddProfileParams params(isPersistent, isIAProfile);
     params.setApnName(apnName);
     return manager.addProfile(params);
   }
@@ -50,7 +55,8 @@ class StartedManagerTest : public FakePlatformTest {
     return keys.size() == 1 ? manager.getProfile(keys.front()) : std::nullopt;
   }
 
-  Manager manager;
+  const std::shared_ptr<Manager> owner;
+  Manager& manager;
 };
 
 }  // namespace pavo::test
