@@ -4,6 +4,7 @@
 
 #include <cstddef>
 #include <string>
+#include <thread>
 #include <vector>
 
 namespace pavo::test {
@@ -12,6 +13,8 @@ struct AndroidLogLine {
   int priority;
   std::string tag;
   std::string message;
+  /// The thread that logs.
+  std::thread::id thread = std::this_thread::get_id();
 };
 
 /// The process's log; any thread. It grows for the length of a test and is emptied between them.

@@ -46,13 +46,6 @@ IPType ipType(const std::string& name) {
                           : IPType::UNKNOWN;
 }
 
-std::string lowered(std::string text) {
-  for (char& c : text) {
-    c = c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
-  }
-  return text;
-}
-
 template <typename Value, typename Use>
 void with(const json& profile, const char* name, const Use& use) {
   if (profile.contains(name)) {
@@ -77,6 +70,13 @@ std::optional<IPType> roamType(const json& profile) {
 }
 
 }  // namespace
+
+std::string lowered(std::string text) {
+  for (char& c : text) {
+    c = c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+  }
+  return text;
+}
 
 ModemTable tableOf(ModemProcess& modem) {
   ModemTable table;

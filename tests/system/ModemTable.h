@@ -18,6 +18,9 @@ using ModemTable = std::map<int, nlohmann::json>;
 
 ModemTable tableOf(ModemProcess& modem);
 
+/// In lower case, ASCII letters only, as the library keeps names.
+std::string lowered(std::string text);
+
 /// The attributes that a client reads of a profile that the modem keeps like this, the library's
 /// two flags included.
 ProfileParams paramsOf(const nlohmann::json& profile);

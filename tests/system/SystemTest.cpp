@@ -45,6 +45,8 @@ FilterProfileParams byId(int profileId) {
   return params;
 }
 
+std::shared_ptr<Manager> ownManager() { return std::make_shared<Manager>(); }
+
 void onThreads(int count, const std::function<void(int)>& work) {
   std::vector<std::thread> threads;
   for (int i = 0; i < count; ++i) {
@@ -55,11 +57,12 @@ void onThreads(int count, const std::function<void(int)>& work) {
   }
 }
 
-SystemTest::SystemTest(ModemProcessOptions options)
+SystemTest::SystemTest(ModemProcessOptions options, std::shared_ptr<Manager> (*theMaker)())
     : log(AndroidLog::instance()),
       modem(std::move(options)),
       environment(modem.socketPath()),
-      manager(std::make_unique<Manager>()) {
+      manager(theMaker()),
+      makeManager(theMaker) {
   log.clear();
 }
 
@@ -70,7 +73,8 @@ void SystemTest::connect(int subscription) {
   awaitRegistered();
   if (wasToldOfAbsence()) {
     settle();
-    manager = std::make_unique<Manager>();
+    manager.reset();
+    manager = makeManager();
     control("clear-transcript");
     manager->init(subscription, /*useAndroidLog=*/true);
     awaitRegistered();

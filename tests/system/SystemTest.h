@@ -27,12 +27,17 @@ AddProfileParams persistentProfile(const std::string& apn);
 FilterProfileParams byApn(const std::string& apn);
 FilterProfileParams byId(int profileId);
 
+/// A Manager of the test's own.
+std::shared_ptr<Manager> ownManager();
+
 /// Runs work(i) on count threads at once and waits for all of them.
 void onThreads(int count, const std::function<void(int)>& work);
 
 class SystemTest : public testing::Test {
  protected:
-  explicit SystemTest(ModemProcessOptions options = {});
+  /// @param makeManager makes the Manager under test; processWideManager for the instance
+  explicit SystemTest(ModemProcessOptions options = {},
+                      std::shared_ptr<Manager> (*makeManager)() = ownManager);
   ~SystemTest() override;
 
   /// Initialises the library and waits until the modem knows it. The cache is empty and stays so
@@ -75,11 +80,12 @@ class SystemTest : public testing::Test {
   AndroidLog& log;
   ModemProcess modem;
   const ModemEnvironment environment;
-  std::unique_ptr<Manager> manager;
+  std::shared_ptr<Manager> manager;
 
  private:
   bool wasToldOfAbsence();
 
+  std::shared_ptr<Manager> (*const makeManager)();
   int fence = 0;
 };
 
