@@ -25,7 +25,7 @@ bool Connection::nextFrame(Frame& frame) {
   }
   const FrameReader::Status status = reader.next(frame);
   if (status == FrameReader::Status::Broken) {
-    close("broken frame: " + reader.reason());
+    close(Ender::Modem, "broken frame: " + reader.reason());
   }
   return status == FrameReader::Status::Ready;
 }
@@ -38,7 +38,7 @@ void Connection::send(const Frame& frame) {
   output.insert(output.end(), bytes.begin(), bytes.end());
   flush();
   if (output.size() - outputDone > outputBytesMax) {
-    close("it does not read what it is sent");
+    close(Ender::Modem, "it does not read what it is sent");
   }
 }
 
@@ -51,9 +51,9 @@ void Connection::flush() {
     } else if (errno == EAGAIN) {
       break;
     } else if (errno == EPIPE || errno == ECONNRESET) {
-      close("");  // It has left, as clients do.
+      close(Ender::Client, "");  // It has left, as clients do.
     } else if (errno != EINTR) {
-      close(std::string("cannot send: ") + std::strerror(errno));
+      close(Ender::Client, std::string("cannot send: ") + std::strerror(errno));
     }
   }
   // Moving the rest to the front each time would cost a slow reader's backlog over and over.
@@ -66,8 +66,9 @@ void Connection::flush() {
   }
 }
 
-void Connection::close(std::string why) {
+void Connection::close(Ender who, std::string why) {
   if (isOpen()) {
+    ender = who;
     reason = std::move(why);
     fd.reset();
   }

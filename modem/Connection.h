@@ -11,8 +11,8 @@
 #include <string>
 #include <vector>
 
+#include "ClientHandler.h"
 #include "Frame.h"
-#include "Modem.h"
 #include "UniqueFd.h"
 
 namespace modem {
@@ -39,8 +39,10 @@ class Connection {
   void send(const Frame& frame);
   void flush();
 
-  void close(std::string why);
+  // why is empty when nobody is to be blamed.
+  void close(Ender who, std::string why);
   const std::string& closeReason() const { return reason; }
+  Ender endedBy() const { return ender; }
 
   bool isMidFrame() const { return reader.isMidFrame(); }
 
@@ -53,6 +55,7 @@ class Connection {
   std::vector<uint8_t> output;
   size_t outputDone = 0;
   std::string reason;
+  Ender ender = Ender::Client;
 };
 
 }  // namespace modem

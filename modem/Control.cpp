@@ -21,7 +21,6 @@ namespace {
 constexpr size_t listBytesMax = 32 << 10;
 static_assert(Transcript::entryJsonBytesMax <= listBytesMax);
 static_assert(2 * listBytesMax <= framePayloadBytesMax);
-constexpr uint64_t offMsMax = 3'600'000;
 
 uint64_t requiredNumber(const json& args, const std::string& name, uint64_t max) {
   if (!args.contains(name)) {
@@ -82,9 +81,10 @@ const Control::Verb* Control::findVerb(std::string_view name) {
       {"modify", &Control::modify, {"index"}, /*takesSettings=*/true},
       {"delete", &Control::erase, {"index"}},
       {"indicate", &Control::indicate, {"event", "index"}},
-      {"power-cycle", &Control::powerCycle, {"offMs"}},
+      {"power-cycle", &Control::powerCycle, {"offMs", "onMs", "times"}},
       {"fail", &Control::fail, {}, /*takesSettings=*/false, /*judgesArgumentsItself=*/true},
-      {"faults", &Control::listFaults, {}},
+      {"script", &Control::script, {}, /*takesSettings=*/false, /*judgesArgumentsItself=*/true},
+      {"faults", &Control::listFaults, {"since"}},
       {"clear", &Control::clearFaults, {}},
       {"transcript", &Control::showTranscript, {"since"}},
       {"clear-transcript", &Control::clearTranscript, {}},
@@ -183,21 +183,35 @@ json Control::indicate(const json& args) {
 
 json Control::powerCycle(const json& args) {
   requireOn();
-  const uint64_t offMs =
-      args.contains("offMs") ? numberFromJson(args["offMs"], offMsMax, "offMs") : 0;
-  host.powerCycle(std::chrono::milliseconds(offMs));
+  host.powerCycle(powerCycleFromJson(args));
   return {{"on", modem.isOn()}, {"boot", modem.bootNumber()}};
 }
 
 json Control::fail(const json& args) {
-  faults.add(args);
+  faults.add(faultFromJson(args));
   return json::object();
 }
 
-json Control::listFaults(const json&) { return {{"faults", faults.toJson()}}; }
+json Control::script(const json& args) {
+  faults.replace(faultScriptFromJson(args));
+  return json::object();
+}
+
+json Control::listFaults(const json& args) {
+  json reply = json::object();
+  PagedList list(reply, "faults");
+  const json pending = faults.toJson();
+  for (uint64_t at = sinceOf(args); at < pending.size(); ++at) {
+    if (!list.add(at, pending[at])) {
+      break;
+    }
+  }
+  return reply;
+}
 
 json Control::clearFaults(const json&) {
   faults.clear();
+  host.releaseHeldBack();
   return json::object();
 }
 

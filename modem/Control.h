@@ -4,7 +4,6 @@
 // frame come in pieces: a reply with "more" is continued by the same verb with more.since.
 #pragma once
 
-#include <chrono>
 #include <nlohmann/json.hpp>
 #include <string_view>
 #include <vector>
@@ -19,8 +18,10 @@ namespace modem {
 class ControlHost {
  public:
   virtual void deliver(const std::vector<Indication>& indications) = 0;
-  // Closes every client's connection; the power is back after offTime. Throws FileError.
-  virtual void powerCycle(std::chrono::milliseconds offTime) = 0;
+  // Closes every client's connection each time. Throws FileError when the power stays on.
+  virtual void powerCycle(const PowerCycle& cycle) = 0;
+  // Sends the indications that a fault has kept back.
+  virtual void releaseHeldBack() = 0;
   virtual bool canQuit() const = 0;
   virtual void quit() = 0;
   virtual ~ControlHost() = default;
@@ -45,6 +46,7 @@ class Control {
   Json indicate(const Json& args);
   Json powerCycle(const Json& args);
   Json fail(const Json& args);
+  Json script(const Json& args);
   Json listFaults(const Json& args);
   Json clearFaults(const Json& args);
   Json showTranscript(const Json& args);

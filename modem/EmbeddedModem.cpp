@@ -9,6 +9,7 @@
 #include <utility>
 
 #include "Server.h"
+#include "Service.h"
 #include "UniqueFd.h"
 
 namespace modem {
@@ -16,13 +17,13 @@ namespace modem {
 namespace {
 
 // Runs the thread with all signals blocked: they belong to the program, which knows nothing of it.
-void startServing(Server& server) {
+void startServing(Server& server, Service& service) {
   sigset_t all;
   sigset_t before;
   sigfillset(&all);
   pthread_sigmask(SIG_SETMASK, &all, &before);
   try {
-    std::thread([&server] { server.run(); }).detach();
+    std::thread([&server, &service] { server.run(service); }).detach();
   } catch (...) {
     pthread_sigmask(SIG_SETMASK, &before, nullptr);
     throw;
@@ -34,7 +35,9 @@ void startServing(Server& server) {
 Server& embeddedServer() {
   static Server& server = []() -> Server& {
     auto fresh = std::make_unique<Server>(Server::Options{});
-    startServing(*fresh);
+    auto service = std::make_unique<Service>(Service::Options{}, *fresh);
+    startServing(*fresh, *service);
+    service.release();
     return *fresh.release();
   }();
   return server;

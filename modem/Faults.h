@@ -1,59 +1,54 @@
-// What the modem was told to do wrong, and how often still.
+// What the modem was told to do wrong, and when still.
 //
-// A fault says when (which requests), how often and what. Faults are tried in the order in which
-// they were added; a request meets one at most. A further kind of fault is one more alternative of
-// Effect, its row in the table of Faults.cpp and its case where the server acts on it.
+// Every fault counts the subjects that its selector picks and its effect can befall. A subject
+// meets one fault at most, the first in the order of adding that is due. What the dice decide
+// depends on the seeds and on the order of the subjects only, so that the same script and the same
+// requests make the same faults.
 #pragma once
 
-#include <chrono>
 #include <cstddef>
 #include <cstdint>
 #include <nlohmann/json.hpp>
 #include <optional>
-#include <string>
-#include <variant>
+#include <random>
 #include <vector>
+
+#include "Fault.h"
+#include "FaultJson.h"
 
 namespace modem {
 
-// Refuses without looking at the request.
-struct AnswerError {
-  int32_t result;
-  int32_t error;
-};
-// Loses the request: nothing is done, nothing is answered.
-struct StaySilent {};
-// Takes up the request later; other requests go ahead meanwhile.
-struct AnswerLate {
-  std::chrono::milliseconds delay;
-};
-
-using Effect = std::variant<AnswerError, StaySilent, AnswerLate>;
-
-struct Fault {
-  std::optional<uint16_t> messageId;  // empty: any request
-  uint32_t timesLeft = 1;
-  Effect effect;
-};
-
 class Faults {
  public:
-  static constexpr size_t pendingMax = 64;  // so that all of them can be told in one reply
+  // Behind those that there are. Throws JsonError when there are too many.
+  void add(const Fault& fault);
+  // In their place, with the script's seed or else 0.
+  void replace(const FaultScript& script);
 
-  // From the arguments of the control verb; throws JsonError and then adds nothing.
-  void add(const nlohmann::json& args);
+  // What befalls this subject; uses up one time of the fault.
+  std::optional<Effect> take(Subject subject);
 
-  // What befalls this request; uses up one time of the fault.
-  std::optional<Effect> take(uint16_t messageId);
-
+  // Those that are not used up, as what is left of them.
   nlohmann::json toJson() const;
-  void clear() { pending.clear(); }
+  // Forgets them, but not the seed.
+  void clear();
 
  private:
-  std::vector<Fault> pending;
-};
+  struct Pending {
+    Fault fault;
+    std::mt19937_64 dice;
 
-// "error", "silent" or "delayMs", as the control verb calls it.
-std::string effectName(const Effect& effect);
+    bool counts(Subject subject) const;
+    // Counts the subject; true when this fault takes effect unless another one has.
+    bool isDue();
+    bool isUsedUp() const { return fault.trigger.times == 0u; }
+  };
+
+  uint64_t nextSeed();
+
+  std::vector<Pending> pending;
+  uint64_t seed = 0;
+  uint64_t added = 0;  // since the last clear()
+};
 
 }  // namespace modem

@@ -65,7 +65,7 @@ FrameReader::Status FrameReader::next(Frame& frame) {
     return fail("payload of " + std::to_string(payloadBytes) + " bytes, at most " +
                 std::to_string(framePayloadBytesMax) + " are allowed");
   }
-  if (header[4] > static_cast<uint8_t>(FrameKind::Hello)) {
+  if (header[4] > static_cast<uint8_t>(FrameKind::UncheckedResponse)) {
     return fail("unknown frame kind " + std::to_string(header[4]));
   }
   if (header[5] != protocolVersion) {

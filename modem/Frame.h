@@ -23,6 +23,9 @@ enum class FrameKind : uint8_t {
   ControlRequest = 3,
   ControlResponse = 4,
   Hello = 5,
+  // A response that the messaging library hands on unjudged: a text that fills its place gets no
+  // terminator, and a list's count comes as the modem said. For a library that trusts its modem.
+  UncheckedResponse = 6,
 };
 
 struct Frame {

@@ -19,7 +19,17 @@ constexpr std::array<MessageName, 9> names = {{
     {profileChanged, "profile-changed"},
 }};
 
+constexpr std::array<EventName, 5> events = {{
+    {eventCreate, "create"},
+    {eventDelete, "delete"},
+    {eventModify, "modify"},
+    {eventSubscriptionChange, "subscription-change"},
+    {eventReady, "ready"},
+}};
+
 }  // namespace
+
+std::span<const EventName> eventNames() { return events; }
 
 std::span<const MessageName> messageNames() { return names; }
 

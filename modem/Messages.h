@@ -80,4 +80,12 @@ std::optional<uint16_t> messageIdOf(std::string_view name);
 
 std::string_view errorName(ErrorCode code);
 
+struct EventName {
+  uint32_t event;
+  std::string_view name;
+};
+
+// The events that a modem tells of.
+std::span<const EventName> eventNames();
+
 }  // namespace modem

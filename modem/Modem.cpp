@@ -72,7 +72,8 @@ Modem::Modem(Options options)
     : ownProfiles(std::move(options.ownProfiles)),
       store(std::move(options.store)),
       table(options.capacity),
-      boot(std::random_device{}()) {
+      // The first power-up counts, too.
+      boot((options.boot ? *options.boot : std::random_device{}()) - 1) {
   remembered = store ? loadStore() : persistentOf(ownProfiles);
   powerUp();
 }
@@ -117,7 +118,7 @@ Outcome Modem::handle(ClientNumber number, uint16_t messageId, std::span<const u
   if (client.readyIsDue && client.isRegistered()) {
     client.readyIsDue = false;
     outcome.indications.push_back(
-        {number, eventPayload({.event = eventReady, .index = profileIndexAny})});
+        {number, eventReady, eventPayload({.event = eventReady, .index = profileIndexAny})});
   }
   return outcome;
 }
@@ -294,7 +295,7 @@ std::vector<Indication> Modem::raiseAll(std::span<const ProfileEvent> events) co
   for (const ProfileEvent& event : events) {
     for (const auto& [number, client] : clients) {
       if (client.wants(event)) {
-        indications.push_back({number, eventPayload(event)});
+        indications.push_back({number, event.event, eventPayload(event)});
       }
     }
   }

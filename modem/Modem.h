@@ -19,14 +19,13 @@
 #include <span>
 #include <vector>
 
+#include "ClientHandler.h"
 #include "FieldReader.h"
 #include "Messages.h"
 #include "ProfileTable.h"
 #include "Store.h"
 
 namespace modem {
-
-using ClientNumber = uint32_t;
 
 struct ProfileEvent {
   uint32_t event;
@@ -36,6 +35,7 @@ struct ProfileEvent {
 // A profile-changed indication on its way to one client.
 struct Indication {
   ClientNumber client;
+  uint32_t event;
   std::vector<uint8_t> payload;
 };
 
@@ -49,8 +49,9 @@ class Modem {
  public:
   struct Options {
     size_t capacity = ProfileTable::capacityDefault;
-    ProfilesByIndex ownProfiles;   // of the profile file
-    std::unique_ptr<Store> store;  // null: persistent profiles are kept in memory
+    ProfilesByIndex ownProfiles;        // of the profile file
+    std::unique_ptr<Store> store;       // null: persistent profiles are kept in memory
+    std::optional<uint32_t> boot = {};  // the first boot number; empty: a random one
   };
 
   // Powers up. Throws FileError when the store cannot be read or written.

@@ -1,17 +1,11 @@
 #include "ProfileFile.h"
 
-#include <fcntl.h>
-#include <unistd.h>
-
-#include <cerrno>
-#include <cstring>
 #include <nlohmann/json.hpp>
 #include <utility>
 #include <vector>
 
 #include "ProfileJson.h"
 #include "Refusal.h"
-#include "UniqueFd.h"
 
 namespace modem {
 
@@ -65,23 +59,6 @@ std::vector<Entry> readEntries(const json& document, size_t capacity) {
   return entries;
 }
 
-std::optional<std::string> readFile(const std::string& path) {
-  const UniqueFd fd(open(path.c_str(), O_RDONLY | O_CLOEXEC));
-  if (!fd.isOpen() && errno == ENOENT) {
-    return std::nullopt;
-  }
-  std::string text;
-  char chunk[4096];
-  ssize_t count = -1;
-  while (fd.isOpen() && (count = read(fd.get(), chunk, sizeof chunk)) > 0) {
-    text.append(chunk, static_cast<size_t>(count));
-  }
-  if (count < 0) {
-    throw FileError(path + ": cannot read: " + std::strerror(errno));
-  }
-  return text;
-}
-
 ProfilesByIndex numbered(std::vector<Entry> entries, size_t capacity) {
   ProfileTable table(capacity);
   for (Entry& entry : entries) {
@@ -108,7 +85,7 @@ ProfilesByIndex numbered(std::vector<Entry> entries, size_t capacity) {
 }  // namespace
 
 std::optional<ProfilesByIndex> readProfileFile(const std::string& path, size_t capacity) {
-  const auto text = readFile(path);
+  const auto text = readFileIfAny(path);
   if (!text) {
     return std::nullopt;
   }

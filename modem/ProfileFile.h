@@ -3,18 +3,12 @@
 #pragma once
 
 #include <optional>
-#include <stdexcept>
 #include <string>
 
+#include "File.h"
 #include "ProfileTable.h"
 
 namespace modem {
-
-// What is wrong with a file, in one line that names the file and the place.
-class FileError : public std::runtime_error {
- public:
-  using std::runtime_error::runtime_error;
-};
 
 // Every profile has an index from 1 to the capacity, its own or else the lowest that no other one
 // asks for. Empty when there is no such file; FileError when it cannot be read or is wrong.

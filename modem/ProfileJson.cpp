@@ -161,6 +161,14 @@ uint64_t numberFromJson(const json& value, uint64_t max, const std::string& what
   return value.get<uint64_t>();
 }
 
+uint32_t countFromJson(const json& value, uint64_t max, const std::string& what) {
+  const uint64_t count = numberFromJson(value, max, what);
+  if (count == 0) {
+    throw JsonError(what + " has to be at least 1");
+  }
+  return static_cast<uint32_t>(count);
+}
+
 std::string dumpLine(const json& value) {
   return value.dump(/*indent=*/-1, /*indent_char=*/' ', /*ensure_ascii=*/false,
                     json::error_handler_t::replace);

@@ -35,6 +35,9 @@ std::string hexOf(std::span<const uint8_t> bytes);
 // A whole number of at most `max`; JsonError names `what` when value is anything else.
 uint64_t numberFromJson(const nlohmann::json& value, uint64_t max, const std::string& what);
 
+// The same from 1 on.
+uint32_t countFromJson(const nlohmann::json& value, uint64_t max, const std::string& what);
+
 // One line of JSON; whatever is no UTF-8 in it is replaced, so that this cannot fail.
 std::string dumpLine(const nlohmann::json& value);
 

@@ -11,7 +11,6 @@
 #include <string_view>
 #include <utility>
 
-#include "FieldWriter.h"
 #include "LocalSocket.h"
 #include "ProfileJson.h"
 
@@ -23,28 +22,19 @@ namespace {
 // otherwise the same connection would wake the loop without end.
 constexpr std::chrono::milliseconds acceptPause(100);
 
-template <typename... Cases>
-struct Overloaded : Cases... {
-  using Cases::operator()...;
-};
-template <typename... Cases>
-Overloaded(Cases...) -> Overloaded<Cases...>;
-
 }  // namespace
 
 Server::Server(Options options)
-    : modem(std::move(options.modem)),
-      control(modem, faults, transcript, *this),
-      listenFd(options.listenFd),
-      quitAllowed(options.canQuit),
-      complain(std::move(options.complain)),
+    : listenFd(options.listenFd),
+      complaints(std::move(options.complain)),
       wake(eventfd(/*initval=*/0, EFD_CLOEXEC | EFD_NONBLOCK)) {
   if (!wake.isOpen()) {
     throw SocketError(std::string("cannot make an eventfd: ") + std::strerror(errno));
   }
 }
 
-void Server::run() {
+void Server::run(ClientHandler& clientHandler) {
+  handler = &clientHandler;
   while (!isStopping) {
     waitForEvents();
     runTimers();
@@ -118,7 +108,7 @@ void Server::acceptAll() {
     }
     if (connections.size() < connectionsMax) {
       connections.push_back(std::make_unique<Connection>(std::move(socket)));
-    } else if (complain) {
+    } else {
       complain("a connection was turned away, there are " + std::to_string(connectionsMax));
     }
   }
@@ -131,7 +121,7 @@ void Server::serve(Connection& connection) {
     onFrame(connection, frame);
   }
   if (!isMore) {
-    connection.close(connection.isMidFrame() ? "it ended inside a frame" : "");
+    connection.close(Ender::Client, connection.isMidFrame() ? "it ended inside a frame" : "");
   }
 }
 
@@ -140,21 +130,22 @@ void Server::sweepClosed() {
     if (connection->isOpen()) {
       continue;
     }
-    if (connection->role == Role::Client) {
-      modem.removeClient(connection->client);
+    const bool isClient = connection->role == Role::Client;
+    if (isClient) {
+      handler->onEnd(connection->client, connection->endedBy());
     }
-    if (complain && !connection->closeReason().empty()) {
-      const std::string who = connection->role == Role::Client
-                                  ? "client " + std::to_string(connection->client)
-                                  : "a connection";
-      complain(who + " was closed: " + connection->closeReason());
+    if (!connection->closeReason().empty()) {
+      complain((isClient ? "client " + std::to_string(connection->client) : "a connection") +
+               " was closed: " + connection->closeReason());
     }
   }
   std::erase_if(connections, [](const auto& connection) { return !connection->isOpen(); });
 }
 
 void Server::runTimers() {
-  while (!timers.empty() && timers.begin()->first <= Clock::now()) {
+  // Those that the actions add wait for the next round, however soon they are due.
+  const Clock::time_point now = Clock::now();
+  while (!timers.empty() && timers.begin()->first <= now) {
     const auto action = std::move(timers.extract(timers.begin()).mapped());
     action();
   }
@@ -174,13 +165,14 @@ void Server::onFrame(Connection& connection, const Frame& frame) {
     onFirstFrame(connection, frame);
   } else if (connection.role == Role::Client && frame.kind == FrameKind::Request &&
              frame.transaction != 0) {
-    onRequest(connection, frame);
+    handler->onRequest(connection.client, frame);
   } else if (connection.role == Role::Control && frame.kind == FrameKind::ControlRequest) {
     onControl(connection, frame);
   } else {
-    connection.close("a frame of kind " + std::to_string(static_cast<int>(frame.kind)) +
-                     " and transaction " + std::to_string(frame.transaction) +
-                     " has no place here");
+    connection.close(Ender::Modem, "a frame of kind " +
+                                       std::to_string(static_cast<int>(frame.kind)) +
+                                       " and transaction " + std::to_string(frame.transaction) +
+                                       " has no place here");
   }
 }
 
@@ -190,27 +182,20 @@ void Server::onFirstFrame(Connection& connection, const Frame& frame) {
     onControl(connection, frame);
     return;
   }
-  if (frame.kind != FrameKind::Hello || frame.payload.size() != 1) {
-    connection.close("the first frame is neither a hello nor a control request");
-    return;
-  }
-  if (!modem.isOn()) {
-    connection.close("");
+  const auto hello = frame.kind == FrameKind::Hello ? decodeHello(frame.payload) : std::nullopt;
+  if (!hello) {
+    connection.close(Ender::Modem, "the first frame is neither a hello nor a control request");
     return;
   }
   connection.role = Role::Client;
   connection.client = ++lastClient;
-  transcript.add(Direction::In, connection.client, frame);
-  modem.addClient(connection.client, /*sawAbsence=*/frame.payload[0] != 0);
-  Frame hello{.kind = FrameKind::Hello, .messageId = 0, .transaction = 0, .payload = {}};
-  FieldWriter::appendNumber(hello.payload, modem.bootNumber());
-  sendToClient(connection, std::move(hello));
+  handler->onHello(connection.client, *hello);
 }
 
 void Server::onControl(Connection& connection, const Frame& frame) {
   const std::string_view request(reinterpret_cast<const char*>(frame.payload.data()),
                                  frame.payload.size());
-  std::string reply = dumpLine(control.handle(request));
+  std::string reply = dumpLine(handler->onControl(request));
   if (reply.size() > framePayloadBytesMax) {
     // Lists come in pieces; this is an error that quotes what was asked.
     reply = dumpLine({{"ok", false}, {"error", "the request is too long to be answered"}});
@@ -221,75 +206,39 @@ void Server::onControl(Connection& connection, const Frame& frame) {
                    .payload = {reply.begin(), reply.end()}});
 }
 
-void Server::onRequest(Connection& connection, const Frame& request) {
-  const auto effect = faults.take(request.messageId);
-  const std::string fault = effect ? effectName(*effect) : "";
-  transcript.add(Direction::In, connection.client, request, fault);
-  if (!effect) {
-    carryOut(connection.client, request);
-    return;
-  }
-  const auto answerError = [&](const AnswerError& answer) {
-    FieldWriter fields;
-    fields.result(answer.result, answer.error);
-    sendToClient(connection,
-                 {.kind = FrameKind::Response,
-                  .messageId = request.messageId,
-                  .transaction = request.transaction,
-                  .payload = fields.take()},
-                 fault);
-  };
-  const auto answerLate = [&](const AnswerLate& late) {
-    timers.emplace(Clock::now() + late.delay,
-                   [this, client = connection.client, request] { carryOut(client, request); });
-  };
-  std::visit(Overloaded{answerError, [](const StaySilent&) {}, answerLate}, *effect);
-}
+bool Server::isConnected(ClientNumber client) const { return findClient(client) != nullptr; }
 
-void Server::carryOut(ClientNumber client, const Frame& request) {
-  Connection* connection = findClient(client);
-  if (connection == nullptr) {
-    return;  // It left before its delayed request was taken up.
-  }
-  Outcome outcome = modem.handle(client, request.messageId, request.payload);
-  sendToClient(*connection, {.kind = FrameKind::Response,
-                             .messageId = request.messageId,
-                             .transaction = request.transaction,
-                             .payload = std::move(outcome.response)});
-  deliver(outcome.indications);
-}
-
-void Server::deliver(const std::vector<Indication>& indications) {
-  for (const Indication& indication : indications) {
-    if (Connection* connection = findClient(indication.client)) {
-      sendToClient(*connection, {.kind = FrameKind::Indication,
-                                 .messageId = profileChanged,
-                                 .transaction = 0,
-                                 .payload = indication.payload});
-    }
+void Server::send(ClientNumber client, const Frame& frame) {
+  if (Connection* connection = findClient(client)) {
+    connection->send(frame);
   }
 }
 
-void Server::powerCycle(std::chrono::milliseconds offTime) {
-  modem.powerOff();
+void Server::hangUp(ClientNumber client) {
+  if (Connection* connection = findClient(client)) {
+    connection->close(Ender::Modem, "");
+  }
+}
+
+void Server::hangUpAll() {
   for (const auto& connection : connections) {
     if (connection->role == Role::Client) {
-      connection->close("");
+      connection->close(Ender::Modem, "");
     }
   }
-  if (offTime.count() == 0) {
-    modem.powerUp();
-  } else {
-    timers.emplace(Clock::now() + offTime, [this] { modem.powerUp(); });
+}
+
+void Server::after(std::chrono::microseconds delay, std::function<void()> action) {
+  timers.emplace(Clock::now() + delay, std::move(action));
+}
+
+void Server::complain(const std::string& line) {
+  if (complaints) {
+    complaints(line);
   }
 }
 
-void Server::sendToClient(Connection& connection, Frame frame, std::string fault) {
-  connection.send(frame);
-  transcript.add(Direction::Out, connection.client, frame, std::move(fault));
-}
-
-Connection* Server::findClient(ClientNumber client) {
+Connection* Server::findClient(ClientNumber client) const {
   const auto found = std::ranges::find_if(connections, [client](const auto& connection) {
     return connection->role == Role::Client && connection->client == client && connection->isOpen();
   });

@@ -1,5 +1,6 @@
-// Serves one modem to any number of clients and control connections, all on the thread that is in
-// run(). Connections come from a listening socket, from adopt(), or from both.
+// Serves any number of clients and control connections, all on the thread that is in run(): bytes
+// and frames, rounds and timers, and no idea of what is said. Connections come from a listening
+// socket, from adopt(), or from both.
 #pragma once
 
 #include <atomic>
@@ -11,46 +12,44 @@
 #include <string>
 #include <vector>
 
+#include "ClientHandler.h"
 #include "Connection.h"
-#include "Control.h"
-#include "Faults.h"
-#include "Modem.h"
-#include "Transcript.h"
 #include "UniqueFd.h"
 
 namespace modem {
 
-class Server final : private ControlHost {
+class Server final : public ClientLink {
  public:
   static constexpr size_t connectionsMax = 256;
 
   struct Options {
-    Modem::Options modem;
-    int listenFd = -1;     // the caller's, outlives the server; -1: adopted connections only
-    bool canQuit = false;  // whether the control verb quit ends run()
+    int listenFd = -1;  // the caller's, outlives the server; -1: adopted connections only
     // Told in one line why connections end, when that is the peer's fault. May be empty.
     std::function<void(const std::string&)> complain;
   };
 
-  // Throws FileError when the store cannot be used and SocketError when there is no descriptor.
+  // Throws SocketError when there is no descriptor.
   explicit Server(Options options);
 
-  void run();
+  // The handler outlives the run.
+  void run(ClientHandler& handler);
 
   // Any thread: serve this connected socket too.
   void adopt(UniqueFd socket);
 
   // Any thread and any signal handler: end run().
-  void stop();
+  void stop() override;
+
+  // The rest of ClientLink: for the handler, on the thread that is in run().
+  bool isConnected(ClientNumber client) const override;
+  void send(ClientNumber client, const Frame& frame) override;
+  void hangUp(ClientNumber client) override;
+  void hangUpAll() override;
+  void after(std::chrono::microseconds delay, std::function<void()> action) override;
+  void complain(const std::string& line) override;
 
  private:
   using Clock = std::chrono::steady_clock;
-
-  // ControlHost.
-  void deliver(const std::vector<Indication>& indications) override;
-  void powerCycle(std::chrono::milliseconds offTime) override;
-  bool canQuit() const override { return quitAllowed; }
-  void quit() override { stop(); }
 
   void waitForEvents();
   void drainWake();
@@ -63,18 +62,11 @@ class Server final : private ControlHost {
   void onFrame(Connection& connection, const Frame& frame);
   void onFirstFrame(Connection& connection, const Frame& frame);
   void onControl(Connection& connection, const Frame& frame);
-  void onRequest(Connection& connection, const Frame& request);
-  void carryOut(ClientNumber client, const Frame& request);
-  void sendToClient(Connection& connection, Frame frame, std::string fault = {});
-  Connection* findClient(ClientNumber client);
+  Connection* findClient(ClientNumber client) const;
 
-  Modem modem;
-  Faults faults;
-  Transcript transcript;
-  Control control;
+  ClientHandler* handler = nullptr;  // while in run()
   const int listenFd;
-  const bool quitAllowed;
-  const std::function<void(const std::string&)> complain;
+  const std::function<void(const std::string&)> complaints;
   const UniqueFd wake;  // an eventfd: something was adopted, or the end was asked for
   std::vector<std::unique_ptr<Connection>> connections;
   std::multimap<Clock::time_point, std::function<void()>> timers;

@@ -11,12 +11,11 @@
 #include <string>
 #include <vector>
 
+#include "ClientHandler.h"
 #include "Frame.h"
-#include "Modem.h"
+#include "MessageJson.h"
 
 namespace modem {
-
-enum class Direction { In, Out };
 
 class Transcript {
  public:

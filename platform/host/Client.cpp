@@ -91,7 +91,7 @@ void Client::read() {
 }
 
 void Client::accept(Frame& frame) {
-  if (frame.kind == FrameKind::Response) {
+  if (frame.kind == FrameKind::Response || frame.kind == FrameKind::UncheckedResponse) {
     acceptResponse(frame);
   } else if (frame.kind == FrameKind::Indication) {
     if (indicationCallback != nullptr) {
@@ -158,8 +158,11 @@ ovix_client_error_type Client::send(uint32_t messageId, const void* request, uin
   if (failed != OVIX_CLIENT_NO_ERROR) {
     return failed;
   }
-  wrong = waiter.response->messageId == message->id
-              ? decodeMessage(message->response, waiter.response->payload, response)
+  const Frame& answer = *waiter.response;
+  const Bounds bounds =
+      answer.kind == FrameKind::UncheckedResponse ? Bounds::Trusted : Bounds::Judged;
+  wrong = answer.messageId == message->id
+              ? decodeMessage(message->response, answer.payload, response, bounds)
               : "the answer is to another message";
   if (!wrong.empty()) {
     trace("message 0x%04X: response not decoded: %s", messageId, wrong.c_str());

@@ -137,7 +137,13 @@ const char* encodeValue(const Field& field, const uint8_t* structure, std::vecto
   return nullptr;
 }
 
-const char* decodeParts(std::span<const Part> parts, Cursor& cursor, uint8_t* value) {
+// A text and its terminator have width + 1 bytes. One that is trusted may take the terminator's.
+size_t textBytesMax(const Part& part, Bounds bounds) {
+  return bounds == Bounds::Trusted ? size_t{part.width} + 1 : part.width;
+}
+
+const char* decodeParts(std::span<const Part> parts, Cursor& cursor, uint8_t* value,
+                        Bounds bounds) {
   for (const Part& part : parts) {
     uint8_t* at = value + part.offset;
     uint64_t number = 0;
@@ -155,7 +161,7 @@ const char* decodeParts(std::span<const Part> parts, Cursor& cursor, uint8_t* va
       }
       length = static_cast<size_t>(number);
     }
-    if (length > part.width) {
+    if (length > textBytesMax(part, bounds)) {
       return "the text is above its bound";
     }
     std::span<const uint8_t> text;
@@ -163,12 +169,15 @@ const char* decodeParts(std::span<const Part> parts, Cursor& cursor, uint8_t* va
       return "the value is too short";
     }
     std::copy(text.begin(), text.end(), at);
-    at[length] = 0;
+    if (length <= part.width) {
+      at[length] = 0;
+    }
   }
   return nullptr;
 }
 
-const char* decodeValue(const Field& field, std::span<const uint8_t> bytes, uint8_t* structure) {
+const char* decodeValue(const Field& field, std::span<const uint8_t> bytes, uint8_t* structure,
+                        Bounds bounds) {
   Cursor cursor(bytes);
   uint8_t* value = structure + field.valueAt;
   uint64_t count = 1;
@@ -176,15 +185,20 @@ const char* decodeValue(const Field& field, std::span<const uint8_t> bytes, uint
     if (!cursor.number(sizeof(uint16_t), count)) {
       return "the value is too short";
     }
-    if (count > field.list.countMax) {
+    store(structure + field.list.countAt, sizeof(uint32_t), count);
+    if (count > field.list.countMax && bounds == Bounds::Judged) {
       return "the list has more elements than fit";
     }
-    store(structure + field.list.countAt, sizeof(uint32_t), count);
   }
-  for (uint64_t i = 0; i < count; ++i) {
-    if (const char* wrong = decodeParts(field.parts, cursor, value + i * field.list.stride)) {
+  const uint64_t room = std::max<uint64_t>(field.list.countMax, 1);
+  for (uint64_t i = 0; i < std::min(count, room); ++i) {
+    if (const char* wrong =
+            decodeParts(field.parts, cursor, value + i * field.list.stride, bounds)) {
       return wrong;
     }
+  }
+  if (count > room) {
+    return nullptr;  // Trusted: the elements that do not fit are left where they are.
   }
   return cursor.left() == 0 ? nullptr : "the value is too long";
 }
@@ -192,7 +206,7 @@ const char* decodeValue(const Field& field, std::span<const uint8_t> bytes, uint
 using Tags = std::bitset<256>;
 
 std::string decodeFields(const Layout& layout, std::span<const uint8_t> encoded, uint8_t* structure,
-                         Tags& seen) {
+                         Bounds bounds, Tags& seen) {
   Cursor message(encoded);
   while (message.left() > 0) {
     uint64_t tagNumber = 0;
@@ -213,7 +227,7 @@ std::string decodeFields(const Layout& layout, std::span<const uint8_t> encoded,
     if (field == layout.fields.end()) {
       continue;
     }
-    if (const char* wrong = decodeValue(*field, value, structure)) {
+    if (const char* wrong = decodeValue(*field, value, structure, bounds)) {
       return reasonAt(tag, wrong);
     }
     if (hasFlag(*field)) {
@@ -256,12 +270,13 @@ std::string encodeMessage(const Layout& layout, const void* structure,
   return {};
 }
 
-std::string decodeMessage(const Layout& layout, std::span<const uint8_t> encoded, void* structure) {
+std::string decodeMessage(const Layout& layout, std::span<const uint8_t> encoded, void* structure,
+                          Bounds bounds) {
   std::memset(structure, 0, layout.size);
   auto* bytes = static_cast<uint8_t*>(structure);
   Tags seen;
   std::string reason =
-      encoded.empty() ? "the message is empty" : decodeFields(layout, encoded, bytes, seen);
+      encoded.empty() ? "the message is empty" : decodeFields(layout, encoded, bytes, bounds, seen);
   if (reason.empty()) {
     reason = findMissing(layout, bytes, seen);
   }

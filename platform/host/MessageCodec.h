@@ -17,9 +17,15 @@ namespace ovix {
 std::string encodeMessage(const Layout& layout, const void* structure,
                           std::vector<uint8_t>& encoded);
 
+// How a message above the bounds of its structure is taken. A platform that trusts its modem hands
+// the structure on as the modem's message would have it: a text without its terminator, a count
+// above the elements. Never is more written than the structure holds.
+enum class Bounds { Judged, Trusted };
+
 // Fills the structure, layout.size bytes, with zero where the message holds nothing. The result
 // is empty, or the reason why the message does not fit the layout; then the structure is all
 // zero. A text is taken as it comes and terminated; unknown tags are skipped.
-std::string decodeMessage(const Layout& layout, std::span<const uint8_t> encoded, void* structure);
+std::string decodeMessage(const Layout& layout, std::span<const uint8_t> encoded, void* structure,
+                          Bounds bounds = Bounds::Judged);
 
 }  // namespace ovix

@@ -86,9 +86,10 @@ void Notifier::stop() {
 void Notifier::watch() {
   int retryMs = retryFirstMs;
   while (!isStopRequested(/*waitMs=*/0)) {
-    if (const auto connection = connectToModem(Purpose::Probe, stopFd.get())) {
+    Connection connection;
+    if (connectToModem(Purpose::Watch, connection, stopFd.get()) == OVIX_CLIENT_NO_ERROR) {
       announce(OVIX_CLIENT_SERVICE_AVAILABLE);
-      waitForEnd(connection->socket.get(), stopFd.get());
+      waitForEnd(connection.socket.get(), stopFd.get());
       if (isStopRequested(/*waitMs=*/0)) {
         return;
       }

@@ -4,6 +4,7 @@
 // What this build of the library adds to the header's contract:
 //  - ovix_client_send_msg_sync leaves the response as it was when it fails, or all zero when the
 //    failure is that the modem's answer could not be decoded. Trace.h tells the reason.
+//  - ovix_client_get_any_service and ovix_client_init answer the code with which the modem refuses.
 //  - The length of every structure has to be the message's own.
 //  - A callback may call every function here, with its own handle too. Two callbacks that release
 //    each other's handles wait for each other forever.
@@ -11,7 +12,6 @@
 #include "ovix_client.h"
 
 #include <chrono>
-#include <optional>
 #include <utility>
 
 #include "Client.h"
@@ -51,15 +51,15 @@ ovix_client_error_type with(ovix_client_type handle, Body body) {
 }
 
 // Who opens a client has just seen the service and stopped watching for it: a modem that is away
-// for a moment is given time to come back.
-std::optional<Connection> connectPatiently() {
+// for a moment is given time to come back. One that refuses has said so.
+ovix_client_error_type connectPatiently(Connection& connection) {
   constexpr std::chrono::milliseconds againAfter{5};
   const ovix::Deadline deadline =
       ovix::Clock::now() + std::chrono::milliseconds(ovix::helloTimeoutMs);
   for (;;) {
-    std::optional<Connection> connection = ovix::connectToModem(ovix::Purpose::Client);
-    if (connection || ovix::Clock::now() >= deadline) {
-      return connection;
+    const auto failed = ovix::connectToModem(ovix::Purpose::Open, connection);
+    if (failed == OVIX_CLIENT_NO_ERROR || connection.isRefused || ovix::Clock::now() >= deadline) {
+      return failed;
     }
     ovix::pollUntil({}, ovix::Clock::now() + againAfter);
   }
@@ -97,11 +97,12 @@ ovix_client_error_type ovix_client_get_any_service(ovix_service_object_type serv
     return OVIX_CLIENT_INVALID_ARGUMENT;
   }
   return guarded([&] {
-    if (!ovix::connectToModem(ovix::Purpose::Probe)) {
-      return OVIX_CLIENT_SERVICE_ERROR;
+    Connection connection;
+    const auto failed = ovix::connectToModem(ovix::Purpose::Find, connection);
+    if (failed == OVIX_CLIENT_NO_ERROR) {
+      *info = {};
     }
-    *info = {};
-    return OVIX_CLIENT_NO_ERROR;
+    return failed;
   });
 }
 
@@ -112,13 +113,13 @@ ovix_client_error_type ovix_client_init(ovix_service_info* info, ovix_service_ob
     return OVIX_CLIENT_INVALID_ARGUMENT;
   }
   *client = nullptr;
-  return guarded([&] {
-    std::optional<Connection> connection = connectPatiently();
-    if (!connection) {
-      return OVIX_CLIENT_SERVICE_ERROR;
+  return guarded([&]() -> ovix_client_error_type {
+    Connection connection;
+    if (const auto failed = connectPatiently(connection)) {
+      return failed;
     }
     const auto opened =
-        std::make_shared<Client>(*service, std::move(*connection), callback, callbackData);
+        std::make_shared<Client>(*service, std::move(connection), callback, callbackData);
     auto& registry = HandleRegistry::getInstance();
     // The caller has its handle before the first callback can be told the same.
     const ovix_client_type handle = *client = registry.add(opened);

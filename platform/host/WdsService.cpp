@@ -4,6 +4,7 @@
 #include <array>
 
 #include "ServiceObject.h"
+#include "ServicePresence.h"
 #include "wds_v01.h"
 
 namespace {
@@ -214,10 +215,11 @@ constexpr ovix_service_object service{ovix::tablesVersion, messages};
 
 // A major version stands for one set of structures and has to be the same. A minor version adds
 // messages to those of the minor versions before it, so that a client of an older one is served.
-// The library version is that of the tables' own format and has to be the same.
+// The library version is that of the tables' own format and has to be the same. May wait for the
+// modem, up to a second, when that does not answer.
 ovix_service_object_type wds_get_service_object_internal_v01(int major, int minor,
                                                              int libraryVersion) {
   const bool fits = major == idlMajor && minor >= 0 && minor <= idlMinor &&
                     libraryVersion == serviceLibraryVersion;
-  return fits ? &service : nullptr;
+  return fits && ovix::isServiceKnown() ? &service : nullptr;
 }

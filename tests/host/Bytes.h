@@ -29,7 +29,15 @@ inline Bytes field(unsigned tag, const Bytes& value) {
 inline Bytes result(uint32_t code, uint32_t error) { return field(0x02, u32(code) + u32(error)); }
 inline Bytes success() { return result(/*code=*/0, /*error=*/0); }
 
-enum RawKind : uint8_t { rawRequest, rawResponse, rawIndication, rawControl, rawAnswer, rawHello };
+enum RawKind : uint8_t {
+  rawRequest,
+  rawResponse,
+  rawIndication,
+  rawControl,
+  rawAnswer,
+  rawHello,
+  rawUnchecked,
+};
 
 inline Bytes rawFrame(unsigned kind, unsigned messageId, uint32_t transaction,
                       const Bytes& payload) {

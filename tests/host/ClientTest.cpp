@@ -155,14 +155,34 @@ TEST_F(ClientTest, Hello_AfterARelease_HasNotWaited) {
   EXPECT_EQ(modem.hellos().back(), u8(0));
 }
 
-TEST_F(ClientTest, Hello_OfAProbe_SaysNothingAndForgetsNothing) {
+TEST_F(ClientTest, Hello_OfAProbe_SaysWhatItIsForAndForgetsNothing) {
   ovix_service_info info{};
   EXPECT_NE(ovix_client_get_any_service(wdsService(), &info), OVIX_CLIENT_NO_ERROR);
   RawModem modem(path);
   EXPECT_EQ(ovix_client_get_any_service(wdsService(), &info), OVIX_CLIENT_NO_ERROR);
-  EXPECT_EQ(modem.hellos().back(), u8(0));
+  EXPECT_EQ(modem.hellos().back(), u8(2));
   openClient();
   EXPECT_EQ(modem.hellos().back(), u8(1));
+}
+
+TEST_F(ClientTest, Open_ModemRefuses_AnswersItsCode) {
+  for (const int code : {-7, -1, 1, 0x7FFFFFFF}) {
+    SCOPED_TRACE(code);
+    RawModem modem(path, RawModem::succeed, RawModem::refusal(code));
+    ovix_client_type client = this;
+    EXPECT_EQ(tryOpen(client), code);
+    EXPECT_EQ(client, nullptr);
+  }
+  // A refused client has been without the service.
+  RawModem modem(path);
+  openClient();
+  EXPECT_EQ(modem.hellos().back(), u8(1));
+}
+
+TEST_F(ClientTest, GetAnyService_ModemRefuses_AnswersItsCode) {
+  const RawModem modem(path, RawModem::succeed, RawModem::refusal(-7));
+  ovix_service_info info{};
+  EXPECT_EQ(ovix_client_get_any_service(wdsService(), &info), -7);
 }
 
 TEST_F(ClientTest, Send_UnknownHandles_AreRefused) {
@@ -416,7 +436,7 @@ INSTANTIATE_TEST_SUITE_P(
                      u32(0xFFFFFFFF) + u8(rawResponse) + u8(1) + u16(0x29) + u32(1), false},
         BrokenStream{"version 0", u32(0) + u8(rawResponse) + u8(0) + u16(0x29) + u32(1), false},
         BrokenStream{"version 2", u32(0) + u8(rawResponse) + u8(2) + u16(0x29) + u32(1), false},
-        BrokenStream{"an unknown kind", u32(0) + u8(6) + u8(1) + u16(0x29) + u32(1), false},
+        BrokenStream{"an unknown kind", u32(0) + u8(7) + u8(1) + u16(0x29) + u32(1), false},
         BrokenStream{"noise", Bytes(200, 0xA5), false}));
 
 TEST_F(ClientTest, ErrorCallback_LossBeforeRegistration_IsToldAtRegistration) {

@@ -69,9 +69,11 @@ class Handle {
   ovix_client_type handle = nullptr;
 };
 
-inline ovix_service_object_type wdsService() {
-  return wds_get_service_object_internal_v01(1, 257, 6);
-}
+// Asked for once, before there is a modem to be asked whether there is one.
+inline const ovix_service_object_type theWdsService =
+    wds_get_service_object_internal_v01(1, 257, 6);
+
+inline ovix_service_object_type wdsService() { return theWdsService; }
 
 inline ovix_client_error_type tryOpen(ovix_client_type& client,
                                       ovix_client_ind_cb callback = nullptr, void* data = nullptr) {

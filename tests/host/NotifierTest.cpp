@@ -94,6 +94,20 @@ TEST_F(NotifierTest, Register_WhatListensIsNoModem_IsNotTold) {
   EXPECT_TRUE(events.waitFor(1));
 }
 
+TEST_F(NotifierTest, Register_ModemRefuses_IsToldWhenItNoLongerDoes) {
+  auto refusing = std::make_unique<RawModem>(path, RawModem::succeed, RawModem::refusal(-2));
+  Events events;
+  const Handle notifier = makeNotifier();
+  listen(notifier, events);
+  ASSERT_TRUE(waitUntil([&] { return refusing->hellos().size() >= 3; }));
+  EXPECT_EQ(refusing->hellos().back(), u8(4));
+  EXPECT_TRUE(events.all().empty());
+  refusing.reset();
+  const RawModem modem(path);
+  ASSERT_TRUE(events.waitFor(1));
+  EXPECT_EQ(codes(events), (std::vector<int>{came}));
+}
+
 TEST_F(NotifierTest, Register_ModemGoesAndReturns_IsToldOfEach) {
   auto modem = std::make_unique<RawModem>(path);
   Events events;

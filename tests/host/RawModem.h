@@ -48,6 +48,9 @@ class RawModem {
 
   static void succeed(RawPeer& peer, const RawFrame& request);
   static void ignore(RawPeer&, const RawFrame&) {}
+  static Bytes refusal(int code) {
+    return rawFrame(rawHello, 0, 0, u32(/*boot=*/7) + u32(static_cast<uint32_t>(code)));
+  }
   static Bytes hello() { return rawFrame(rawHello, 0, 0, u32(/*boot=*/7)); }
 
   explicit RawModem(const std::string& path, Handler handler = succeed,

@@ -33,7 +33,48 @@ INSTANTIATE_TEST_SUITE_P(Versions, ServiceVersionTest,
                                            Version{1, 257, 7, false},
                                            Version{INT_MIN, INT_MAX, INT_MIN, false}));
 
-TEST(ServiceTest, GetServiceObject_Twice_IsTheSame) { EXPECT_EQ(wdsService(), wdsService()); }
+ovix_service_object_type askForService() { return wds_get_service_object_internal_v01(1, 257, 6); }
+
+TEST(ServiceTest, GetServiceObject_Twice_IsTheSame) {
+  EXPECT_NE(askForService(), nullptr);
+  EXPECT_EQ(askForService(), askForService());
+}
+
+class ServicePresenceTest : public HostTest {};
+
+TEST_F(ServicePresenceTest, GetServiceObject_ModemNotThere_IsThere) {
+  EXPECT_NE(askForService(), nullptr);
+}
+
+TEST_F(ServicePresenceTest, GetServiceObject_ModemKnowsIt_IsThere) {
+  RawModem modem(path);
+  EXPECT_NE(askForService(), nullptr);
+  EXPECT_EQ(modem.hellos(), (std::vector<Bytes>{u8(6)}));
+}
+
+TEST_F(ServicePresenceTest, GetServiceObject_ModemRefusesIt_IsMissing) {
+  {
+    const RawModem modem(path, RawModem::succeed, RawModem::refusal(-2));
+    EXPECT_EQ(askForService(), nullptr);
+  }
+  EXPECT_NE(askForService(), nullptr);
+}
+
+TEST_F(ServicePresenceTest, GetServiceObject_ModemTalksNonsense_IsThere) {
+  const RawModem modem(path, RawModem::succeed, Bytes(64, 0xFF));
+  EXPECT_NE(askForService(), nullptr);
+}
+
+TEST_F(ServicePresenceTest, GetServiceObject_SilentModem_IsThere) {
+  const RawModem modem(path, RawModem::succeed, /*helloAnswer=*/{});
+  EXPECT_NE(askForService(), nullptr);
+}
+
+TEST_F(ServicePresenceTest, GetServiceObject_OtherVersion_DoesNotAskTheModem) {
+  RawModem modem(path);
+  EXPECT_EQ(wds_get_service_object_internal_v01(2, 0, 6), nullptr);
+  EXPECT_TRUE(modem.hellos().empty());
+}
 
 }  // namespace
 }  // namespace pavo::test

@@ -15,8 +15,8 @@ using testing::Not;
 
 class ControlTest : public testing::Test {
  protected:
-  static Server::Options options(size_t capacity = 4) {
-    Server::Options chosen;
+  static Service::Options options(size_t capacity = 4) {
+    Service::Options chosen;
     chosen.modem.capacity = capacity;
     return chosen;
   }

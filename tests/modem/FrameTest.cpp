@@ -91,7 +91,7 @@ TEST_P(FrameReaderBroken, Next_HeaderIsWrong_BreaksBeforeThePayloadComes) {
 
 INSTANTIATE_TEST_SUITE_P(Headers, FrameReaderBroken,
                          testing::Values(BrokenHeader{"Length", 3, 1, "payload of 16777216"},
-                                         BrokenHeader{"Kind", 4, 6, "unknown frame kind 6"},
+                                         BrokenHeader{"Kind", 4, 7, "unknown frame kind 7"},
                                          BrokenHeader{"Version", 5, 2, "protocol version 2"}),
                          [](const auto& row) { return std::string(row.param.name); });
 

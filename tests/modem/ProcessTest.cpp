@@ -2,6 +2,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <csignal>
 #include <filesystem>
 #include <fstream>
@@ -206,6 +207,122 @@ TEST_F(ProcessTest, Ctl_DoneRefusedAndBadUsage_Exits012) {
   EXPECT_EQ(ctl({}), (Exit{2, 0}));
   EXPECT_EQ(ctl({"create", "apn"}), (Exit{2, 0}));
   EXPECT_EQ(ctl({"create", "{\"apn\""}), (Exit{2, 0}));
+}
+
+TEST_F(ProcessTest, Start_BadScript_IsRefusedInOneLineWithThePlace) {
+  const std::string path = folder.file("script.json");
+  const auto complaint = [&](const std::string& text) {
+    std::ofstream(path) << text;
+    return complaintOf(command({"--script", path}), 1);
+  };
+  const auto oneLine = [&](const std::string& error) {
+    return AllOf(HasSubstr("pavo-modem: " + path + ": "), HasSubstr(error),
+                 testing::ResultOf(
+                     [](const std::string& text) { return std::ranges::count(text, '\n'); }, 1));
+  };
+  EXPECT_THAT(complaint("{"), oneLine("parse error"));
+  EXPECT_THAT(complaint(R"({"fault": []})"), oneLine("the list \"faults\""));
+  EXPECT_THAT(complaint(R"({"faults": [{"message": "any", "silent": true, "x": 1}]})"),
+              oneLine("faults[0]: unknown argument \"x\""));
+  EXPECT_THAT(complaintOf(command({"--script", folder.file("none")}), 1),
+              HasSubstr("No such file"));
+  EXPECT_FALSE(std::filesystem::exists(socketPath()));
+}
+
+TEST_F(ProcessTest, Start_BadSeed_Exits2) { complaintOf(command({"--seed", "-1"}), 2); }
+
+TEST_F(ProcessTest, Start_TraceThatCannotBeWritten_IsRefused) {
+  EXPECT_THAT(complaintOf(command({"--trace", folder.file("none") + "/trace"}), 1),
+              HasSubstr("cannot create"));
+  EXPECT_FALSE(std::filesystem::exists(socketPath()));
+}
+
+TEST_F(ProcessTest, Start_Script_TakesEffect) {
+  std::ofstream(folder.file("script.json"))
+      << R"({"seed": 3, "faults": [{"message": "profile-list", "nth": 2, "error": 2}]})";
+  ChildProcess process(command({"--script", folder.file("script.json")}));
+  ASSERT_TRUE(isReady(process)) << process.errors();
+  RawClient client = newClient();
+  EXPECT_EQ(resultOf(client.request(profileList, {})), success);
+  EXPECT_EQ(resultOf(client.request(profileList, {})), failure(ErrorCode::Internal));
+  EXPECT_EQ(ControlClient(socketPath()).call("show")["boot"], 3);
+}
+
+TEST_F(ProcessTest, Start_SeedGiven_TakesThePlaceOfTheScripts) {
+  std::ofstream(folder.file("script.json")) << R"({"seed": 3, "faults": []})";
+  ChildProcess process(command({"--script", folder.file("script.json"), "--seed", "4"}));
+  ASSERT_TRUE(isReady(process)) << process.errors();
+  EXPECT_EQ(ControlClient(socketPath()).call("show")["boot"], 4);
+}
+
+TEST_F(ProcessTest, Ctl_ScriptFromAFile_ReplacesTheFaults) {
+  ChildProcess process(command());
+  ASSERT_TRUE(isReady(process));
+  const std::string path = folder.file("script.json");
+  std::ofstream(path) << R"({"faults": [{"indication": "any", "lost": true}]})";
+  ASSERT_EQ(ctl({"fail", "message=any", "silent=true"}), (Exit{0, 0}));
+  ASSERT_EQ(ctl({"script", "@" + path}), (Exit{0, 0}));
+  std::string output;
+  EXPECT_EQ(ctl({"faults"}, &output), (Exit{0, 0}));
+  EXPECT_EQ(json::parse(output)["faults"],
+            json::parse(R"([{"indication": "any", "count": 1, "lost": true}])"));
+  std::ofstream(path) << R"({"faults": [{"indication": "any", "lost": true, "x": 1}]})";
+  EXPECT_EQ(ctl({"script", "@" + path}, &output), (Exit{1, 0}));
+  EXPECT_EQ(json::parse(output)["error"], "faults[0]: unknown argument \"x\"");
+  EXPECT_EQ(ctl({"script", "@" + folder.file("none")}), (Exit{1, 0}));
+  std::ofstream(path) << "[]";
+  EXPECT_EQ(ctl({"script", "@" + path}), (Exit{1, 0}));
+}
+
+class ReplayProcessTest : public ProcessTest {
+ protected:
+  // The client's part of the recorded session.
+  void makeRequests(const std::string& apn) const {
+    RawClient client = newClient();
+    client.registerForAll();
+    client.request(createProfile, createRequest({.apn = apn}));
+    client.eventsUntilNow();
+  }
+  void record() {
+    ChildProcess process(command({"--trace", tracePath()}));
+    ASSERT_TRUE(isReady(process)) << process.errors();
+    makeRequests("ims");
+    process.sendSignal(SIGTERM);
+    ASSERT_EQ(process.waitForExit(), (Exit{0, 0}));
+  }
+  std::string tracePath() const { return folder.file("trace"); }
+  Words replayCommand() const {
+    return {PAVO_MODEM_PROGRAM, "replay", "--socket", socketPath(), tracePath()};
+  }
+};
+
+TEST_F(ReplayProcessTest, SameRequests_Exits0) {
+  record();
+  ChildProcess process(replayCommand());
+  ASSERT_TRUE(isReady(process)) << process.errors();
+  makeRequests("ims");
+  process.sendSignal(SIGTERM);
+  EXPECT_EQ(process.waitForExit(), (Exit{0, 0}));
+  EXPECT_EQ(process.errors(), "pavo-modem: replayed 4 of 4 requests, 0 differed\n");
+  EXPECT_FALSE(std::filesystem::exists(socketPath()));
+}
+
+TEST_F(ReplayProcessTest, OtherRequest_TellsItAndExits1) {
+  record();
+  ChildProcess process(replayCommand());
+  ASSERT_TRUE(isReady(process)) << process.errors();
+  makeRequests("other");
+  EXPECT_EQ(ctl({"quit"}), (Exit{0, 0}));
+  EXPECT_EQ(process.waitForExit(), (Exit{1, 0}));
+  EXPECT_THAT(process.errors(), HasSubstr("differs from the trace, which has create-profile"));
+  EXPECT_THAT(process.errors(), HasSubstr("replayed 3 of 4 requests, 2 differed\n"));
+}
+
+TEST_F(ReplayProcessTest, BadTraceOrUsage_Exits1Or2) {
+  std::ofstream(tracePath()) << "nonsense\n";
+  EXPECT_THAT(complaintOf(replayCommand(), 1),
+              HasSubstr("pavo-modem: " + tracePath() + ": line 1: "));
+  complaintOf({PAVO_MODEM_PROGRAM, "replay", "--socket", socketPath()}, 2);
 }
 
 TEST_F(ProcessTest, Ctl_NoModem_Exits1) { EXPECT_EQ(ctl({"show"}), (Exit{1, 0})); }

@@ -7,8 +7,8 @@
 
 namespace modem::test {
 
-ServedModem::ServedModem(Server::Options options)
-    : server(std::move(options)), thread([this] { server.run(); }) {}
+ServedModem::ServedModem(Service::Options options)
+    : service(std::move(options), server), thread([this] { server.run(service); }) {}
 
 ServedModem::~ServedModem() {
   server.stop();

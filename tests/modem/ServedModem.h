@@ -7,12 +7,13 @@
 #include "RawClient.h"
 #include "modem/ControlClient.h"
 #include "modem/Server.h"
+#include "modem/Service.h"
 
 namespace modem::test {
 
 class ServedModem {
  public:
-  explicit ServedModem(Server::Options options = {});
+  explicit ServedModem(Service::Options options = {});
   ~ServedModem();
 
   static std::pair<UniqueFd, UniqueFd> makePair();
@@ -23,7 +24,8 @@ class ServedModem {
   ControlClient newControl() { return ControlClient(connect().release()); }
 
  private:
-  Server server;
+  Server server{Server::Options{}};
+  Service service;
   std::thread thread;
 };
 

@@ -157,7 +157,7 @@ TEST(Server, Receive_MalformedMessageInAGoodFrame_KeepsTheConnection) {
 }
 
 TEST(Server, Send_ClientThatDoesNotRead_IsDisconnectedAndHoldsUpNobody) {
-  Server::Options options;
+  Service::Options options;
   options.modem.capacity = 255;
   for (unsigned index = 1; index <= 255; ++index) {
     Profile named;
@@ -220,47 +220,6 @@ TEST(Server, PowerCycle_OffTimeIsOver_ServesAgain) {
   control.call("power-cycle", {{"offMs", 20}});
   EXPECT_TRUE(waitUntil([&] { return RawClient(served.connect()).hello().has_value(); }));
   EXPECT_NE(control.call("show")["boot"], boot);
-}
-
-TEST(Server, FaultError_NextCreate_IsRefusedAndNotCarriedOut) {
-  ServedModem served;
-  ControlClient control = served.newControl();
-  RawClient client = served.newClient();
-  control.call("fail", {{"message", "create-profile"}, {"error", 3}, {"result", 9}});
-  EXPECT_EQ(resultOf(client.request(createProfile, createRequest({}))),
-            (Result{9, ErrorCode::NoResources}));
-  EXPECT_THAT(control.call("show")["profiles"], IsEmpty());
-  EXPECT_EQ(resultOf(client.request(createProfile, createRequest({}))), success);
-}
-
-TEST(Server, FaultSilent_NextRequest_IsLost) {
-  ServedModem served;
-  ControlClient control = served.newControl();
-  RawClient client = served.newClient();
-  control.call("fail", {{"message", "any"}, {"silent", true}});
-  client.send(FrameKind::Request, createProfile, createRequest({}));
-  const uint32_t second = client.send(FrameKind::Request, profileList, {});
-  EXPECT_EQ(client.receive()->transaction, second);
-  EXPECT_THAT(control.call("show")["profiles"], IsEmpty());
-}
-
-TEST(Server, FaultDelay_NextRequest_IsOvertakenAndThenCarriedOut) {
-  ServedModem served;
-  ControlClient control = served.newControl();
-  RawClient client = served.newClient();
-  control.call("fail", {{"message", "create-profile"}, {"delayMs", 200}});
-  // Both at once, so that the second has certainly come before the first one is due.
-  const uint32_t late = 101;
-  const uint32_t soon = 102;
-  Payload both = encodeFrame({FrameKind::Request, createProfile, late, createRequest({})});
-  const Payload second = encodeFrame({FrameKind::Request, profileList, soon, {}});
-  both.insert(both.end(), second.begin(), second.end());
-  client.sendBytes(both);
-  EXPECT_EQ(client.receive()->transaction, soon);
-  const auto response = client.receive();
-  ASSERT_TRUE(response);
-  EXPECT_EQ(response->transaction, late);
-  EXPECT_EQ(resultOf(response->payload), success);
 }
 
 TEST(Server, FaultDelay_ClientLeavesMeanwhile_IsDropped) {

@@ -1,0 +1,28 @@
+// The beginning of a connection: the socket, and the hellos both ways. For the messaging library
+// and for the service libraries.
+#pragma once
+
+#include <optional>
+
+#include "modem/Frame.h"
+#include "modem/Hello.h"
+#include "modem/UniqueFd.h"
+
+namespace ovix {
+
+inline constexpr int helloTimeoutMs = 1000;
+
+// The path in the environment variable OVIX_MODEM, read anew each time; null when that is unset or
+// empty.
+const char* modemPath();
+
+// Not blocking; closed when nobody listens there.
+modem::UniqueFd connectToSocket(const char* path);
+
+// Says hello and hears the answer, and keeps in frames what came right behind it. Empty when there
+// is no answer within helloTimeoutMs, or none that is one, or when stopFd (-1 for none) becomes
+// readable.
+std::optional<modem::HelloAnswer> greet(int fd, modem::Hello hello, modem::FrameReader& frames,
+                                        int stopFd = -1);
+
+}  // namespace ovix

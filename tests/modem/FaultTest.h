@@ -1,0 +1,60 @@
+// A modem that is told of faults, and a client that meets them.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "Answers.h"
+#include "Deadline.h"
+#include "ServedModem.h"
+#include "modem/Refusal.h"
+
+namespace modem::test {
+
+class FaultTest : public testing::Test {
+ protected:
+  explicit FaultTest(Service::Options options = {}) : served(std::move(options)) {}
+
+  void fail(const nlohmann::json& fault) {
+    const nlohmann::json reply = control.call("fail", fault);
+    ASSERT_EQ(reply["ok"], true) << reply;
+  }
+  uint8_t create(const Profile& profile) {
+    return createdIndexOf(client.request(createProfile, createRequest(profile)));
+  }
+  nlohmann::json profiles() { return control.call("show")["profiles"]; }
+
+  // What has come by now, and comes before the answer to a further request: "create/1" for an
+  // indication, "response" for an answer.
+  std::vector<std::string> kindsUntilNow() {
+    const uint32_t last = client.send(FrameKind::Request, bindSubscription, bindRequest(0));
+    std::vector<std::string> kinds;
+    for (auto frame = client.receive(); frame && frame->transaction != last;
+         frame = client.receive()) {
+      kinds.push_back(frame->kind == FrameKind::Indication ? eventOf(frame->payload) : "response");
+    }
+    return kinds;
+  }
+  void expectNothingUntilNow() { EXPECT_EQ(kindsUntilNow(), std::vector<std::string>{}); }
+
+  // One of each kind, about profile 1; the delete comes last.
+  static std::vector<std::pair<uint16_t, Payload>> everyRequest() {
+    return {{indicationRegister, registerRequest()},
+            {configureEvents, eventListRequest({}, /*isOn=*/false)},
+            {bindSubscription, bindRequest(1)},
+            {createProfile, createRequest({})},
+            {modifyProfile, profileRequest(1, {.apn = "x"})},
+            {profileSettings, profileRequest(1)},
+            {profileList, listRequest()},
+            {deleteProfile, profileRequest(1)}};
+  }
+
+  ServedModem served;
+  ControlClient control = served.newControl();
+  RawClient client = served.newClient();
+};
+
+}  // namespace modem::test
