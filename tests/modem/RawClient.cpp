@@ -96,7 +96,11 @@ void RawClient::endSending() { shutdown(fd.get(), SHUT_WR); }
 
 bool RawClient::receiveSome() {
   pollfd polled = {fd.get(), POLLIN, 0};
-  if (poll(&polled, 1, static_cast<int>(pavo::test::patience().count())) <= 0) {
+  int ready = 0;
+  do {
+    ready = poll(&polled, 1, static_cast<int>(pavo::test::patience().count()));
+  } while (ready < 0 && errno == EINTR);
+  if (ready <= 0) {
     return false;
   }
   std::array<uint8_t, 64 << 10> bytes;
