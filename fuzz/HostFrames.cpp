@@ -40,6 +40,8 @@ const std::string& socketPath() {
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  // Asked for before there is a modem to be asked about it.
+  static const ovix_service_object_type service = wds_get_service_object_internal_v01(1, 257, 6);
   const Bytes answer(data, data + size);
   const RawModem modem(socketPath(), [&answer](RawPeer& peer, const RawFrame&) {
     peer.send(answer);
@@ -49,8 +51,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   ovix_client_type client = nullptr;
   ovix_service_info info{};
   ovix_client_os_params params{};
-  if (ovix_client_init(&info, wds_get_service_object_internal_v01(1, 257, 6), onIndication,
-                       /*ind_cb_data=*/nullptr, &params, &client) != OVIX_CLIENT_NO_ERROR) {
+  if (ovix_client_init(&info, service, onIndication, /*ind_cb_data=*/nullptr, &params, &client) !=
+      OVIX_CLIENT_NO_ERROR) {
     std::abort();
   }
   ovix_client_register_error_cb(client, onError, /*data=*/nullptr);
