@@ -601,8 +601,9 @@ TEST_F(ClientTest, Release_DuringACallback_WaitsForItAndDropsTheRest) {
     ended = true;
   };
   const ovix_client_type client = openClient(recordIndication, &indications).disown();
-  modem.lastPeer()->indicate(0xA8, profileChanged(1));
-  modem.lastPeer()->indicate(0xA8, profileChanged(2));
+  for (unsigned index = 1; index <= 50; ++index) {
+    modem.lastPeer()->indicate(0xA8, profileChanged(index));
+  }
   ASSERT_TRUE(indications.waitFor(1));
   auto release = std::async(std::launch::async, [&] {
     const int error = ovix_client_release(client);
@@ -614,7 +615,8 @@ TEST_F(ClientTest, Release_DuringACallback_WaitsForItAndDropsTheRest) {
   EXPECT_EQ(release.wait_for(std::chrono::milliseconds(0)), std::future_status::timeout);
   gate.open();
   EXPECT_EQ(release.get(), OVIX_CLIENT_NO_ERROR);
-  EXPECT_EQ(indications.all().size(), 1u);
+  // One more may have begun before the release came to the queue.
+  EXPECT_LE(indications.all().size(), 2u);
 }
 
 TEST_F(ClientTest, Release_InsideItsOwnCallback_DoesNotWaitForItself) {

@@ -1,4 +1,4 @@
 // A client in a shared object of its own.
 #include <pavo/Manager.h>
 
-extern "C" PAVO_API pavo::Manager* clientInstance() { return &pavo::Manager::getInstance(); }
+extern "C" PAVO_API const void* clientInstance() { return &pavo::Manager::getInstance(); }

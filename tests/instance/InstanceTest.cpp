@@ -13,7 +13,7 @@ TEST(InstanceTest, GetInstance_InASharedObjectLoadedWithLocalNames_TheSame) {
   ASSERT_NE(client, nullptr) << dlerror();
   void* const symbol = dlsym(client, "clientInstance");
   ASSERT_NE(symbol, nullptr) << dlerror();
-  const auto clientInstance = reinterpret_cast<Manager* (*)()>(symbol);
+  const auto clientInstance = reinterpret_cast<const void* (*)()>(symbol);
   EXPECT_EQ(clientInstance(), &Manager::getInstance());
 }
 

@@ -489,6 +489,8 @@ TEST_F(ClientRequestManagerTest, Construct_NeitherThreadNorDescriptor_TheThreadI
   platform.setAnnouncement(FakePlatform::Announcement::Never);
   EXPECT_EXIT(
       {
+        // As below.
+        { const ClientRequestManager first(/*subscription=*/0); }
         logToStandardError();
         refuseThreads();
         allowMoreFds(5);
