@@ -485,22 +485,6 @@ TEST_F(ClientRequestManagerTest, Construct_NoThread_ProcessEndsWithThatText) {
       testing::KilledBySignal(SIGABRT), "thread constructor failed");
 }
 
-TEST_F(ClientRequestManagerTest, Construct_NeitherThreadNorDescriptor_TheThreadIsMissedFirst) {
-  platform.setAnnouncement(FakePlatform::Announcement::Never);
-  EXPECT_EXIT(
-      {
-        // As below.
-        { const ClientRequestManager first(/*subscription=*/0); }
-        logToStandardError();
-        refuseThreads();
-        allowMoreFds(5);
-        const ClientRequestManager worker(/*subscription=*/0);
-      },
-      testing::KilledBySignal(SIGABRT),
-      testing::AllOf(testing::HasSubstr("thread constructor failed"),
-                     testing::Not(testing::HasSubstr("Cannot create eventfd instance"))));
-}
-
 TEST_F(ClientRequestManagerTest, Construct_NoDescriptorForRequests_ErrorAndAbort) {
   platform.setAnnouncement(FakePlatform::Announcement::Never);
   const auto occurrencesOf = [](const char* text) {
