@@ -19,6 +19,7 @@ void Outbox::send(Outgoing outgoing) {
   const std::string fault = effectName(effect);
   const Frame frame = distorted(std::move(outgoing.frame), effect);
   if (std::holds_alternative<Lose>(effect)) {
+    recorder.addLost(outgoing.client, frame);
     return;
   }
   if (const auto* late = std::get_if<SendLate>(&effect)) {

@@ -30,6 +30,10 @@ void Recorder::addEnd(ClientNumber client, Ender ender) {
   toTrace([&](TraceWriter& writer) { writer.addEnd(client, ender); });
 }
 
+void Recorder::addLost(ClientNumber client, const Frame& frame) {
+  toTrace([&](TraceWriter& writer) { writer.addLost(client, frame); });
+}
+
 void Recorder::addTurnedAway(ClientNumber client, const Frame& hello) {
   toTrace([&](TraceWriter& writer) { writer.add(Direction::In, client, hello, /*fault=*/{}); });
 }

@@ -18,7 +18,8 @@ class Recorder {
 
   void add(Direction direction, ClientNumber client, const Frame& frame, std::string fault = {});
   void addEnd(ClientNumber client, Ender ender);
-  // Of a connection that was not accepted: it is for the trace alone.
+  // What was not sent, and what was not accepted, is for the trace alone.
+  void addLost(ClientNumber client, const Frame& frame);
   void addTurnedAway(ClientNumber client, const Frame& hello);
 
   Transcript& transcript() { return messages; }

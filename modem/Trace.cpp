@@ -186,6 +186,12 @@ void TraceWriter::addEnd(ClientNumber client, Ender ender) {
   addEvent(event, ender == Ender::Client ? "the client left" : "the modem hung up");
 }
 
+void TraceWriter::addLost(ClientNumber client, const Frame& frame) {
+  writeLine("# lost by a fault on its way to client " + std::to_string(client) + ": " +
+            std::string(kindName(frame.kind)) + " " + messageName(frame.messageId) + " " +
+            meaningOf(Direction::Out, frame));
+}
+
 void TraceWriter::addEvent(const TraceEvent& event, const std::string& meaning) {
   TraceEvent timed = event;
   timed.time = std::chrono::duration_cast<microseconds>(steady_clock::now() - start);

@@ -40,6 +40,8 @@ class TraceWriter {
   // FileError when the file takes no more.
   void add(Direction direction, ClientNumber client, const Frame& frame, const std::string& fault);
   void addEnd(ClientNumber client, Ender ender);
+  // For people: what would have been sent, had the fault not lost it.
+  void addLost(ClientNumber client, const Frame& frame);
 
  private:
   void addEvent(const TraceEvent& event, const std::string& meaning);
