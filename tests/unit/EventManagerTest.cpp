@@ -641,29 +641,6 @@ TEST(EventManagerDestructionTest, Destroy_HandlerLeft_OwnDescriptorsClosedNoClos
 
 // What the thread sanitizer watches: registering and removing while the loop dispatches, on two
 // loops that share the approved descriptors.
-// The owner takes a descriptor out while the loop has its event in hand. The loop must not take
-// that for a descriptor without approval, and close what is not its own. Seldom hit: one round in
-// ten thousand once did.
-TEST(EventManagerThreadsTest, Remove_WhileItsEventIsDispatched_DescriptorStaysOpen) {
-  EventManager loop;
-  std::atomic<bool> isOver{false};
-  std::thread thread([&] {
-    while (!isOver) {
-      loop.processEvents();
-    }
-  });
-  for (int round = 0; round < 10000; ++round) {
-    const int fd = makeEventFd(1);
-    loop.addEventHandler(
-        fd, [](int, void*) {}, /*data=*/nullptr, /*closeCallback=*/nullptr, EPOLLIN);
-    loop.removeEventHandler(fd);
-    EXPECT_EQ(close(fd), 0) << "in round " << round;
-  }
-  isOver = true;
-  loop.wake();
-  thread.join();
-}
-
 TEST(EventManagerThreadsTest, AddAndRemove_WhileLoopsDispatch_NoEventLost) {
   constexpr int rounds = 100;
   struct Side {
