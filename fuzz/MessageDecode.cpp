@@ -47,11 +47,17 @@ ovix_client_type openedClient() {
   return client;
 }
 
+// Ends before the modem that it is connected to.
+struct OpenClient {
+  const ovix_client_type handle = openedClient();
+  ~OpenClient() { ovix_client_release(handle); }
+};
+
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  static const ovix_client_type client = openedClient();
-  if (client == nullptr) {
+  static const OpenClient client;
+  if (client.handle == nullptr) {
     std::abort();
   }
   pavo::fuzz::Input input(data, size);
@@ -62,7 +68,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   // On the heap and of that very size: a byte beyond is an error that the sanitizer sees.
   const std::vector<std::uint8_t> bytes = input.rest();
   std::vector<std::uint8_t> structure(message.size);
-  ovix_client_message_decode(client, message.kind, message.id, bytes.data(),
+  ovix_client_message_decode(client.handle, message.kind, message.id, bytes.data(),
                              static_cast<unsigned int>(bytes.size()), structure.data(),
                              static_cast<unsigned int>(structure.size()));
   return 0;

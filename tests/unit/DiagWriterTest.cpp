@@ -58,13 +58,16 @@ class DiagWriterTest : public FakePlatformTest {
   }
   void TearDown() override { LogWrapper::getInstance().setLogWriter(nullptr); }
 
-  /// The worker has written the last line of its start.
-  bool waitUntilQuiet() {
-    return platform.waitFor([] {
+  /// The worker has written the last line of its start, and is done with the writer: a call has
+  /// gone through it since.
+  bool waitUntilQuiet(Manager& manager) {
+    const bool isLastLine = platform.waitFor([] {
       const Lines calls = channelCalls();
       return std::find(calls.begin(), calls.end(),
                        "diag OvixWdsProxy config register request successful!") != calls.end();
     });
+    manager.getProfile(nullptr);
+    return isLastLine;
   }
 };
 
@@ -138,7 +141,7 @@ TEST_F(DiagWriterTest, Init_DiagnosticChannel_OpenedBeforeTheFirstLineAndEveryLi
 TEST_F(DiagWriterTest, Init_SecondTime_NewChannelBeforeTheOldIsClosedAndThenTheLine) {
   Manager manager;
   manager.init(/*subscription=*/0, /*useAndroidLog=*/false);
-  ASSERT_TRUE(waitUntilQuiet());
+  ASSERT_TRUE(waitUntilQuiet(manager));
   platform.clearCalls();
   manager.init(/*subscription=*/1, /*useAndroidLog=*/false);
   const Lines calls = channelCalls();
@@ -152,7 +155,7 @@ TEST_F(DiagWriterTest, Init_SecondTime_NewChannelBeforeTheOldIsClosedAndThenTheL
 TEST_F(DiagWriterTest, Init_AndroidLogSecond_ChannelClosedOnceBeforeTheLine) {
   Manager manager;
   manager.init(/*subscription=*/0, /*useAndroidLog=*/false);
-  ASSERT_TRUE(waitUntilQuiet());
+  ASSERT_TRUE(waitUntilQuiet(manager));
   platform.clearCalls();
   manager.init(/*subscription=*/1, /*useAndroidLog=*/true);
   const Lines calls = channelCalls(/*withAndroidLog=*/true);
