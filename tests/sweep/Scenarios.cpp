@@ -35,7 +35,8 @@ void Stage::edit(const std::string& verb, const json& args) const {
 
 void Stage::awaitModem() const {
   waitUntil([this] {
-    return modem.control("show")["registered"] == 1 || modem.control("faults")["faults"].empty();
+    return modem.control("show")["registered"] == 1 ||
+           (isFaulted && modem.control("faults")["faults"].empty());
   });
 }
 

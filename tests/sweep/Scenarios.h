@@ -20,6 +20,7 @@ struct Stage {
   Manager& manager;
   Util& util;
   ModemProcess& modem;
+  bool isFaulted;
 
   /// As another client; without a word when there is no such profile any more, or no modem.
   void edit(const std::string& verb, const nlohmann::json& args) const;

@@ -60,7 +60,7 @@ class SweepTest : public SystemTest {
     }
     {
       Util util;
-      scenario.run({*manager, util, modem});
+      scenario.run({*manager, util, modem, /*isFaulted=*/!effect.args.is_null()});
     }
     const bool isMet = !effect.args.is_null() && areFaultsUsedUp(modem);
     recover(effect);
