@@ -82,6 +82,7 @@ const Control::Verb* Control::findVerb(std::string_view name) {
       {"delete", &Control::erase, {"index"}},
       {"indicate", &Control::indicate, {"event", "index"}},
       {"power-cycle", &Control::powerCycle, {"offMs", "onMs", "times"}},
+      {"power-on", &Control::powerOn, {}},
       {"fail", &Control::fail, {}, /*takesSettings=*/false, /*judgesArgumentsItself=*/true},
       {"script", &Control::script, {}, /*takesSettings=*/false, /*judgesArgumentsItself=*/true},
       {"faults", &Control::listFaults, {"since"}},
@@ -184,6 +185,13 @@ json Control::indicate(const json& args) {
 json Control::powerCycle(const json& args) {
   requireOn();
   host.powerCycle(powerCycleFromJson(args));
+  return {{"on", modem.isOn()}, {"boot", modem.bootNumber()}};
+}
+
+json Control::powerOn(const json&) {
+  if (!modem.isOn()) {
+    modem.powerUp();
+  }
   return {{"on", modem.isOn()}, {"boot", modem.bootNumber()}};
 }
 

@@ -45,6 +45,7 @@ class Control {
   Json erase(const Json& args);
   Json indicate(const Json& args);
   Json powerCycle(const Json& args);
+  Json powerOn(const Json& args);
   Json fail(const Json& args);
   Json script(const Json& args);
   Json listFaults(const Json& args);

@@ -50,7 +50,7 @@ CLI::App* describeControl(CLI::App& app, ControlArguments& arguments) {
   CLI::App* ctl = app.add_subcommand("ctl", "Send one verb to a running modem's control channel.");
   addSocketOption(*ctl, arguments.socketPath, "The modem's socket")->required();
   ctl->add_option("verb", arguments.verb,
-                  "show, create, modify, delete, indicate, power-cycle, "
+                  "show, create, modify, delete, indicate, power-cycle, power-on, "
                   "fail, script, faults, clear, transcript, clear-transcript, quit")
       ->required();
   ctl->add_option("arguments", arguments.words, "A JSON object, key=value, or @FILE");

@@ -213,6 +213,24 @@ TEST(Server, PowerCycle_WithOffTime_TurnsClientsAndEditsAway) {
   EXPECT_EQ(control.call("show")["on"], false);
 }
 
+TEST(Server, PowerOn_OffTimeIsNotOver_ServesAgain) {
+  ServedModem served;
+  ControlClient control = served.newControl();
+  const auto boot = control.call("show")["boot"];
+  control.call("power-cycle", {{"offMs", 3'600'000}});
+  const auto reply = control.call("power-on");
+  EXPECT_EQ(reply["on"], true);
+  EXPECT_NE(reply["boot"], boot);
+  EXPECT_TRUE(RawClient(served.connect()).hello());
+}
+
+TEST(Server, PowerOn_IsOnAlready_DoesNothing) {
+  ServedModem served;
+  ControlClient control = served.newControl();
+  const auto boot = control.call("show")["boot"];
+  EXPECT_EQ(control.call("power-on")["boot"], boot);
+}
+
 TEST(Server, PowerCycle_OffTimeIsOver_ServesAgain) {
   ServedModem served;
   ControlClient control = served.newControl();

@@ -50,6 +50,7 @@ const std::vector<Scenario>& scenarios() {
        {profile("internet", "V4V6")},
        [](const Stage& stage) {
          stage.util.findOrCreateProfileForSetupDataCall(wanted("internet"));
+         stage.modem.control("power-on");
          stage.awaitModem();
          stage.manager.refresh(PDC_REFRESH_COMPLETED);
          stage.util.findOrCreateProfileForSetupDataCall(wanted("internet"));

@@ -55,7 +55,8 @@ class SweepTest : public SystemTest {
       setFault(modem, Fault::onMessage("any").nth(nth).with(effect.args));
     }
     if (scenario.startsWithoutModem) {
-      control("power-cycle", {{"offMs", 5}});
+      // Until the scenario switches it on.
+      control("power-cycle", {{"offMs", 3'600'000}});
       manager->init(0, /*useAndroidLog=*/true);
     }
     {
