@@ -68,12 +68,47 @@ TEST(ApnFile, Read_BadContent_IsOneLineWithFileAndLine) {
            BadFile{"<!DOCTYPE apns [\n<!ENTITY a SYSTEM 'file:///etc/passwd'>]>\n<apns>&a;</apns>",
                    ":2: the file declares entities"},
            BadFile{"<apns><apn apn='&undefined;'/></apns>", "undefined entity"},
+           // With an outer document type the parser would leave the reference out and go on.
+           BadFile{"<!DOCTYPE apns SYSTEM 'a.dtd'>\n<apns>\n<apn apn='a&undefined;b'/></apns>",
+                   ":3: undefined entity"},
+           BadFile{"<!DOCTYPE apns SYSTEM 'a.dtd'>\n<apns>&undefined;</apns>", "undefined entity"},
+           BadFile{"<!DOCTYPE apns [<!ATTLIST apn apn CDATA 'x'>]><apns><apn/></apns>",
+                   ":1: the file declares attributes"},
        }) {
     SCOPED_TRACE(bad.text);
     const std::string path = writeFile(folder, "bad.xml", bad.text);
     EXPECT_THAT([&] { readApnFile(path); },
                 ThrowsMessage<Failure>(AllOf(HasSubstr(path), HasSubstr(bad.complaint),
                                              testing::Not(HasSubstr("\n")))));
+  }
+}
+
+TEST(ApnFile, Read_OuterDocumentTypeAndOwnReferences_AreNoHarm) {
+  const TemporaryFolder folder;
+  const ApnFile file = readApnFile(writeFile(
+      folder, "a.xml", "<!DOCTYPE apns SYSTEM 'a.dtd'><apns><apn apn='&lt;&#65;'/></apns>"));
+  EXPECT_EQ(file.entries.at(0).valueOf("apn"), "<A");
+}
+
+TEST(ApnFile, Read_FileWithoutMeasure_IsRefused) {
+  const TemporaryFolder folder;
+  std::string deep = "<apns>";
+  for (int i = 0; i < 100; ++i) {
+    deep += "<apn>";
+  }
+  EXPECT_THAT([&] { readApnFile(writeFile(folder, "deep.xml", deep)); },
+              ThrowsMessage<Failure>(HasSubstr(":1: elements nested too deep")));
+  const std::string large = "<apns>" + std::string(std::size_t{17} << 20, ' ') + "</apns>";
+  EXPECT_THAT([&] { readApnFile(writeFile(folder, "large.xml", large)); },
+              ThrowsMessage<Failure>(HasSubstr("larger than 16 MiB")));
+}
+
+TEST(ApnFile, PlmnOf_ProperCodes_AreJoined) {
+  EXPECT_EQ(plmnOf("234", "02"), "23402");
+  EXPECT_EQ(plmnOf("310", "260"), "310260");
+  for (const auto& [mcc, mnc] : std::vector<std::pair<std::string, std::string>>{
+           {"", ""}, {"234", ""}, {"23", "402"}, {"234", "2"}, {"23x", "02"}, {"234", "0200"}}) {
+    EXPECT_EQ(plmnOf(mcc, mnc), "") << mcc << " " << mnc;
   }
 }
 

@@ -148,19 +148,6 @@ TEST(ApnMapping, Map_LongestTexts_AreTaken) {
   EXPECT_EQ(mapped.params.getApnName().size(), 150U);
 }
 
-TEST(ApnMapping, PlmnOf_ProperCodes_AreJoined) {
-  EXPECT_EQ(plmnOf({1, {{"mcc", "234"}, {"mnc", "02"}}}), "23402");
-  EXPECT_EQ(plmnOf({1, {{"mcc", "310"}, {"mnc", "260"}}}), "310260");
-  for (const Attributes& bad : std::vector<Attributes>{{},
-                                                       {{"mcc", "234"}},
-                                                       {{"mcc", ""}, {"mnc", ""}},
-                                                       {{"mcc", "23"}, {"mnc", "402"}},
-                                                       {{"mcc", "234"}, {"mnc", "2"}},
-                                                       {{"mcc", "23x"}, {"mnc", "02"}}}) {
-    EXPECT_EQ(plmnOf({1, bad}), "");
-  }
-}
-
 // The whole list of Debian: every value of every entry is in the profile, or somebody is told.
 TEST(ApnMapping, Map_DebiansList_DropsNothing) {
   const ApnFile file = readApnFile("/usr/share/mobile-broadband-provider-info/apns-conf.xml");

@@ -102,10 +102,30 @@ TEST(CommandLine, Import_PersistentUnlessAskedOtherwise) {
   EXPECT_TRUE(line.isHeld);
 }
 
+TEST(CommandLine, ImportOfEveryOperator_AndCheck) {
+  EXPECT_FALSE(parse({"import", "f", "--plmn", "23402"}).isEveryOperator);
+  EXPECT_TRUE(parse({"import", "f", "--plmn", "all"}).isEveryOperator);
+  EXPECT_TRUE(parse({"import", "f", "--check"}).isCheck);
+}
+
+TEST(CommandLine, Shell_ItsOwnVerbsAndTheGlobalsItWasStartedWith) {
+  const CommandLine start = parse({"shell", "--json", "--timeout", "7", "--subscription", "2"});
+  EXPECT_EQ(start.verb, "shell");
+  const CommandLine line = CommandLine::parseInShell({"release", "all"}, start);
+  EXPECT_EQ(line.verb, "release");
+  EXPECT_EQ(line.keyNumber, 0);
+  EXPECT_TRUE(line.isJson);
+  EXPECT_EQ(line.session.timeout.count(), 7000);
+  EXPECT_EQ(line.session.subscription, 2);
+  EXPECT_EQ(CommandLine::parseInShell({"listen", "4", "--timeout", "1"}, start).keyNumber, 4);
+  EXPECT_THROW(CommandLine::parseInShell({"listen", "all"}, start), UsageError);
+  EXPECT_THROW(CommandLine::parseInShell({"shell"}, start), UsageError);
+}
+
 TEST(CommandLine, Help_EveryVerb_HasExamples) {
   EXPECT_THAT(parse({"--help"}).help, HasSubstr("OVIX_MODEM"));
   for (const char* verb :
-       {"list", "get", "add", "modify", "delete", "refresh", "dump", "watch", "import"}) {
+       {"list", "get", "add", "modify", "delete", "refresh", "dump", "watch", "import", "shell"}) {
     EXPECT_THAT(parse({verb, "--help"}).help, HasSubstr("Examples:\n  pavoctl ")) << verb;
   }
 }
@@ -136,6 +156,9 @@ TEST(CommandLine, BadUsage_IsRefusedInOneLine) {
            {{"list", "--timeout", "0"}, "--timeout: '0'"},
            {{"list", "--subscription", "4294967296"}, "--subscription"},
            {{"import", "f"}, "--plmn"},
+           {{"import", "f", "--check", "--plmn", "all"}, "excludes"},
+           {{"import", "f", "--check", "--dry-run"}, "excludes"},
+           {{"release", "1"}, "release"},
            {{"import", "f", "--plmn", "234"}, "--plmn: '234'"},
            {{"import", "f", "--plmn", "23402", "--non-persistent"}, "--hold"},
            {{"import", "f", "--plmn", "23402", "--hold"}, "--non-persistent"},

@@ -298,7 +298,22 @@ TEST(ProgramWithoutModem, Embedded_EachRun_StartsEmpty) {
 
 TEST(ProgramWithoutModem, BadUsage_AnyKind_IsOneLineAndStatus2) {
   for (const Arguments& arguments :
-       std::vector<Arguments>{{}, {"nonsense"}, {"get", "x"}, {"list", "--auth", "EAP"}}) {
+       std::vector<Arguments>{{},
+                              {"nonsense"},
+                              {"get", "x"},
+                              {"get", ""},
+                              {"get", "1e1"},
+                              {"get", "256"},
+                              {"list", "--auth", "EAP"},
+                              {"list", "--types", "DEFAULT|TV"},
+                              {"modify", "1", "--apn", std::string(151, 'a')},
+                              {"modify", "1", "--password", std::string(128, 'a')},
+                              {"modify", "1", "--max-pdn", "65536"},
+                              {"modify", "1", "--clat", "perhaps"},
+                              {"list", "--timeout", "nan"},
+                              {"list", "--timeout", "1\n2"},
+                              {"import", "/dev/null"},
+                              {"import", "/dev/null", "--plmn", "x"}}) {
     const ToolResult result = runTool("/nonexistent", arguments);
     EXPECT_EQ(result.exit, badUsage) << result;
     EXPECT_EQ(result.output, "");

@@ -27,13 +27,14 @@ std::ostream& operator<<(std::ostream& out, const ToolResult& result) {
              << result.errors;
 }
 
-std::unique_ptr<ChildProcess> startTool(const std::string& modemSocket,
-                                        const Arguments& arguments) {
+std::unique_ptr<ChildProcess> startTool(const std::string& modemSocket, const Arguments& arguments,
+                                        const std::string& input) {
   Arguments command{PAVOCTL_PROGRAM};
   command.insert(command.end(), arguments.begin(), arguments.end());
   return std::make_unique<ChildProcess>(
-      command, ChildProcessOptions{
-                   .environment = {"OVIX_MODEM=" + modemSocket}, .workingFolder = {}, .input = {}});
+      command,
+      ChildProcessOptions{
+          .environment = {"OVIX_MODEM=" + modemSocket}, .workingFolder = {}, .input = input});
 }
 
 ToolResult finish(ChildProcess& process) {
@@ -45,8 +46,18 @@ ToolResult finish(ChildProcess& process) {
   return {*exit, process.output(), process.errors()};
 }
 
-ToolResult runTool(const std::string& modemSocket, const Arguments& arguments) {
-  return finish(*startTool(modemSocket, arguments));
+ToolResult runTool(const std::string& modemSocket, const Arguments& arguments,
+                   const std::string& input) {
+  return finish(*startTool(modemSocket, arguments, input));
+}
+
+std::unique_ptr<TerminalProcess> startToolOnTerminal(const std::string& modemSocket,
+                                                     const Arguments& arguments) {
+  Arguments command{PAVOCTL_PROGRAM};
+  command.insert(command.end(), arguments.begin(), arguments.end());
+  // The user who runs the tests may have a line editor of other habits.
+  return std::make_unique<TerminalProcess>(
+      command, std::vector<std::string>{"OVIX_MODEM=" + modemSocket, "EDITRC=/dev/null"});
 }
 
 std::string writeFile(const TemporaryFolder& folder, const std::string& name,

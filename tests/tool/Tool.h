@@ -10,6 +10,7 @@
 #include "ChildProcess.h"
 #include "ModemProcess.h"
 #include "TemporaryFolder.h"
+#include "TerminalProcess.h"
 
 namespace pavo::test {
 
@@ -28,10 +29,15 @@ struct ToolResult {
 // "exit 0, output ..., errors ...", for failure messages.
 std::ostream& operator<<(std::ostream& out, const ToolResult& result);
 
-// Runs the program to its end.
-ToolResult runTool(const std::string& modemSocket, const Arguments& arguments);
+// Runs the program to its end; input is what it reads.
+ToolResult runTool(const std::string& modemSocket, const Arguments& arguments,
+                   const std::string& input = "");
 // Starts it.
-std::unique_ptr<ChildProcess> startTool(const std::string& modemSocket, const Arguments& arguments);
+std::unique_ptr<ChildProcess> startTool(const std::string& modemSocket, const Arguments& arguments,
+                                        const std::string& input = "");
+// The same on a terminal.
+std::unique_ptr<TerminalProcess> startToolOnTerminal(const std::string& modemSocket,
+                                                     const Arguments& arguments);
 ToolResult finish(ChildProcess& process);
 
 std::string writeFile(const TemporaryFolder& folder, const std::string& name,
@@ -42,7 +48,9 @@ class ToolTest : public testing::Test {
  protected:
   ToolTest();
 
-  ToolResult run(const Arguments& arguments) { return runTool(modem.socketPath(), arguments); }
+  ToolResult run(const Arguments& arguments, const std::string& input = "") {
+    return runTool(modem.socketPath(), arguments, input);
+  }
   std::unique_ptr<ChildProcess> start(const Arguments& arguments) {
     return startTool(modem.socketPath(), arguments);
   }

@@ -127,6 +127,46 @@ TEST_F(WatchTest, Watch_LastProfileDeletedAfterALongTime_IsSeen) {
   EXPECT_TRUE(waitForEvents(*watcher, "deleted", 2)) << watcher->output();
 }
 
+TEST_F(WatchTest, Watch_ProfileThatCannotBeRead_IsNotSaidToBeDeleted) {
+  const auto watcher = start({"watch", "--json"});
+  ASSERT_TRUE(waitForEvents(*watcher, "watching"));
+  modem.control("fail", {{"message", "profile-settings"}, {"error", 9}, {"count", 2}});
+  modem.control("modify", {{"index", 1}, {"apn", "other"}});
+  ASSERT_TRUE(waitForEvents(*watcher, "unreadable")) << watcher->output();
+  EXPECT_EQ(events(*watcher).back()["count"], 1);
+  // It is tried again, and then the change is there with both sides.
+  ASSERT_TRUE(waitForEvents(*watcher, "changed")) << watcher->output();
+  EXPECT_EQ(events(*watcher).back()["changes"]["apnName"],
+            Json::parse(R"({"before":"internet","after":"other"})"));
+  EXPECT_TRUE(events(*watcher, "deleted").empty()) << watcher->output();
+  EXPECT_TRUE(events(*watcher, "created").empty()) << watcher->output();
+}
+
+TEST_F(WatchTest, Watch_EveryEvent_HasItsTime) {
+  const auto json = start({"watch", "--json"});
+  const auto text = start({"watch"});
+  ASSERT_TRUE(json->waitForOutput("watching"));
+  ASSERT_TRUE(text->waitForOutput("watching"));
+  modem.control("create", {{"apn", "new"}, {"user", "u"}});
+  modem.control("delete", {{"index", 2}});
+  ASSERT_TRUE(waitForEvents(*json, "deleted")) << json->output();
+  ASSERT_TRUE(text->waitForOutput("profile 2 deleted: ")) << text->output();
+  modem.control("power-cycle");
+  ASSERT_TRUE(waitForEvents(*json, "refreshed")) << json->output();
+  ASSERT_TRUE(text->waitForOutput("read from the modem again")) << text->output();
+  const std::string time = "[0-9]{4}-[0-9]{2}-[0-9]{2}T[0-9]{2}:[0-9]{2}:[0-9]{2}\\.[0-9]{3}Z";
+  for (const Json& event : events(*json)) {
+    EXPECT_THAT(event["time"].get<std::string>(), testing::MatchesRegex(time));
+  }
+  std::istringstream lines(text->output());
+  for (std::string line; std::getline(lines, line);) {
+    EXPECT_THAT(line, testing::MatchesRegex(time + " .+"));
+  }
+  EXPECT_THAT(text->output(),
+              HasSubstr(" profile 3 created: apnName: (absent) -> new, userName: (absent) -> u\n"));
+  EXPECT_THAT(text->output(), HasSubstr(" profile 2 deleted: apnName: ims -> (absent), "));
+}
+
 // A table so long that reading it pushes everything else out of the library's log.
 TEST(WatchLongTable, Watch_PowerCycle_IsSurvived) {
   ModemProcessOptions options;

@@ -23,6 +23,7 @@ class Mapping {
   explicit Mapping(const ApnEntry& apnEntry) : entry(apnEntry) {}
 
   MappedApn run() {
+    mapped.notes = entry.notes;
     mapTexts();
     mapTypes();
     mapProtocol("protocol", &pavo::ProfileParams::setHomeIPType);
@@ -183,12 +184,15 @@ class Mapping {
                                                      "wait_time"};
     std::vector<std::string> others;
     for (const auto& [name, value] : entry.attributes) {
-      if (std::find(taken.begin(), taken.end(), name) == taken.end() && !value.empty()) {
-        others.push_back(printable(name));
+      const auto isIn = [&](const auto& names) {
+        return std::find(names.begin(), names.end(), name) != names.end();
+      };
+      if (!isIn(taken) && !value.empty() && !isIn(others)) {
+        others.push_back(name);
       }
     }
     if (!others.empty()) {
-      note("a profile has no place for " + join(others, ", "));
+      note("a profile has no place for " + printable(join(others, ", ")));
     }
   }
 
@@ -196,20 +200,8 @@ class Mapping {
   MappedApn mapped;
 };
 
-bool isDigits(const std::string& text) {
-  return !text.empty() && text.find_first_not_of("0123456789") == std::string::npos;
-}
-
 }  // namespace
 
 MappedApn mapApn(const ApnEntry& entry) { return Mapping(entry).run(); }
-
-std::string plmnOf(const ApnEntry& entry) {
-  const std::string mcc = entry.valueOf("mcc");
-  const std::string mnc = entry.valueOf("mnc");
-  const bool isProper =
-      isDigits(mcc) && isDigits(mnc) && mcc.size() == 3 && (mnc.size() == 2 || mnc.size() == 3);
-  return isProper ? mcc + mnc : std::string();
-}
 
 }  // namespace pavoctl

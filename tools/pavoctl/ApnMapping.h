@@ -23,7 +23,4 @@ struct MappedApn {
 // name. The carrier's name is for people only: the profile's own name is the library's mark.
 MappedApn mapApn(const ApnEntry& entry);
 
-// MCC and MNC together; empty when the entry does not say both properly.
-std::string plmnOf(const ApnEntry& entry);
-
 }  // namespace pavoctl

@@ -4,6 +4,7 @@
 #include <limits>
 #include <sstream>
 
+#include "Description.h"
 #include "Errors.h"
 #include "Options.h"
 #include "Text.h"
@@ -31,39 +32,106 @@ void addGlobals(CLI::App& app, CommandLine& line) {
       "--show-secrets", [&line] { line.secrets = Secrets::shown; }, "Print passwords in clear");
   app.add_flag("--log", line.session.useAndroidLog,
                "Send the library's log to the Android log, not to the diagnostic channel");
+  addValue(app, "--describe", "json|man|bash",
+           "Print all commands and options: for programs, for the manual page, for completion",
+           [&line](const auto& value) { line.description = value; });
   app.footer(
       "\nEnvironment:\n"
       "  OVIX_MODEM  the modem's socket. Without it a modem inside this process serves: its\n"
       "              table is empty each time and gone at the end.\n"
       "\nExit status: 0 done, 1 refused by the library or the modem or failed, 2 bad usage.\n"
+      "import --check: 1 when there are findings.\n"
       "\nA command's own help: pavoctl COMMAND --help");
 }
+
+enum class Place { program, shell };
+
+class Parser {
+ public:
+  Parser(Place where, CommandLine& result)
+      : place(where),
+        line(result),
+        app("Looks at and changes the modem's packet-data profiles.", "pavoctl") {
+    addGlobals(app, line);
+    VerbRegistry verbs(app, line);
+    declareList(verbs);
+    declareProfileVerbs(verbs);
+    declareLibraryVerbs(verbs);
+    declareImport(verbs);
+    if (place == Place::program) {
+      declareShell(verbs);
+    } else {
+      declareShellVerbs(verbs);
+    }
+  }
+
+  void run(int argc, const char* const* argv) {
+    const std::string hint = place == Place::program ? " (try pavoctl --help)" : " (try help)";
+    try {
+      app.parse(argc, argv);
+    } catch (const CLI::Success& help) {
+      std::ostringstream text;
+      app.exit(help, text, text);
+      line.help = text.str();
+      return;
+    } catch (const CLI::Error& error) {
+      throw UsageError(printable(trimmed(error.what())) + hint);
+    }
+    if (!line.description.empty()) {
+      line.help = textOf(line.description);
+    } else if (line.action == nullptr) {
+      throw UsageError("no command given" + hint);
+    }
+  }
+
+  const CLI::App& parser() const { return app; }
+
+ private:
+  static std::string textOf(const std::string& form) {
+    const Descriptions all = CommandLine::describe();
+    if (form == "json") {
+      return describeInJson(all);
+    }
+    if (form == "man") {
+      return describeInRoff(all);
+    }
+    if (form == "bash") {
+      return describeInBash(all.program);
+    }
+    throw UsageError("--describe: " + quoted(form) + " is not json, man or bash");
+  }
+
+  const Place place;
+  CommandLine& line;
+  CLI::App app;
+};
 
 }  // namespace
 
 CommandLine CommandLine::parse(int argc, const char* const* argv) {
   CommandLine line;
-  CLI::App app("Looks at and changes the modem's packet-data profiles.", "pavoctl");
-  addGlobals(app, line);
-  VerbRegistry verbs(app, line);
-  declareList(verbs);
-  declareProfileVerbs(verbs);
-  declareLibraryVerbs(verbs);
-  declareImport(verbs);
-  try {
-    app.parse(argc, argv);
-  } catch (const CLI::Success& help) {
-    std::ostringstream text;
-    app.exit(help, text, text);
-    line.help = text.str();
-    return line;
-  } catch (const CLI::Error& error) {
-    throw UsageError(printable(trimmed(error.what())) + " (try pavoctl --help)");
-  }
-  if (line.action == nullptr) {
-    throw UsageError("no command given (try pavoctl --help)");
-  }
+  Parser(Place::program, line).run(argc, argv);
   return line;
+}
+
+CommandLine CommandLine::parseInShell(const std::vector<std::string>& words,
+                                      const CommandLine& start) {
+  CommandLine line;
+  line.session = start.session;
+  line.isJson = start.isJson;
+  line.secrets = start.secrets;
+  std::vector<const char*> argv{"pavoctl"};
+  for (const auto& word : words) {
+    argv.push_back(word.c_str());
+  }
+  Parser(Place::shell, line).run(static_cast<int>(argv.size()), argv.data());
+  return line;
+}
+
+Descriptions CommandLine::describe() {
+  CommandLine none;
+  return {pavoctl::describe(Parser(Place::program, none).parser()),
+          pavoctl::describe(Parser(Place::shell, none).parser())};
 }
 
 }  // namespace pavoctl

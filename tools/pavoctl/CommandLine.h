@@ -5,6 +5,7 @@
 #include <pavo/ProfileParams.h>
 
 #include <string>
+#include <vector>
 
 #include "Errors.h"
 #include "Secrets.h"
@@ -14,6 +15,7 @@ namespace pavoctl {
 
 class Context;
 struct CommandLine;
+struct Descriptions;
 
 // Does what the command line asks for. Throws UsageError and Failure.
 using Action = ExitStatus (*)(const CommandLine& line, Context& context);
@@ -21,6 +23,8 @@ using Action = ExitStatus (*)(const CommandLine& line, Context& context);
 struct CommandLine {
   // When not empty: text to print instead of doing anything.
   std::string help;
+
+  std::string description;  // The form of --describe; the text is then in help.
 
   std::string verb;
   Action action = nullptr;
@@ -37,11 +41,19 @@ struct CommandLine {
   bool isHeld = false;               // add, import
   std::string file;                  // import
   std::string plmn;                  // import
+  bool isEveryOperator = false;      // import: not only plmn's
   bool isTemporary = false;          // import: not persistent
   bool isDryRun = false;             // import
+  bool isCheck = false;              // import: look at the file only
+  int keyNumber = 0;                 // release, listen; 0: all
+  std::string helpTopic;             // help
 
   // Throws UsageError.
   static CommandLine parse(int argc, const char* const* argv);
+  // A line of the shell, which was started with the globals of start.
+  static CommandLine parseInShell(const std::vector<std::string>& words, const CommandLine& start);
+  // All that these two understand.
+  static Descriptions describe();
 };
 
 }  // namespace pavoctl

@@ -1,5 +1,8 @@
 #include "Context.h"
 
+#include "KeyRing.h"
+#include "Profile.h"
+
 namespace pavoctl {
 
 StopSignal& Context::stopSignal() {
@@ -10,10 +13,20 @@ StopSignal& Context::stopSignal() {
 }
 
 Session& Context::session(const Session::Options& options) {
-  if (!running) {
+  if (running) {
+    running->resume(options);
+  } else {
     running.emplace(options);
   }
   return *running;
+}
+
+void Context::keepKey(Key key, bool isJson) {
+  const int profile = key->getProfileId();
+  const int number = keys->keep(std::move(key));
+  output.line(isJson
+                  ? dumpJson(Json{{"key", number}, {"profile", profile}})
+                  : "key " + std::to_string(number) + " holds profile " + std::to_string(profile));
 }
 
 }  // namespace pavoctl

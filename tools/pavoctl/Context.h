@@ -10,6 +10,8 @@
 
 namespace pavoctl {
 
+class KeyRing;
+
 class Context {
  public:
   explicit Context(Output& standardOutput) : output(standardOutput) {}
@@ -18,11 +20,16 @@ class Context {
   // earlier would let the signals end the process.
   StopSignal& stopSignal();
 
-  // Starts the library with the first call's options; later calls get the same session. Throws
-  // Failure when there is no modem; the next call then tries again.
+  // Starts the library with the first call's options; later calls get the same session, with their
+  // timeout. Throws Failure when there is no modem; the next call then tries again.
   Session& session(const Session::Options& options);
 
+  // A key that a verb is to hold goes to the shell, when there is one. Says its number there.
+  void keepKey(Key key, bool isJson);
+
   Output& output;
+  KeyRing* keys = nullptr;  // The shell's.
+  bool isShellOver = false;
 
  private:
   std::optional<StopSignal> stop;

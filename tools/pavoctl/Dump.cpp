@@ -63,6 +63,16 @@ std::string_view Dump::lastLine(std::string_view start) const {
   return {};
 }
 
+std::size_t Dump::unreadable() const {
+  constexpr std::string_view nothing = ": null";
+  return static_cast<std::size_t>(
+      std::count_if(cache.begin(), cache.end(), [&](std::string_view line) {
+        return line.size() > nothing.size() &&
+               line.substr(line.size() - nothing.size()) == nothing &&
+               line.find(nothing) == line.find(':');
+      }));
+}
+
 bool Dump::hasLostList() const {
   for (auto line = log.rbegin(); line != log.rend(); ++line) {
     if (messageOf(*line) == message::listRead) {

@@ -21,6 +21,7 @@ inline constexpr std::string_view nullProfile = "ProfileCache: null profile";
 inline constexpr std::string_view unchanged = "ProfileCache: profile is unchanged";
 inline constexpr std::string_view modifyFailed = "ProfileCache: failed to modify modem profile";
 inline constexpr std::string_view released = "Released profile ";
+inline constexpr std::string_view releaseFailed = "ProfileCache: failed to release profile";
 }  // namespace message
 
 struct Dump {
@@ -38,6 +39,10 @@ struct Dump {
   // The last log line, time stamp included, whose message begins with start; empty when there is
   // none. Two of them that differ are two messages.
   std::string_view lastLine(std::string_view start) const;
+
+  // How many of the modem's profiles the cache has without their contents, because these could not
+  // be read.
+  std::size_t unreadable() const;
 
   // Whether the library's latest attempt to read the modem's list of profiles has failed, so that
   // the cache is empty although the modem's table need not be.

@@ -23,4 +23,17 @@ class Failure : public std::runtime_error {
   using std::runtime_error::runtime_error;
 };
 
+// The modem has not answered. What it was asked for may be done or not, and asking for more makes
+// no sense.
+class NoAnswer : public Failure {
+ public:
+  using Failure::Failure;
+};
+
+// The tool's own output cannot be written. What was done, is done.
+class OutputFailure : public Failure {
+ public:
+  using Failure::Failure;
+};
+
 }  // namespace pavoctl

@@ -7,64 +7,109 @@
 #include "ApnFile.h"
 #include "ApnMapping.h"
 #include "Context.h"
+#include "Hold.h"
+#include "Progress.h"
 #include "Text.h"
 
 namespace pavoctl {
 namespace {
 
+// A modem that refuses so many profiles in a row has no room for another one.
+constexpr int refusalsInARowMax = 3;
+// What the largest modem has room for.
+constexpr std::size_t profilesMax = 255;
+
 class Import {
  public:
   Import(const CommandLine& commandLine, Context& surroundings)
-      : line(commandLine), context(surroundings), output(surroundings.output) {}
+      : line(commandLine),
+        context(surroundings),
+        output(surroundings.output),
+        file(readApnFile(line.file)),
+        entries(chosenEntries()),
+        progress("importing", entries.size()) {}
 
   ExitStatus run() {
-    const ApnFile file = readApnFile(line.file);
-    const auto entries = entriesOfPlmn(file);
-    StopSignal* stop = nullptr;
+    Hold hold(line, context);
     if (!line.isDryRun) {
-      if (line.isHeld) {
-        stop = &context.stopSignal();
-      }
+      // Persistent profiles stay when the import is interrupted, so it has to say how far it came.
+      stop = &context.stopSignal();
       session = &context.session(line.session);
     }
-    for (const auto& remark : file.remarks) {
-      note(remark.line, remark.text);
+    try {
+      importAll(hold);
+      finish();
+    } catch (const OutputFailure& failure) {
+      throw Failure(failure.what() + account());
     }
-    for (const ApnEntry* entry : entries) {
-      importEntry(*entry);
-    }
-    finish();
-    if (stop != nullptr) {
-      stop->wait();
-      releaseAll();
-    }
-    return refused.empty() ? exitDone : exitFailed;
+    return hold.finish() && refused.empty() && stopReason.empty() ? exitDone : exitFailed;
   }
 
  private:
-  std::vector<const ApnEntry*> entriesOfPlmn(const ApnFile& file) {
-    std::vector<const ApnEntry*> found;
-    std::vector<std::string> strays;
+  std::vector<const ApnEntry*> chosenEntries() const {
+    std::vector<const ApnEntry*> chosen;
     for (const auto& entry : file.entries) {
-      const std::string plmn = plmnOf(entry);
-      if (plmn == line.plmn) {
-        found.push_back(&entry);
-      } else if (plmn.empty()) {
-        strays.push_back(std::to_string(entry.line));
+      if (line.isEveryOperator || entry.isOf(line.plmn)) {
+        chosen.push_back(&entry);
       }
     }
-    if (found.empty()) {
+    if (file.entries.empty()) {
+      throw Failure(printable(line.file) + ": there is no access point in it");
+    }
+    if (chosen.empty()) {
       throw Failure(printable(line.file) + ": none of its " + std::to_string(file.entries.size()) +
                     " entries is for network " + line.plmn);
     }
-    if (!strays.empty()) {
-      strayNote =
-          "entries without a proper mcc and mnc belong to no network; lines " + join(strays, ", ");
-    }
-    return found;
+    return chosen;
   }
 
-  void importEntry(const ApnEntry& entry) {
+  void importAll(Hold& hold) {
+    noteFile();
+    for (const ApnEntry* entry : entries) {
+      progress.show(done);
+      if (stop != nullptr && stop->hasCome()) {
+        stopReason = "a signal came";
+      } else {
+        importEntry(*entry, hold);
+      }
+      if (!stopReason.empty()) {
+        break;
+      }
+    }
+    progress.clear();
+  }
+
+  // What is to be said about the file and the operator.
+  void noteFile() {
+    for (const auto& remark : file.remarks) {
+      if (line.isEveryOperator || remark.isOf(line.plmn)) {
+        note(remark.line, remark.text);
+      }
+    }
+    if (line.isEveryOperator) {
+      return;
+    }
+    std::vector<std::string> strays;
+    std::vector<std::string> providers;
+    for (const auto& entry : file.entries) {
+      if (entry.networks.empty()) {
+        strays.push_back(std::to_string(entry.line));
+      } else if (entry.isOf(line.plmn) && !entry.provider.empty() &&
+                 (providers.empty() || providers.back() != quoted(entry.provider))) {
+        providers.push_back(quoted(entry.provider));
+      }
+    }
+    if (!strays.empty()) {
+      note("entries without a proper mcc and mnc belong to no network; lines " +
+           join(strays, ", "));
+    }
+    if (providers.size() > 1) {
+      note("network " + line.plmn + " has " + std::to_string(providers.size()) +
+           " operators, all are taken: " + join(providers, ", "));
+    }
+  }
+
+  void importEntry(const ApnEntry& entry, Hold& hold) {
     MappedApn mapped = mapApn(entry);
     for (const auto& text : mapped.notes) {
       note(entry.line, text);
@@ -73,24 +118,37 @@ class Import {
       refuse(entry, mapped.refusal);
       return;
     }
-    if (const auto place = placeOf(mapped.params, entry)) {
-      note(entry.line, "not added again: the same profile is " + *place);
-      return;
-    }
-    if (session == nullptr) {
-      report(entry, toJson(mapped.params, line.secrets), "would be added");
-      return;
-    }
     try {
-      auto added = session->add(
-          pavo::AddProfileParams(mapped.params, line.isPersistent, /*isIAProfile=*/false));
+      if (const auto place = placeOf(mapped.params, entry)) {
+        ++done;
+        note(entry.line, "not added again: the same profile is " + *place);
+      } else if (session == nullptr) {
+        report(entry, toJson(mapped.params, line.secrets), "would be added");
+      } else {
+        add(entry, mapped.params, hold);
+      }
+    } catch (const NoAnswer& failure) {
+      stopReason = failure.what();
+    }
+  }
+
+  void add(const ApnEntry& entry, const pavo::ProfileParams& params, Hold& hold) {
+    try {
+      auto added =
+          session->add(pavo::AddProfileParams(params, line.isPersistent, /*isIAProfile=*/false));
+      refusalsInARow = 0;
+      hold.keep(std::move(added.key));
       report(entry, toJson(added.profile, line.secrets),
              "profile " + std::to_string(added.profile.id));
-      if (line.isHeld) {
-        keys.push_back(std::move(added.key));
-      }
+    } catch (const OutputFailure&) {
+      throw;
+    } catch (const NoAnswer&) {
+      throw;
     } catch (const Failure& failure) {
       refuse(entry, failure.what());
+      if (++refusalsInARow == refusalsInARowMax) {
+        stopReason = "the modem takes no more profiles";
+      }
     }
   }
 
@@ -120,66 +178,92 @@ class Import {
 
   void note(unsigned long fileLine, const std::string& text) {
     notes.push_back(Json{{"line", fileLine}, {"note", text}});
-    if (!line.isJson) {
-      output.line("line " + std::to_string(fileLine) + ": note: " + text);
-    }
+    print("line " + std::to_string(fileLine) + ": note: " + text);
+  }
+
+  void note(const std::string& text) {
+    notes.push_back(Json{{"note", text}});
+    print("note: " + text);
   }
 
   void refuse(const ApnEntry& entry, const std::string& reason) {
+    ++done;
     refused.push_back(
         Json{{"line", entry.line}, {"carrier", entry.valueOf("carrier")}, {"reason", reason}});
+    progress.clear();
     complain(printable(line.file) + ":" + std::to_string(entry.line) + ": refused: " + reason);
   }
 
   void report(const ApnEntry& entry, Json profile, const std::string& result) {
+    ++done;
+    imported.push_back(
+        Json{{"line", entry.line}, {"carrier", entry.valueOf("carrier")}, {"profile", profile}});
+    print("line " + std::to_string(entry.line) + ": " + printable(entry.valueOf("carrier")) + ": " +
+          valueText(profile["apnName"]) + " (" + valueText(profile["apnTypesMask"]) +
+          "): " + result);
+  }
+
+  void print(const std::string& text) {
     if (!line.isJson) {
-      output.line("line " + std::to_string(entry.line) + ": " +
-                  printable(entry.valueOf("carrier")) + ": " + valueText(profile["apnName"]) +
-                  " (" + valueText(profile["apnTypesMask"]) + "): " + result);
+      progress.clear();
+      output.line(text);
     }
-    imported.push_back(Json{{"line", entry.line},
-                            {"carrier", entry.valueOf("carrier")},
-                            {"profile", std::move(profile)}});
+  }
+
+  // "; 12 imported, 1290 from line 345 on not done", for what ends the import early.
+  std::string account() const {
+    std::string text = "; " + std::to_string(imported.size()) +
+                       (line.isDryRun ? " would be imported" : " imported");
+    if (done < entries.size()) {
+      text += ", " + std::to_string(entries.size() - done) + " from line " +
+              std::to_string(entries[done]->line) + " on not done";
+    }
+    return text;
   }
 
   void finish() {
-    if (!strayNote.empty()) {
-      notes.push_back(Json{{"note", strayNote}});
-      if (!line.isJson) {
-        output.line("note: " + strayNote);
-      }
+    if (line.isDryRun && imported.size() > profilesMax) {
+      note("no modem has room for more than " + std::to_string(profilesMax) + " profiles");
     }
     if (line.isJson) {
-      output.line(dumpJson(Json{{"isDryRun", line.isDryRun},
-                                {"imported", imported},
-                                {"refused", refused},
-                                {"notes", notes}},
-                           /*indent=*/2));
-      return;
+      printJson();
+    } else {
+      output.line(std::to_string(imported.size()) +
+                  (line.isDryRun ? " would be imported, " : " imported, ") +
+                  std::to_string(refused.size()) + " refused, " + std::to_string(notes.size()) +
+                  " notes");
     }
-    output.line(
-        std::to_string(imported.size()) + (line.isDryRun ? " would be imported, " : " imported, ") +
-        std::to_string(refused.size()) + " refused, " + std::to_string(notes.size()) + " notes");
+    if (!stopReason.empty()) {
+      complain(printable(line.file) + ": stopped: " + stopReason + account());
+    }
   }
 
-  void releaseAll() {
-    for (auto& key : keys) {
-      const int id = key->getProfileId();
-      if (!Session::release(std::move(key))) {
-        complain("profile " + std::to_string(id) +
-                 " was not this process's to delete any more: the modem or another client has "
-                 "changed or deleted it");
+  void printJson() {
+    Json report{{"isDryRun", line.isDryRun},
+                {"imported", imported},
+                {"refused", refused},
+                {"notes", notes}};
+    if (!stopReason.empty()) {
+      report["stopped"] = Json{{"reason", stopReason}, {"notDone", entries.size() - done}};
+      if (done < entries.size()) {
+        report["stopped"]["fromLine"] = entries[done]->line;
       }
     }
+    output.line(dumpJson(report, /*indent=*/2));
   }
 
   const CommandLine& line;
   Context& context;
   Output& output;
+  const ApnFile file;
+  const std::vector<const ApnEntry*> entries;
+  Progress progress;
+  StopSignal* stop = nullptr;
   Session* session = nullptr;  // None in a dry run.
-  std::vector<Key> keys;
+  std::size_t done = 0;        // Entries whose fate is known.
+  int refusalsInARow = 0;
+  std::string stopReason;  // Not empty: the rest is not tried.
   std::map<std::string, unsigned long> lineOfProfile;
-  std::string strayNote;
   Json imported = Json::array();
   Json refused = Json::array();
   Json notes = Json::array();

@@ -1,6 +1,7 @@
 #include <CLI/CLI.hpp>
 
 #include "Context.h"
+#include "Patience.h"
 #include "Text.h"
 #include "Verbs.h"
 #include "Watch.h"
@@ -50,9 +51,17 @@ void printDump(const CommandLine& line, Output& output) {
 
 ExitStatus dump(const CommandLine& line, Context& context) {
   try {
+    // Why there is no session is what the log is wanted for.
+    const Patience patience(line.session.timeout, [&]() -> std::string {
+      try {
+        printDump(line, context.output);
+      } catch (const Failure& failure) {
+        return failure.what();
+      }
+      return Session::noAnswerText(line.session.timeout);
+    });
     context.session(line.session);
   } catch (const Failure&) {
-    // Why there is no session is what the log is wanted for.
     printDump(line, context.output);
     throw;
   }
@@ -62,6 +71,8 @@ ExitStatus dump(const CommandLine& line, Context& context) {
 
 ExitStatus watch(const CommandLine& line, Context& context) {
   StopSignal& stop = context.stopSignal();
+  // The modem may hang just when the user wants to stop.
+  const Patience patience(stop, line.session.timeout);
   Watch(context.session(line.session), context.output, line.isJson, line.secrets).run(stop);
   return exitDone;
 }

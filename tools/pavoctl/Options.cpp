@@ -43,21 +43,23 @@ void addAttributes(CLI::App& app, pavo::ProfileParams& params) {
       &ProfileParams::setUserName);
   add("--password", "TEXT", "Password, up to 127 bytes", text(passwordBytesMax),
       &ProfileParams::setPassword);
-  add("--auth", "TYPE", "Authentication: " + authTypeNames(), parseAuthType,
+  add("--auth", kindOf::authType, "Authentication: " + authTypeNames(), parseAuthType,
       &ProfileParams::setAuthType);
-  add("--home-ip", "TYPE", "IP type at home: " + ipTypeNames(), parseIpType,
+  add("--home-ip", kindOf::ipType, "IP type at home: " + ipTypeNames(), parseIpType,
       &ProfileParams::setHomeIPType);
-  add("--roam-ip", "TYPE", "IP type when roaming", parseIpType, &ProfileParams::setRoamIPType);
-  add("--types", "NAMES",
+  add("--roam-ip", kindOf::ipType, "IP type when roaming", parseIpType,
+      &ProfileParams::setRoamIPType);
+  add("--types", kindOf::apnTypes,
       "What the APN is for, joined by , or |: " + apnTypeNames() + "; NONE; or a number",
       parseApnTypes, &ProfileParams::setApnTypesMask);
-  add("--class", "CLASS", "The operator's class of the APN: " + apnClassNames() + "; or a number",
-      parseApnClass, &ProfileParams::setApnClass);
-  add("--clat", "yes|no", "464XLAT: IPv4 for applications over IPv6", parseFlag,
+  add("--class", kindOf::apnClass,
+      "The operator's class of the APN: " + apnClassNames() + "; or a number", parseApnClass,
+      &ProfileParams::setApnClass);
+  add("--clat", kindOf::flag, "464XLAT: IPv4 for applications over IPv6", parseFlag,
       &ProfileParams::setIsClatEnabled);
-  add("--emergency", "yes|no", "The APN may carry emergency calls", parseFlag,
+  add("--emergency", kindOf::flag, "The APN may carry emergency calls", parseFlag,
       &ProfileParams::setIsEmergencySupported);
-  add("--disabled", "yes|no", "Connections to the APN are forbidden", parseFlag,
+  add("--disabled", kindOf::flag, "Connections to the APN are forbidden", parseFlag,
       &ProfileParams::setIsApnDisabled);
   add("--max-pdn", "N", "PDN connections allowed in one time block, 0 to 65535", pdnValue,
       &ProfileParams::setMaxPdnsConnPerBlock);

@@ -13,6 +13,15 @@ class Option;
 
 namespace pavoctl {
 
+// Kinds of values that completion knows words for.
+namespace kindOf {
+inline constexpr const char* authType = "AUTH";
+inline constexpr const char* ipType = "IP-TYPE";
+inline constexpr const char* apnTypes = "TYPES";
+inline constexpr const char* apnClass = "CLASS";
+inline constexpr const char* flag = "yes|no";
+}  // namespace kindOf
+
 using Taker = std::function<void(const std::string&)>;
 
 // An option with one value. The value reaches the taker untouched, also an empty one or one that

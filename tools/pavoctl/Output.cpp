@@ -47,7 +47,7 @@ void Output::line(std::string_view text) { write(std::string(text) + '\n'); }
 
 void Output::write(std::string_view text) {
   if (fd < 0) {
-    throw Failure("cannot write the output: it is closed");
+    throw OutputFailure("cannot write the output: it is closed");
   }
   while (!text.empty()) {
     const ssize_t written = ::write(fd, text.data(), text.size());
@@ -55,7 +55,7 @@ void Output::write(std::string_view text) {
       continue;
     }
     if (written < 0) {
-      throw Failure("cannot write the output: " + std::string(std::strerror(errno)));
+      throw OutputFailure("cannot write the output: " + std::string(std::strerror(errno)));
     }
     text.remove_prefix(static_cast<std::size_t>(written));
   }

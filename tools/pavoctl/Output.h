@@ -17,7 +17,7 @@ class Output {
   Output& operator=(const Output&) = delete;
   ~Output();
 
-  // The text and a line end, at once. Throws Failure when it cannot be written.
+  // The text and a line end, at once. Throws OutputFailure when it cannot be written.
   void line(std::string_view text);
   // The text as it is.
   void write(std::string_view text);

@@ -1,6 +1,8 @@
 #include <CLI/CLI.hpp>
+#include <functional>
 
 #include "Context.h"
+#include "Hold.h"
 #include "Options.h"
 #include "Table.h"
 #include "Verbs.h"
@@ -21,6 +23,15 @@ void printProfile(const CommandLine& line, Output& output, const Profile& profil
   output.write(profileText(json));
 }
 
+// Tells of what is done already: it stays done when the telling fails.
+void tellDone(const std::string& what, const std::function<void()>& tell) {
+  try {
+    tell();
+  } catch (const OutputFailure& failure) {
+    throw Failure(std::string(failure.what()) + "; " + what);
+  }
+}
+
 ExitStatus get(const CommandLine& line, Context& context) {
   printProfile(line, context.output, context.session(line.session).get(line.profileId),
                /*heading=*/"");
@@ -28,22 +39,15 @@ ExitStatus get(const CommandLine& line, Context& context) {
 }
 
 ExitStatus add(const CommandLine& line, Context& context) {
-  StopSignal* stop = line.isHeld ? &context.stopSignal() : nullptr;
+  Hold hold(line, context);
   Session::Added added =
       context.session(line.session)
           .add(pavo::AddProfileParams(line.attributes, line.isPersistent, line.isInitialAttach));
-  const std::string name = "profile " + std::to_string(added.profile.id);
-  printProfile(line, context.output, added.profile, (line.isHeld ? "holding " : "added ") + name);
-  if (stop != nullptr) {
-    stop->wait();
-    // Not a failure: what became of the profile meanwhile was somebody else's decision.
-    if (!Session::release(std::move(added.key))) {
-      complain(name +
-               " was not this process's to delete any more: the modem or another client "
-               "has changed or deleted it");
-    }
-  }
-  return exitDone;
+  hold.keep(std::move(added.key));
+  const std::string done =
+      (line.isHeld ? "holding profile " : "added profile ") + std::to_string(added.profile.id);
+  tellDone(done, [&] { printProfile(line, context.output, added.profile, done); });
+  return hold.finish() ? exitDone : exitFailed;
 }
 
 ExitStatus modify(const CommandLine& line, Context& context) {
@@ -51,15 +55,18 @@ ExitStatus modify(const CommandLine& line, Context& context) {
       context.session(line.session)
           .modify(line.profileId, pavo::ModifyProfileParams(line.attributes));
   const std::string name = "profile " + std::to_string(line.profileId);
-  printProfile(line, context.output, modified.profile,
-               modified.isChanged ? "changed " + name : name + " is like that already");
+  const std::string done = modified.isChanged ? "changed " + name : name + " is like that already";
+  tellDone(done, [&] { printProfile(line, context.output, modified.profile, done); });
   return exitDone;
 }
 
 ExitStatus remove(const CommandLine& line, Context& context) {
   context.session(line.session).remove(line.profileId);
-  context.output.line(line.isJson ? dumpJson(Json{{"deleted", line.profileId}}, /*indent=*/2)
-                                  : "deleted profile " + std::to_string(line.profileId));
+  const std::string done = "deleted profile " + std::to_string(line.profileId);
+  tellDone(done, [&] {
+    context.output.line(line.isJson ? dumpJson(Json{{"deleted", line.profileId}}, /*indent=*/2)
+                                    : done);
+  });
   return exitDone;
 }
 

@@ -5,6 +5,7 @@
 #include <thread>
 
 #include "Errors.h"
+#include "Patience.h"
 #include "Text.h"
 
 namespace pavoctl {
@@ -34,6 +35,49 @@ std::string modemInUse() {
                            : "OVIX_MODEM=" + printable(socket);
 }
 
+// The library waits a second for the modem's answer; a refusal takes no time to speak of.
+constexpr std::chrono::milliseconds refusalTimeMax{900};
+// How long a lost connection takes to get into the library's log.
+constexpr std::chrono::milliseconds lossTimeMax{100};
+
+bool isModemLost() {
+  const auto deadline = std::chrono::steady_clock::now() + lossTimeMax;
+  while (Session::dump().hasModemsProfiles().value_or(true)) {
+    if (std::chrono::steady_clock::now() >= deadline) {
+      return false;
+    }
+    std::this_thread::sleep_for(pollIntervalFirst);
+  }
+  return true;
+}
+
+// A change that the modem is asked for, and what to say when nothing came of it. To the library a
+// modem that refuses and one that does not answer are the same; but a modem that has not answered
+// may have done it.
+class Change {
+ public:
+  Change(std::string toDo, std::string mayBeDone, std::chrono::milliseconds timeout)
+      : refusal("the modem refused " + std::move(toDo) + " or did not answer"),
+        uncertainty("; " + std::move(mayBeDone) + " all the same"),
+        patience(timeout, "the modem did not answer within " + seconds(timeout) + uncertainty) {}
+
+  [[noreturn]] void fail() const {
+    if (std::chrono::steady_clock::now() - start >= refusalTimeMax) {
+      throw NoAnswer("the modem did not answer" + uncertainty);
+    }
+    if (isModemLost()) {
+      throw NoAnswer("the modem was lost before it answered" + uncertainty);
+    }
+    throw Failure(refusal);
+  }
+
+ private:
+  const std::string refusal;
+  const std::string uncertainty;
+  const std::chrono::steady_clock::time_point start = std::chrono::steady_clock::now();
+  const Patience patience;
+};
+
 bool logged(const std::vector<std::string>& messages, std::string_view wanted) {
   return std::find(messages.begin(), messages.end(), wanted) != messages.end();
 }
@@ -41,11 +85,24 @@ bool logged(const std::vector<std::string>& messages, std::string_view wanted) {
 }  // namespace
 
 Session::Session(const Options& sessionOptions) : options(sessionOptions) {
+  const Patience patience(options.timeout, noAnswerText(options.timeout));
   Manager::getInstance().init(options.subscription, options.useAndroidLog);
   readAll();
 }
 
+void Session::resume(const Options& wanted) {
+  if (wanted.subscription != options.subscription ||
+      wanted.useAndroidLog != options.useAndroidLog) {
+    throw UsageError("the library is running; --subscription and --log come too late");
+  }
+  options.timeout = wanted.timeout;
+  if (!dump().hasModemsProfiles().value_or(true)) {
+    readAll();
+  }
+}
+
 void Session::readAll() {
+  const Patience patience(options.timeout, noAnswerText(options.timeout));
   const auto deadline = std::chrono::steady_clock::now() + options.timeout;
   auto pollInterval = pollIntervalFirst;
   while (true) {
@@ -58,8 +115,7 @@ void Session::readAll() {
       return;
     }
     if (std::chrono::steady_clock::now() >= deadline) {
-      throw Failure("no modem answered within " + seconds(options.timeout) + " (" + modemInUse() +
-                    ")");
+      throw NoAnswer(noAnswerText(options.timeout));
     }
     std::this_thread::sleep_for(pollInterval);
     pollInterval = std::min(2 * pollInterval, pollIntervalMax);
@@ -72,6 +128,7 @@ void Session::refresh() {
 }
 
 Session::Listing Session::list(const pavo::FilterProfileParams& filter) {
+  const Patience patience(options.timeout, noAnswerText(options.timeout));
   for (int attempt = 0; attempt < attemptsMax; ++attempt) {
     if (dump().hasLostList()) {
       readAll();
@@ -98,6 +155,7 @@ Session::Listing Session::list(const pavo::FilterProfileParams& filter) {
 }
 
 Key Session::keyOf(int id) {
+  const Patience patience(options.timeout, noAnswerText(options.timeout));
   if (dump().hasLostList()) {
     readAll();
   }
@@ -129,6 +187,7 @@ std::vector<std::string> Session::onProfile(int id, const std::string& entry,
 }
 
 Profile Session::get(int id) {
+  const Patience patience(options.timeout, noAnswerText(options.timeout));
   std::optional<pavo::ProfileParams> params;
   onProfile(id, "Manager::getProfile > ",
             [&](const Key& key) { params = Manager::getInstance().getProfile(key); });
@@ -139,45 +198,73 @@ Profile Session::get(int id) {
 }
 
 Session::Added Session::add(const pavo::AddProfileParams& params) {
-  Key key = Manager::getInstance().addProfile(params);
-  if (!key) {
-    throw Failure("the modem refused the new profile or did not answer");
+  Key key;
+  {
+    const Change change("the new profile", "it may have created the profile", options.timeout);
+    key = Manager::getInstance().addProfile(params);
+    if (!key) {
+      change.fail();
+    }
   }
   const int id = key->getProfileId();
-  auto stored = Manager::getInstance().getProfile(key);
-  return {stored ? Profile{id, std::move(*stored)} : get(id), std::move(key)};
+  if (auto stored = Manager::getInstance().getProfile(key)) {
+    return {Profile{id, std::move(*stored)}, std::move(key)};
+  }
+  return {getAfter("created", id), std::move(key)};
 }
 
 Session::Modified Session::modify(int id, const pavo::ModifyProfileParams& params) {
-  bool isKnown = false;
-  const auto messages = onProfile(id, "Manager::modifyProfile > ", [&](const Key& key) {
-    isKnown = Manager::getInstance().modifyProfile(params, key);
-  });
-  // The library answers true also when the modem refused; the profile is then as it was.
-  if (!isKnown || logged(messages, message::modifyFailed)) {
-    throw Failure("the modem refused to change profile " + std::to_string(id) +
-                  " or did not answer");
+  std::vector<std::string> messages;
+  {
+    const std::string name = "profile " + std::to_string(id);
+    const Change change("to change " + name, "it may have changed the profile", options.timeout);
+    bool isKnown = false;
+    messages = onProfile(id, "Manager::modifyProfile > ", [&](const Key& key) {
+      isKnown = Manager::getInstance().modifyProfile(params, key);
+    });
+    // The library answers true also when the modem refused; the profile is then as it was.
+    if (!isKnown || logged(messages, message::modifyFailed)) {
+      change.fail();
+    }
   }
-  return {get(id), !logged(messages, message::unchanged)};
+  const bool isChanged = !logged(messages, message::unchanged);
+  return {isChanged ? getAfter("changed", id) : get(id), isChanged};
+}
+
+Profile Session::getAfter(const std::string& what, int id) {
+  try {
+    return get(id);
+  } catch (const Failure& failure) {
+    throw Failure("profile " + std::to_string(id) + " was " + what + ", but then " +
+                  failure.what());
+  }
 }
 
 void Session::remove(int id) {
+  const std::string name = "profile " + std::to_string(id);
+  const Change change("to delete " + name, "it may have deleted the profile", options.timeout);
   bool isDeleted = false;
   onProfile(id, "Manager::deleteProfile > ",
             [&](const Key& key) { isDeleted = Manager::getInstance().deleteProfile(key); });
   if (!isDeleted) {
-    throw Failure("the modem refused to delete profile " + std::to_string(id) +
-                  " or did not answer");
+    change.fail();
   }
 }
 
-bool Session::release(Key key) {
+Session::Release Session::release(Key key) {
   const std::string released = std::string(message::released) + std::to_string(key->getProfileId());
   key.reset();
   // Nothing else is released meanwhile, but the log may show an earlier profile of the same id.
   const Dump now = dump();
   const auto messages = now.messagesSince("ProfileCache: releaseProfile ");
-  return messages && contains(*messages, released);
+  if (messages && contains(*messages, message::releaseFailed)) {
+    return Release::failed;
+  }
+  return messages && contains(*messages, released) ? Release::deleted : Release::kept;
+}
+
+std::string Session::noAnswerText(std::chrono::milliseconds timeout) {
+  return "no modem answered within " + seconds(timeout) + " (" + modemInUse() + ")";
 }
 
 Dump Session::dump() { return Dump::parse(Manager::getInstance().dump()); }

@@ -59,9 +59,16 @@ void StopSignal::wait() {
   }
 }
 
-bool StopSignal::waitFor(int wakeFd, int timeoutMs) {
+bool StopSignal::waitFor(int wakeFd, int timeoutMs) const {
   std::array<pollfd, 2> fds{pollfd{signalFd, POLLIN, 0}, pollfd{wakeFd, POLLIN, 0}};
   return ::poll(fds.data(), fds.size(), timeoutMs) > 0 && fds[0].revents != 0;
+}
+
+bool StopSignal::hasCome() const { return waitFor(/*wakeFd=*/-1, /*timeoutMs=*/0); }
+
+int StopSignal::take() {
+  signalfd_siginfo info;
+  return ::read(signalFd, &info, sizeof info) == sizeof info ? static_cast<int>(info.ssi_signo) : 0;
 }
 
 }  // namespace pavoctl

@@ -21,7 +21,15 @@ class StopSignal {
   void wait();
 
   // Blocks until a signal came (true), wakeFd is readable or the time is over (false).
-  bool waitFor(int wakeFd, int timeoutMs);
+  bool waitFor(int wakeFd, int timeoutMs) const;
+
+  // Whether a signal came. It stays so until take() has it.
+  bool hasCome() const;
+  // The signal, which counts as gone from then on; 0 when none came.
+  int take();
+
+  // Readable when a signal came.
+  int fd() const { return signalFd; }
 
  private:
   int signalFd;

@@ -13,6 +13,8 @@ std::string printable(std::string_view text);
 
 // printable() between single quotes.
 std::string quoted(std::string_view text);
+// Not std::quoted, which would otherwise be found for a string.
+inline std::string quoted(const std::string& text) { return quoted(std::string_view(text)); }
 
 // ASCII letters in lower case; other bytes, and the locale, do not matter.
 std::string lowerCase(std::string_view text);

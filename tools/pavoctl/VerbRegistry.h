@@ -28,6 +28,9 @@ class VerbRegistry {
   // The verb's options are to be added to what it returns, and to write into line.
   CLI::App& add(const Verb& verb, Check check = {});
 
+  // The footer that the verb was declared with.
+  static std::string footerOf(const CLI::App& verb);
+
   CommandLine& line;
 
  private:

@@ -9,5 +9,7 @@ void declareList(VerbRegistry& verbs);
 void declareProfileVerbs(VerbRegistry& verbs);  // get, add, modify, delete
 void declareLibraryVerbs(VerbRegistry& verbs);  // refresh, dump, watch
 void declareImport(VerbRegistry& verbs);
+void declareShell(VerbRegistry& verbs);
+void declareShellVerbs(VerbRegistry& verbs);  // What only the shell knows: keys and so on.
 
 }  // namespace pavoctl

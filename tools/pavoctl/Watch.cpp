@@ -3,9 +3,9 @@
 #include <sys/eventfd.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <atomic>
 #include <cerrno>
-#include <chrono>
 #include <cstdint>
 #include <cstring>
 #include <ctime>
@@ -18,7 +18,9 @@ namespace {
 
 using pavo::Manager;
 
-constexpr int lookIntervalMs = 200;
+constexpr int lookIntervalMs = 50;
+constexpr std::chrono::milliseconds retryIntervalFirst{500};
+constexpr std::chrono::milliseconds retryIntervalMax{60'000};
 
 std::shared_ptr<int> makeWakeFd() {
   const int fd = ::eventfd(/*initval=*/0, EFD_CLOEXEC | EFD_NONBLOCK);
@@ -84,6 +86,7 @@ void Watch::run(StopSignal& stop) {
   }
   print(Json{{"event", "watching"}, {"profiles", profiles}},
         "watching " + std::to_string(seen.size()) + " profiles");
+  noticeUnreadable(Session::dump());
   while (!stop.waitFor(*wakeFd, lookIntervalMs)) {
     look();
   }
@@ -96,12 +99,16 @@ void Watch::look() {
   }
   const Dump dump = Session::dump();
   notice(dump);
+  noticeUnreadable(dump);
   if (dump.cache != scannedCache) {
     isScanDue = true;
   }
-  if (dump.hasLostList()) {
+  const bool isRetryDue = unreadable > 0 && std::chrono::steady_clock::now() >= retryTime;
+  if (dump.hasLostList() || (isCurrent && isRetryDue)) {
     // The modem is there but has not answered; the library leaves it at that.
     Manager::getInstance().refresh(pavo::PDC_REFRESH_COMPLETED);
+    retryInterval = std::min(2 * retryInterval, retryIntervalMax);
+    retryTime = std::chrono::steady_clock::now() + retryInterval;
   } else if (isScanDue && isCurrent) {
     isScanDue = !scan();
     scannedCache = dump.cache;
@@ -130,10 +137,31 @@ void Watch::notice(const Dump& dump) {
   }
 }
 
+void Watch::noticeUnreadable(const Dump& dump) {
+  const std::size_t count = dump.unreadable();
+  if (count > 0 && unreadable == 0) {
+    retryInterval = retryIntervalFirst;
+    retryTime = std::chrono::steady_clock::now() + retryInterval;
+  }
+  if (count > unreadable) {
+    print(Json{{"event", "unreadable"}, {"count", count}},
+          std::to_string(count) + " of the modem's profiles could not be read, trying again");
+  }
+  unreadable = count;
+}
+
 bool Watch::scan() {
   SeenById now;
   if (!collect(now)) {
     return false;
+  }
+  const Dump dump = Session::dump();
+  // What was collected while the modem went away may be a part only.
+  if (!dump.hasModemsProfiles().value_or(true)) {
+    return false;
+  }
+  if (dump.unreadable() > 0) {
+    now.insert(seen.begin(), seen.end());
   }
   compare(now);
   seen = std::move(now);

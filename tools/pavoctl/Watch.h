@@ -1,6 +1,7 @@
 // The verb watch: prints every change of the modem's profiles as the library sees it.
 #pragma once
 
+#include <chrono>
 #include <map>
 #include <memory>
 #include <string>
@@ -39,6 +40,7 @@ class Watch {
 
   void look();
   void notice(const Dump& dump);
+  void noticeUnreadable(const Dump& dump);
   // False when the profiles changed meanwhile: it has to be done again.
   bool scan();
   bool collect(SeenById& now);
@@ -56,6 +58,11 @@ class Watch {
   bool isScanDue = true;
   // Between the modem's loss and the next list of profiles the cache says nothing about the modem.
   bool isCurrent = true;
+  // The library does not try again to read a profile that it could not read; it does with a
+  // refresh.
+  std::size_t unreadable = 0;
+  std::chrono::milliseconds retryInterval{0};
+  std::chrono::steady_clock::time_point retryTime{};
   std::string lastWaiting;
   std::string lastRefreshed;
 };

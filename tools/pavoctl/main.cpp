@@ -1,3 +1,5 @@
+#include <algorithm>
+#include <chrono>
 #include <csignal>
 #include <cstdlib>
 #include <exception>
@@ -6,14 +8,17 @@
 #include "Context.h"
 #include "Errors.h"
 #include "Output.h"
+#include "Patience.h"
 
-int main(int argc, char** argv) {
-  using namespace pavoctl;
-  // A reader that has gone is reported like any other output that cannot be written.
-  std::signal(SIGPIPE, SIG_IGN);
-  // A host's diagnostic channel is standard error unless it is told otherwise, and standard error
-  // is for the tool's one line. A device has a channel of its own and does not look at this.
-  ::setenv("PAVO_DIAG_FILE", "/dev/null", /*overwrite=*/0);
+namespace {
+
+using namespace pavoctl;
+
+// The library's end waits for a request in progress, which takes a second when the modem hangs.
+constexpr std::chrono::milliseconds exitTimeMax{1500};
+
+// What the process is to end with. Sets the timeout once the library may have been started.
+ExitStatus run(int argc, const char* const* argv, std::chrono::milliseconds& timeout) {
   try {
     Output output;
     const CommandLine line = CommandLine::parse(argc, argv);
@@ -21,6 +26,7 @@ int main(int argc, char** argv) {
       output.write(line.help);
       return exitDone;
     }
+    timeout = line.session.timeout;
     Context context(output);
     return line.action(line, context);
   } catch (const UsageError& error) {
@@ -30,4 +36,20 @@ int main(int argc, char** argv) {
     complain(error.what());
     return exitFailed;
   }
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  // A reader that has gone is reported like any other output that cannot be written.
+  std::signal(SIGPIPE, SIG_IGN);
+  // A host's diagnostic channel is standard error unless it is told otherwise, and standard error
+  // is for the tool's one line. A device has a channel of its own and does not look at this.
+  ::setenv("PAVO_DIAG_FILE", "/dev/null", /*overwrite=*/0);
+  std::chrono::milliseconds timeout{0};
+  const ExitStatus status = run(argc, argv, timeout);
+  if (timeout.count() > 0) {
+    Patience::limitExit(std::min(timeout, exitTimeMax), status);
+  }
+  return status;
 }

@@ -1,0 +1,212 @@
+// The program and a modem that is not there, hangs or dies: one line, the status, in time, and a
+// word about what may be half done.
+#include <gmock/gmock.h>
+#include <signal.h>
+
+#include "Tool.h"
+
+namespace pavo::test {
+namespace {
+
+using testing::AllOf;
+using testing::EndsWith;
+using testing::HasSubstr;
+using testing::MatchesRegex;
+using testing::StartsWith;
+using Json = nlohmann::json;
+
+constexpr ChildProcess::Exit done{.code = 0, .signal = 0};
+constexpr ChildProcess::Exit failed{.code = 1, .signal = 0};
+
+MATCHER(IsOneLine, "") { return !arg.empty() && arg.find('\n') == arg.size() - 1; }
+
+class FaultTest : public ToolTest {
+ protected:
+  FaultTest() {
+    text = "<apns>\n";
+    for (int i = 0; i < 12; ++i) {
+      text += "<apn mcc='001' mnc='01' type='default' apn='n" + std::to_string(i) + "'/>\n";
+    }
+    text += "</apns>\n";
+    path = writeFile(folder, "apns.xml", text);
+  }
+
+  void hang() { modem.process().sendSignal(SIGSTOP); }
+
+  const TemporaryFolder folder;
+  std::string text;
+  std::string path;
+};
+
+TEST_F(FaultTest, ModemThatHangs_EveryCommand_GivesUpInTime) {
+  hang();
+  for (const Arguments& arguments : std::vector<Arguments>{
+           {"list"},
+           {"get", "1"},
+           {"add", "--apn", "x", "--persistent"},
+           {"add", "--apn", "x", "--hold"},
+           {"modify", "1", "--apn", "x"},
+           {"delete", "1"},
+           {"refresh"},
+           {"dump"},
+           {"watch"},
+           {"import", path, "--plmn", "00101"},
+       }) {
+    Arguments bounded = arguments;
+    bounded.insert(bounded.end(), {"--timeout", "0.3"});
+    const ToolResult result = run(bounded);
+    EXPECT_EQ(result.exit, failed) << arguments[0] << " " << result;
+    EXPECT_THAT(result.errors, AllOf(IsOneLine(), StartsWith("pavoctl: no modem answered within "
+                                                             "0.3 s (OVIX_MODEM=")));
+    if (arguments[0] != "dump") {
+      EXPECT_EQ(result.output, "");
+    }
+  }
+  EXPECT_EQ(run({"import", path, "--check"}).exit, done);
+}
+
+TEST_F(FaultTest, ProfilesThatAreNotAnswered_List_GivesUpBeforeTheLibraryDoes) {
+  // The library alone would wait a second for each profile.
+  modem.control("fail", {{"message", "profile-settings"}, {"silent", true}, {"count", 60}});
+  const ToolResult result = run({"list", "--timeout", "0.5"});
+  EXPECT_EQ(result.exit, failed) << result;
+  EXPECT_THAT(result.errors, AllOf(IsOneLine(), HasSubstr("no modem answered within 0.5 s")));
+  // The log shows how far the library came.
+  const ToolResult dump = run({"dump", "--timeout", "0.5"});
+  EXPECT_EQ(dump.exit, failed) << dump;
+  EXPECT_THAT(dump.output, HasSubstr("OVIX_WDS_GET_PROFILE_LIST_REQ_V01 request successful"));
+  EXPECT_THAT(dump.errors, AllOf(IsOneLine(), HasSubstr("no modem answered within 0.5 s")));
+}
+
+TEST_F(FaultTest, ChangesThatAreNotAnswered_MayBeDone) {
+  struct Case {
+    const char* message;
+    Arguments arguments;
+    const char* errors;
+  };
+  for (const Case& c : std::vector<Case>{
+           {"create-profile",
+            {"add", "--apn", "x", "--persistent"},
+            "pavoctl: the modem did not answer; it may have created the profile all the same\n"},
+           {"modify-profile",
+            {"modify", "1", "--apn", "x"},
+            "pavoctl: the modem did not answer; it may have changed the profile all the same\n"},
+           {"delete-profile",
+            {"delete", "2"},
+            "pavoctl: the modem did not answer; it may have deleted the profile all the same\n"},
+       }) {
+    modem.control("fail", {{"message", c.message}, {"delayMs", 1500}});
+    const ToolResult result = run(c.arguments);
+    EXPECT_EQ(result.exit, failed) << result;
+    EXPECT_EQ(result.output, "");
+    EXPECT_EQ(result.errors, c.errors);
+  }
+}
+
+TEST_F(FaultTest, ModemThatDies_WhileItIsAsked_IsSaid) {
+  modem.control("clear-transcript");
+  modem.control("fail", {{"message", "create-profile"}, {"silent", true}});
+  const auto tool = start({"add", "--apn", "x", "--persistent"});
+  ASSERT_TRUE(waitUntil([&] { return modem.control("faults")["faults"].empty(); }));
+  modem.kill();
+  const ToolResult result = finish(*tool);
+  EXPECT_EQ(result.exit, failed) << result;
+  EXPECT_EQ(result.errors,
+            "pavoctl: the modem was lost before it answered; it may have created the profile all "
+            "the same\n");
+}
+
+TEST_F(FaultTest, Hold_ModemHangsAtTheEnd_SaysWhatMayBeLeft) {
+  for (const bool isStopped : {false, true}) {
+    const auto holder = start({"add", "--apn", "held", "--hold", "--timeout", "0.5"});
+    ASSERT_TRUE(holder->waitForOutput("isIAProfile")) << holder->errors();
+    if (isStopped) {
+      hang();
+    } else {
+      modem.control("fail", {{"message", "delete-profile"}, {"error", 1}});
+    }
+    holder->sendSignal(SIGTERM);
+    const ToolResult result = finish(*holder);
+    EXPECT_EQ(result.exit, failed) << result;
+    EXPECT_THAT(result.errors, AllOf(IsOneLine(), HasSubstr("may be left on the modem: it refused "
+                                                            "to delete it or did not answer")));
+  }
+}
+
+TEST_F(FaultTest, Watch_ModemHangs_CanBeStopped) {
+  const auto watcher = start({"watch", "--timeout", "0.5"});
+  ASSERT_TRUE(watcher->waitForOutput("watching"));
+  // The library is busy for two seconds, again and again.
+  modem.control("fail", {{"message", "profile-settings"}, {"silent", true}, {"count", 60}});
+  modem.control("indicate", {{"event", 5}, {"index", 255}});
+  ASSERT_TRUE(waitUntil([&] {
+    return modem.control("faults").dump().find("\"count\":60") == std::string::npos;
+  })) << modem.control("faults");
+  watcher->sendSignal(SIGINT);
+  const ToolResult result = finish(*watcher);
+  EXPECT_EQ(result.exit, done) << result;
+  EXPECT_EQ(result.errors, "");
+}
+
+TEST_F(FaultTest, Import_ModemDoesNotAnswer_StopsThere) {
+  modem.control("fail", {{"message", "create-profile"}, {"delayMs", 10}});
+  modem.control("fail", {{"message", "create-profile"}, {"silent", true}});
+  const ToolResult result = run({"import", path, "--plmn", "00101"});
+  EXPECT_EQ(result.exit, failed) << result;
+  EXPECT_THAT(result.output, EndsWith("1 imported, 0 refused, 0 notes\n"));
+  EXPECT_EQ(result.errors, "pavoctl: " + path +
+                               ": stopped: the modem did not answer; it may have created the "
+                               "profile all the same; 1 imported, 11 from line 3 on not done\n");
+}
+
+TEST_F(FaultTest, Import_ModemDies_SaysHowFarItCame) {
+  modem.control("fail", {{"message", "create-profile"}, {"delayMs", 100}, {"count", 50}});
+  const auto import = start({"import", path, "--plmn", "00101", "--timeout", "1"});
+  ASSERT_TRUE(import->waitForOutput("profile 4\n")) << import->errors();
+  modem.kill();
+  const ToolResult result = finish(*import);
+  EXPECT_EQ(result.exit, failed) << result;
+  EXPECT_THAT(result.errors,
+              MatchesRegex("pavoctl: .*: stopped: .*; [2-9] imported, [0-9]+ from line [0-9]+ on "
+                           "not done\n"));
+}
+
+TEST_F(FaultTest, Import_Signal_SaysHowFarItCame) {
+  modem.control("fail", {{"message", "create-profile"}, {"delayMs", 100}, {"count", 50}});
+  const auto import = start({"import", path, "--plmn", "00101", "--json"});
+  ASSERT_TRUE(waitUntil([&] { return profileOnModem(4) != nullptr; }));
+  import->sendSignal(SIGINT);
+  const ToolResult result = finish(*import);
+  EXPECT_EQ(result.exit, failed) << result;
+  EXPECT_THAT(result.errors, HasSubstr(": stopped: a signal came; "));
+  const Json report = result.json();
+  ASSERT_TRUE(report.is_object()) << result;
+  EXPECT_EQ(report["imported"].size() + report["stopped"]["notDone"].get<std::size_t>(), 12U);
+  EXPECT_EQ(report["stopped"]["fromLine"], report["imported"].size() + 2);
+  EXPECT_EQ(modem.control("show")["profiles"].size(), report["imported"].size() + 2);
+}
+
+TEST_F(FaultTest, OutputThatFails_AfterAChange_SaysWhatWasDone) {
+  struct Case {
+    const char* arguments;
+    std::string end;
+  };
+  for (const Case& c : std::vector<Case>{
+           {"add --apn x --persistent", "added profile 3"},
+           {"modify 1 --apn x", "changed profile 1"},
+           {"delete 2", "deleted profile 2"},
+           {"import \"$2\" --plmn 00101", "1 imported, 11 from line 3 on not done"},
+       }) {
+    ChildProcess shell(
+        {"sh", "-c", std::string("\"$1\" ") + c.arguments + " > /dev/full", "sh", PAVOCTL_PROGRAM,
+         path},
+        {.environment = {"OVIX_MODEM=" + modem.socketPath()}, .workingFolder = {}, .input = {}});
+    const ToolResult result = finish(shell);
+    EXPECT_EQ(result.exit, failed) << result;
+    EXPECT_EQ(result.errors,
+              "pavoctl: cannot write the output: No space left on device; " + c.end + "\n");
+  }
+}
+
+}  // namespace
+}  // namespace pavo::test

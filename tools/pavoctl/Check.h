@@ -1,0 +1,11 @@
+// import --check.
+#pragma once
+
+#include "CommandLine.h"
+
+namespace pavoctl {
+
+// Throws Failure for a file that cannot be read as an APN list; exitFailed when there are findings.
+ExitStatus checkFile(const CommandLine& line, Context& context);
+
+}  // namespace pavoctl

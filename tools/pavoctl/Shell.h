@@ -1,0 +1,12 @@
+// The verb shell: the tool's verbs, one after the other, on one library.
+#pragma once
+
+#include "CommandLine.h"
+
+namespace pavoctl {
+
+// Until the end of the input, quit, SIGTERM or SIGHUP; then the keys are released. exitDone at a
+// terminal; else the highest status of a command.
+ExitStatus runShell(const CommandLine& line, Context& context);
+
+}  // namespace pavoctl
