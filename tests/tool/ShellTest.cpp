@@ -70,6 +70,25 @@ TEST_F(ShellTest, Keys_AfterARefresh_AreUnknown) {
   EXPECT_EQ(result.errors, "pavoctl: line 5: key 1 has its listener already\n");
 }
 
+TEST_F(ShellTest, Policy_Held_GivesItsKeyToTheShell) {
+  const ToolResult result = shell("setup-data-call apn=call --hold\nkeys\nusage\nrelease 1\n");
+  EXPECT_EQ(result.exit, done) << result;
+  EXPECT_THAT(result.output, HasSubstr("key 1 holds profile 3\nkey 1: profile 3 "));
+  EXPECT_THAT(result.output,
+              HasSubstr("3     call      library  1\n"
+                        "3 slots used: 2 of the modem, 1 of the library, "
+                        "0 of the library, initial attach\n"
+                        "made by the library and held by no key of this process: none\n"
+                        "released key 1: profile 3 is deleted from the modem\n"));
+}
+
+TEST_F(ShellTest, Verify_IndicationThatNeverCame_IsDrift) {
+  modem.control("fail", {{"indication", "modify"}, {"lost", true}});
+  const ToolResult result = shell("modify 1 --apn other\nverify --settle 0.1\n");
+  EXPECT_EQ(result.exit, failed) << result;
+  EXPECT_THAT(result.output, HasSubstr("expected, but never told by the modem: profile 1"));
+}
+
 TEST_F(ShellTest, Listen_ProfileDeleted_IsToldOnce) {
   const ToolResult result = run({"shell", "--json"}, "hold 2\nlisten 1\ndelete 2\nrelease 1\n");
   EXPECT_EQ(result.exit, done) << result;

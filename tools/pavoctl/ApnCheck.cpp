@@ -15,6 +15,11 @@ std::string shown(const std::string& value) {
   return quoted(value.size() > shownMax ? value.substr(0, shownMax) + "..." : value);
 }
 
+template <typename Range>
+std::size_t indexIn(const Range& range, typename Range::const_iterator at) {
+  return static_cast<std::size_t>(std::distance(range.begin(), at));
+}
+
 // The names and values of elements and attributes, each for itself.
 class FormCheck {
  public:
@@ -51,7 +56,7 @@ class FormCheck {
       if (attribute == known.end()) {
         find(element.line, "unknown",
              "unknown attribute " + quoted(name) + suggestion(name, known));
-      } else if (const auto wrong = rule.attributes[attribute - known.begin()].rule(value)) {
+      } else if (const auto wrong = rule.attributes[indexIn(known, attribute)].rule(value)) {
         // A password does not belong on the screen.
         find(element.line, "value",
              name + (name == "password" ? "" : " " + shown(value)) + " " + *wrong);
@@ -83,7 +88,7 @@ class FormCheck {
                  suggestion(child.name, known));
         continue;
       }
-      if (++counts[*name] == 2 && rule.children[name - known.begin()].isSingle) {
+      if (++counts[*name] == 2 && rule.children[indexIn(known, name)].isSingle) {
         find(child.line, "duplicate",
              "a second <" + child.name + "> in one <" + element.name + ">");
       }

@@ -56,7 +56,9 @@ class Parser {
     VerbRegistry verbs(app, line);
     declareList(verbs);
     declareProfileVerbs(verbs);
+    declarePolicies(verbs);
     declareLibraryVerbs(verbs);
+    declareInspection(verbs);
     declareImport(verbs);
     if (place == Place::program) {
       declareShell(verbs);

@@ -4,10 +4,13 @@
 #include <pavo/FilterProfileParams.h>
 #include <pavo/ProfileParams.h>
 
+#include <chrono>
+#include <optional>
 #include <string>
 #include <vector>
 
 #include "Errors.h"
+#include "PolicyCall.h"
 #include "Secrets.h"
 #include "Session.h"
 
@@ -43,10 +46,18 @@ struct CommandLine {
   std::string plmn;                  // import
   bool isEveryOperator = false;      // import: not only plmn's
   bool isTemporary = false;          // import: not persistent
-  bool isDryRun = false;             // import
+  bool isDryRun = false;             // import, and all that change the modem
+
+  PolicyCall call;           // The policies
+  std::string elementsFile;  // apn-class, apn-types: more of what is wanted
+  bool isExplained = false;  // list, the policies
   bool isCheck = false;              // import: look at the file only
   int keyNumber = 0;                 // release, listen; 0: all
   std::string helpTopic;             // help
+
+  std::chrono::milliseconds watchTime{0};      // verify
+  std::chrono::milliseconds settleTime{1000};  // verify
+  std::optional<int> capacity;                 // usage
 
   // Throws UsageError.
   static CommandLine parse(int argc, const char* const* argv);

@@ -32,25 +32,29 @@ bool Hold::finish() {
   return isClean;
 }
 
+bool Hold::letGo(Key key) {
+  const std::string name = "profile " + std::to_string(key->getProfileId());
+  const Patience patience(line.session.timeout, couldNotDelete(name));
+  switch (Session::release(std::move(key))) {
+    case Session::Release::deleted:
+      break;
+    case Session::Release::kept:
+      // Not a failure: what became of the profile meanwhile was somebody else's decision.
+      complain(name +
+               " was not this process's to delete any more: the modem or another client has "
+               "changed or deleted it");
+      break;
+    case Session::Release::failed:
+      complain(couldNotDelete(name));
+      return false;
+  }
+  return true;
+}
+
 bool Hold::releaseAll() {
   bool isClean = true;
   for (auto& key : keys) {
-    const std::string name = "profile " + std::to_string(key->getProfileId());
-    const Patience patience(line.session.timeout, couldNotDelete(name));
-    switch (Session::release(std::move(key))) {
-      case Session::Release::deleted:
-        break;
-      case Session::Release::kept:
-        // Not a failure: what became of the profile meanwhile was somebody else's decision.
-        complain(name +
-                 " was not this process's to delete any more: the modem or another client has "
-                 "changed or deleted it");
-        break;
-      case Session::Release::failed:
-        complain(couldNotDelete(name));
-        isClean = false;
-        break;
-    }
+    isClean = letGo(std::move(key)) && isClean;
   }
   keys.clear();
   return isClean;

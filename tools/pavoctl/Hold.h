@@ -17,6 +17,8 @@ class Hold {
   Hold(const CommandLine& commandLine, Context& surroundings);
 
   void keep(Key key);
+  // Releases a key that is not to be held. Whether its profile went when it should have gone.
+  bool letGo(Key key);
   // When all that the verb has to say is written. Whether everything went as it should.
   bool finish();
 

@@ -2,6 +2,8 @@
 
 #include "Context.h"
 #include "Options.h"
+#include "PolicyRun.h"
+#include "StoryText.h"
 #include "Table.h"
 #include "Values.h"
 #include "Verbs.h"
@@ -10,17 +12,27 @@ namespace pavoctl {
 namespace {
 
 ExitStatus list(const CommandLine& line, Context& context) {
-  const Session::Listing listing = context.session(line.session).list(line.filter);
+  Session& session = context.session(line.session);
+  Json steps;
+  const Session::Listing listing = line.isExplained
+                                       ? explainList(session, line.filter, line.secrets, steps)
+                                       : session.list(line.filter);
   Json profiles = Json::array();
   for (const auto& profile : listing.profiles) {
     profiles.push_back(toJson(profile, line.secrets));
   }
   if (line.isJson) {
-    context.output.line(dumpJson(profiles, /*indent=*/2));
+    const Json json = line.isExplained
+                          ? Json{{"profiles", profiles}, {"explanation", Json{{"steps", steps}}}}
+                          : profiles;
+    context.output.line(dumpJson(json, /*indent=*/2));
   } else if (profiles.empty()) {
     context.output.line("no profiles");
   } else {
     context.output.write(profileTable(profiles));
+  }
+  if (line.isExplained && !line.isJson) {
+    context.output.write("\n" + storyText(steps, Telling::done));
   }
   if (listing.unreadable > 0) {
     throw Failure(std::to_string(listing.unreadable) +
@@ -80,8 +92,11 @@ void declareList(VerbRegistry& verbs) {
        "An attribute has to be equal unless a criterion loosens it; a profile that lacks it does\n"
        "not match.\n\nExamples:\n  pavoctl list\n  pavoctl list --apn net --apn-subset\n"
        "  pavoctl list --types DEFAULT,SUPL --types-subset --pavo yes\n"
-       "  pavoctl list --home-ip V4V6 --home-ip-superset --json\n",
+       "  pavoctl list --home-ip V4V6 --home-ip-superset --json\n"
+       "  pavoctl filter --apn ims --explain\n",
        list});
+  app.alias("filter");
+  app.add_flag("--explain", verbs.line.isExplained, "Tell why the other profiles do not match");
   addFilters(app, verbs.line.filter);
   addCriteria(app, verbs.line.filter);
 }

@@ -32,6 +32,9 @@ CLI::Option* addValue(CLI::App& app, const std::string& name, const std::string&
 // The attributes of a profile, the same for every verb that takes them.
 void addAttributes(CLI::App& app, pavo::ProfileParams& params);
 
+// Whether only to say what would be done.
+void addDryRun(CLI::App& app, bool& isDryRun);
+
 // A profile's number, as the verb's argument.
 void addProfileId(CLI::App& app, int& id);
 

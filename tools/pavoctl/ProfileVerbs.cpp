@@ -2,6 +2,7 @@
 #include <functional>
 
 #include "Context.h"
+#include "DryRun.h"
 #include "Hold.h"
 #include "Options.h"
 #include "Table.h"
@@ -39,6 +40,9 @@ ExitStatus get(const CommandLine& line, Context& context) {
 }
 
 ExitStatus add(const CommandLine& line, Context& context) {
+  if (line.isDryRun) {
+    return wouldAdd(line, context);
+  }
   Hold hold(line, context);
   Session::Added added =
       context.session(line.session)
@@ -51,6 +55,9 @@ ExitStatus add(const CommandLine& line, Context& context) {
 }
 
 ExitStatus modify(const CommandLine& line, Context& context) {
+  if (line.isDryRun) {
+    return wouldModify(line, context);
+  }
   const Session::Modified modified =
       context.session(line.session)
           .modify(line.profileId, pavo::ModifyProfileParams(line.attributes));
@@ -61,6 +68,9 @@ ExitStatus modify(const CommandLine& line, Context& context) {
 }
 
 ExitStatus remove(const CommandLine& line, Context& context) {
+  if (line.isDryRun) {
+    return wouldDelete(line, context);
+  }
   context.session(line.session).remove(line.profileId);
   const std::string done = "deleted profile " + std::to_string(line.profileId);
   tellDone(done, [&] {
@@ -81,7 +91,7 @@ void declareAdd(VerbRegistry& verbs) {
        "  pavoctl add --apn ims --types IMS --class IMS --hold\n",
        add},
       [&line] {
-        if (!line.isPersistent && !line.isHeld) {
+        if (!line.isPersistent && !line.isHeld && !line.isDryRun) {
           throw UsageError(
               "add: a profile that is not persistent is deleted as soon as pavoctl ends: "
               "give --persistent, or --hold to stay until stopped");
@@ -93,6 +103,7 @@ void declareAdd(VerbRegistry& verbs) {
   app.add_flag("--hold", line.isHeld, "Stay until stopped; the profile is deleted then")
       ->excludes(persistent);
   app.add_flag("--ia", line.isInitialAttach, "It is the profile for initial attach");
+  addDryRun(app, line.isDryRun);
 }
 
 void declareModify(VerbRegistry& verbs) {
@@ -110,6 +121,17 @@ void declareModify(VerbRegistry& verbs) {
                 });
   addProfileId(app, line.profileId);
   addAttributes(app, line.attributes);
+  addDryRun(app, line.isDryRun);
+}
+
+void declareDelete(VerbRegistry& verbs) {
+  CommandLine& line = verbs.line;
+  CLI::App& app = verbs.add({"delete", "Delete a profile from the modem",
+                             "Whoever uses the profile loses it.\n\nExamples:\n"
+                             "  pavoctl delete 3\n",
+                             remove});
+  addProfileId(app, line.profileId);
+  addDryRun(app, line.isDryRun);
 }
 
 }  // namespace
@@ -121,10 +143,7 @@ void declareProfileVerbs(VerbRegistry& verbs) {
       verbs.line.profileId);
   declareAdd(verbs);
   declareModify(verbs);
-  addProfileId(
-      verbs.add({"delete", "Delete a profile from the modem",
-                 "Whoever uses the profile loses it.\n\nExamples:\n  pavoctl delete 3\n", remove}),
-      verbs.line.profileId);
+  declareDelete(verbs);
 }
 
 }  // namespace pavoctl

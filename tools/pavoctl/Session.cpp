@@ -154,6 +154,13 @@ Session::Listing Session::list(const pavo::FilterProfileParams& filter) {
   throw Failure("the modem's profiles keep changing, no listing could be made");
 }
 
+Snapshot Session::snapshot() {
+  if (dump().hasLostList()) {
+    readAll();
+  }
+  return Snapshot::takeOf(Manager::getInstance());
+}
+
 Key Session::keyOf(int id) {
   const Patience patience(options.timeout, noAnswerText(options.timeout));
   if (dump().hasLostList()) {

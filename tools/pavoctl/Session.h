@@ -12,6 +12,7 @@
 
 #include "Dump.h"
 #include "Profile.h"
+#include "Snapshot.h"
 
 namespace pavoctl {
 
@@ -59,6 +60,7 @@ class Session {
   void refresh();
 
   Listing list(const pavo::FilterProfileParams& filter);
+  Snapshot snapshot();
   Profile get(int id);
   Added add(const pavo::AddProfileParams& params);
   Modified modify(int id, const pavo::ModifyProfileParams& params);

@@ -53,6 +53,13 @@ std::size_t widthOf(std::string_view text) {
   }));
 }
 
+std::string sideText(const Json& change, const char* side) {
+  const auto value = change.find(side);
+  return value == change.end() ? "(absent)" : valueText(*value);
+}
+
+}  // namespace
+
 std::string aligned(const std::vector<std::vector<std::string>>& rows) {
   std::vector<std::size_t> widths(rows.front().size());
   for (const auto& row : rows) {
@@ -72,13 +79,6 @@ std::string aligned(const std::vector<std::vector<std::string>>& rows) {
   }
   return text;
 }
-
-std::string sideText(const Json& change, const char* side) {
-  const auto value = change.find(side);
-  return value == change.end() ? "(absent)" : valueText(*value);
-}
-
-}  // namespace
 
 std::string profileTable(const Json& profiles) {
   std::vector<std::vector<std::string>> rows(1);

@@ -2,10 +2,14 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 #include "Profile.h"
 
 namespace pavoctl {
+
+// Cells in columns, a line for each row.
+std::string aligned(const std::vector<std::vector<std::string>>& rows);
 
 // A header and one line for each profile of a JSON array of profiles. The rarer attributes are in
 // the column FLAGS, or only in profileText().

@@ -7,7 +7,9 @@ namespace pavoctl {
 
 void declareList(VerbRegistry& verbs);
 void declareProfileVerbs(VerbRegistry& verbs);  // get, add, modify, delete
+void declarePolicies(VerbRegistry& verbs);
 void declareLibraryVerbs(VerbRegistry& verbs);  // refresh, dump, watch
+void declareInspection(VerbRegistry& verbs);    // verify, usage
 void declareImport(VerbRegistry& verbs);
 void declareShell(VerbRegistry& verbs);
 void declareShellVerbs(VerbRegistry& verbs);  // What only the shell knows: keys and so on.

@@ -1,0 +1,52 @@
+#include "Library.h"
+
+#include <cstdlib>
+
+#include "Deadline.h"
+
+namespace pavo::test {
+namespace {
+
+constexpr int deleteEvent = 2;
+
+struct Process {
+  ModemProcess modem{
+      ModemProcessOptions{.profiles = {}, .keepsStore = false, .arguments = {"--capacity", "255"}}};
+  ModemEnvironment environment{modem.socketPath()};
+  pavoctl::Session session{{}};
+};
+
+Process& process() {
+  // Or the log would go to standard error.
+  ::setenv("PAVO_DIAG_FILE", "/dev/null", /*overwrite=*/0);
+  static Process shared;
+  return shared;
+}
+
+}  // namespace
+
+LibraryTest::LibraryTest() : modem(process().modem), session(process().session) {}
+
+void LibraryTest::setProfiles(const nlohmann::json& profiles) {
+  for (const auto& profile : modem.control("show")["profiles"]) {
+    modem.control("delete", {{"index", profile["index"]}});
+  }
+  for (const auto& profile : profiles) {
+    modem.control("create", profile);
+  }
+  settle();
+  session.readAll();
+}
+
+void LibraryTest::settle() {
+  // Indications are handled in the order in which they come. One for a profile that nobody has
+  // changes nothing and leaves a line.
+  static int fence = 0;
+  const int index = 250 + fence++ % 5;
+  const std::string start = "ProfileCache: onIndication < " + std::to_string(index) + " Delete";
+  const std::string before(pavoctl::Session::dump().lastLine(start));
+  modem.control("indicate", {{"event", deleteEvent}, {"index", index}});
+  ASSERT_TRUE(waitUntil([&] { return pavoctl::Session::dump().lastLine(start) != before; }));
+}
+
+}  // namespace pavo::test

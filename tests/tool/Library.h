@@ -1,0 +1,28 @@
+// The library in this process, on a modem of its own, for tests of the tool's parts that use it.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <nlohmann/json.hpp>
+
+#include "ModemProcess.h"
+#include "Session.h"
+
+namespace pavo::test {
+
+/// The policies are the process-wide manager's, so all tests of a process share one session and one
+/// modem. Each begins with the profiles that it puts there.
+class LibraryTest : public testing::Test {
+ protected:
+  LibraryTest();
+
+  /// What the modem has from now on, each in the form of a profile file's; the library knows.
+  void setProfiles(const nlohmann::json& profiles);
+  /// Waits until the library has handled everything that the modem has sent it so far.
+  void settle();
+
+  ModemProcess& modem;
+  pavoctl::Session& session;
+};
+
+}  // namespace pavo::test
