@@ -7,9 +7,9 @@
 #include <cstdlib>
 #include <string>
 
-#include "ApnFile.h"
-#include "ApnMapping.h"
 #include "Errors.h"
+#include "lists/ApnFile.h"
+#include "lists/ApnMapping.h"
 
 namespace {
 

@@ -1,4 +1,4 @@
-#include "ApnCheck.h"
+#include "lists/ApnCheck.h"
 
 #include <gmock/gmock.h>
 

@@ -1,4 +1,4 @@
-#include "ApnFile.h"
+#include "lists/ApnFile.h"
 
 #include <gmock/gmock.h>
 

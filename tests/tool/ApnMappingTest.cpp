@@ -1,10 +1,10 @@
-#include "ApnMapping.h"
+#include "lists/ApnMapping.h"
 
 #include <gmock/gmock.h>
 
 #include <set>
 
-#include "Names.h"
+#include "profiles/Names.h"
 
 namespace pavoctl {
 namespace {

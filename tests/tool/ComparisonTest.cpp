@@ -1,4 +1,4 @@
-#include "Comparison.h"
+#include "policies/Comparison.h"
 
 #include <algorithm>
 #include <functional>

@@ -9,8 +9,8 @@
 #include <set>
 
 #include "CommandLine.h"
-#include "Description.h"
 #include "Tool.h"
+#include "manual/Description.h"
 
 namespace pavo::test {
 namespace {

@@ -1,4 +1,4 @@
-#include "Dump.h"
+#include "session/Dump.h"
 
 #include <gmock/gmock.h>
 

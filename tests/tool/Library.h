@@ -6,7 +6,7 @@
 #include <nlohmann/json.hpp>
 
 #include "ModemProcess.h"
-#include "Session.h"
+#include "session/Session.h"
 
 namespace pavo::test {
 

@@ -5,12 +5,12 @@
 #include <array>
 #include <functional>
 
-#include "ApnFile.h"
-#include "ApnMapping.h"
 #include "Chance.h"
-#include "Hindsight.h"
 #include "Library.h"
-#include "PolicyRun.h"
+#include "lists/ApnFile.h"
+#include "lists/ApnMapping.h"
+#include "policies/Hindsight.h"
+#include "policies/PolicyRun.h"
 
 namespace pavo::test {
 namespace {

@@ -1,12 +1,12 @@
-#include "ProviderFile.h"
+#include "lists/ProviderFile.h"
 
 #include <gmock/gmock.h>
 
 #include <map>
 
-#include "ApnMapping.h"
 #include "TemporaryFolder.h"
 #include "Tool.h"
+#include "lists/ApnMapping.h"
 
 namespace pavoctl {
 namespace {

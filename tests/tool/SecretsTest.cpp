@@ -1,4 +1,4 @@
-#include "Secrets.h"
+#include "profiles/Secrets.h"
 
 #include <gmock/gmock.h>
 

@@ -1,4 +1,4 @@
-#include "Values.h"
+#include "profiles/Values.h"
 
 #include <gmock/gmock.h>
 

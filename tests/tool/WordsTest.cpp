@@ -1,10 +1,10 @@
-#include "Words.h"
+#include "shell/Words.h"
 
 #include <gmock/gmock.h>
 
 #include "CommandLine.h"
-#include "Completion.h"
 #include "Errors.h"
+#include "shell/Completion.h"
 
 namespace pavoctl {
 namespace {

@@ -4,12 +4,12 @@
 #include <limits>
 #include <sstream>
 
-#include "Description.h"
 #include "Errors.h"
 #include "Options.h"
 #include "Text.h"
-#include "Values.h"
 #include "Verbs.h"
+#include "manual/Description.h"
+#include "profiles/Values.h"
 
 namespace pavoctl {
 namespace {

@@ -10,9 +10,9 @@
 #include <vector>
 
 #include "Errors.h"
-#include "PolicyCall.h"
-#include "Secrets.h"
-#include "Session.h"
+#include "policies/PolicyCall.h"
+#include "profiles/Secrets.h"
+#include "session/Session.h"
 
 namespace pavoctl {
 
@@ -51,9 +51,9 @@ struct CommandLine {
   PolicyCall call;           // The policies
   std::string elementsFile;  // apn-class, apn-types: more of what is wanted
   bool isExplained = false;  // list, the policies
-  bool isCheck = false;              // import: look at the file only
-  int keyNumber = 0;                 // release, listen; 0: all
-  std::string helpTopic;             // help
+  bool isCheck = false;      // import: look at the file only
+  int keyNumber = 0;         // release, listen; 0: all
+  std::string helpTopic;     // help
 
   std::chrono::milliseconds watchTime{0};      // verify
   std::chrono::milliseconds settleTime{1000};  // verify

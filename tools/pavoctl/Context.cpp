@@ -1,7 +1,7 @@
 #include "Context.h"
 
-#include "KeyRing.h"
-#include "Profile.h"
+#include "profiles/Profile.h"
+#include "shell/KeyRing.h"
 
 namespace pavoctl {
 

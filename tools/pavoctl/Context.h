@@ -5,8 +5,8 @@
 #include <optional>
 
 #include "Output.h"
-#include "Session.h"
 #include "StopSignal.h"
+#include "session/Session.h"
 
 namespace pavoctl {
 

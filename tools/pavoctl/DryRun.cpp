@@ -1,8 +1,8 @@
 #include "DryRun.h"
 
 #include "Context.h"
-#include "Effects.h"
 #include "Table.h"
+#include "policies/Effects.h"
 
 namespace pavoctl {
 namespace {

@@ -2,7 +2,7 @@
 
 #include <utility>
 
-#include "Patience.h"
+#include "session/Patience.h"
 
 namespace pavoctl {
 

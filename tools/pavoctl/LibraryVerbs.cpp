@@ -1,10 +1,10 @@
 #include <CLI/CLI.hpp>
 
 #include "Context.h"
-#include "Patience.h"
 #include "Text.h"
 #include "Verbs.h"
-#include "Watch.h"
+#include "inspection/Watch.h"
+#include "session/Patience.h"
 
 namespace pavoctl {
 namespace {

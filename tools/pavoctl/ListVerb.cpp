@@ -2,11 +2,11 @@
 
 #include "Context.h"
 #include "Options.h"
-#include "PolicyRun.h"
-#include "StoryText.h"
 #include "Table.h"
-#include "Values.h"
 #include "Verbs.h"
+#include "policies/PolicyRun.h"
+#include "policies/StoryText.h"
+#include "profiles/Values.h"
 
 namespace pavoctl {
 namespace {

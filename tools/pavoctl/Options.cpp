@@ -2,8 +2,8 @@
 
 #include <CLI/CLI.hpp>
 
-#include "Attributes.h"
-#include "Values.h"
+#include "profiles/Attributes.h"
+#include "profiles/Values.h"
 
 namespace pavoctl {
 

@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "Profile.h"
+#include "profiles/Profile.h"
 
 namespace pavoctl {
 

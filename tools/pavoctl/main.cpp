@@ -8,7 +8,7 @@
 #include "Context.h"
 #include "Errors.h"
 #include "Output.h"
-#include "Patience.h"
+#include "session/Patience.h"
 
 namespace {
 

@@ -1,0 +1,21 @@
+// Looks for mistakes in an APN list.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "lists/ApnFile.h"
+
+namespace pavoctl {
+
+struct Finding {
+  unsigned long line = 0;
+  const char* kind =
+      "";  // For programs: unknown, missing, value, text, duplicate, case, credentials.
+  std::string text;
+};
+
+// By line. root is the file, entries is what readApnFile() makes of it.
+std::vector<Finding> checkApnList(const XmlElement& root, const std::vector<ApnEntry>& entries);
+
+}  // namespace pavoctl

@@ -1,0 +1,14 @@
+// GNOME's list of mobile operators: <serviceproviders><country><provider><gsm> with <network-id/>
+// and <apn value="..">.
+#pragma once
+
+#include "lists/ApnFile.h"
+
+namespace pavoctl {
+
+// Every <apn> becomes an entry in the words of Android's list. Its usage becomes APN types; the
+// entry's networks are those of its operator. What is neither an access point nor leads to one is
+// remarked.
+ApnFile readProviders(const XmlElement& root);
+
+}  // namespace pavoctl

@@ -1,0 +1,116 @@
+#include "profiles/Secrets.h"
+
+#include <pavo/ProfileTypes.h>
+
+#include <algorithm>
+#include <array>
+#include <optional>
+#include <set>
+#include <vector>
+
+#include "Text.h"
+#include "profiles/Names.h"
+
+namespace pavoctl {
+namespace {
+
+constexpr std::string_view passwordKey = "Password=";
+
+bool isDecimal(std::string_view value) {
+  return !value.empty() && value.find_first_not_of("0123456789") == std::string_view::npos;
+}
+
+bool isAuthType(std::string_view value) { return isDecimal(value) || authTypeNamed(value); }
+bool isIpType(std::string_view value) { return isDecimal(value) || ipTypeNamed(value); }
+bool isApnClass(std::string_view value) { return isDecimal(value) || apnClassNamed(value); }
+bool isFlag(std::string_view value) { return value == "0" || value == "1"; }
+
+bool isApnTypes(std::string_view value) {
+  if (isDecimal(value) || value == "NONE") {
+    return true;
+  }
+  auto names = split(value, "|");
+  if (names.size() < 2 || !names.back().empty()) {
+    return false;
+  }
+  names.pop_back();
+  return std::all_of(names.begin(), names.end(), [](auto name) { return apnTypeNamed(name); });
+}
+
+// Only the names that the library gives: any other could be a piece of the password.
+bool isProfileName(std::string_view value) {
+  return value == "pavo_profile" || value == "pavo_profile_ia";
+}
+
+struct Attribute {
+  std::string_view key;
+  bool (*isValue)(std::string_view);
+};
+
+// What may follow a password, in the client's and in the modem's records.
+constexpr std::array attributes{
+    Attribute{"AuthType", isAuthType},
+    Attribute{"HomeIPType", isIpType},
+    Attribute{"RoamIPType", isIpType},
+    Attribute{"CommonIPType", isIpType},
+    Attribute{"ApnTypesMask", isApnTypes},
+    Attribute{"ApnClass", isApnClass},
+    Attribute{"IsClatEnabled", isFlag},
+    Attribute{"OverrideHomeIPType", isIpType},
+    Attribute{"LteRoamIP", isIpType},
+    Attribute{"UmtsRoamIP", isIpType},
+    Attribute{"MaxPdnsConnPerBlock", isDecimal},
+    Attribute{"MaxPdnConnTimer", isDecimal},
+    Attribute{"PdnReqWaitInterval", isDecimal},
+    Attribute{"IsApnDisabled", isFlag},
+    Attribute{"IsEmergencySupported", isFlag},
+    Attribute{"IsPavoProfile", isFlag},
+    Attribute{"IsIAProfile", isFlag},
+    Attribute{"ProfileName", isProfileName},
+};
+
+std::optional<std::size_t> attributeIndex(std::string_view field) {
+  const auto equals = field.find('=');
+  if (equals == std::string_view::npos) {
+    return std::nullopt;
+  }
+  for (std::size_t i = 0; i < attributes.size(); ++i) {
+    if (attributes[i].key == field.substr(0, equals) &&
+        attributes[i].isValue(field.substr(equals + 1))) {
+      return i;
+    }
+  }
+  return std::nullopt;
+}
+
+}  // namespace
+
+std::string maskPassword(std::string_view line) {
+  const auto key = line.find(passwordKey);
+  if (key == std::string_view::npos) {
+    return std::string(line);
+  }
+  const auto start = key + passwordKey.size();
+  // Every attribute ends in a comma. A line that does not has been cut, perhaps in the password.
+  std::vector<std::string_view> fields = split(line.substr(start), ",");
+  std::size_t tail = line.size();
+  if (fields.size() > 1 && fields.back().empty()) {
+    fields.pop_back();
+    std::set<std::size_t> seen;
+    tail -= 1;
+    // The first field belongs to the password in any case.
+    for (auto field = fields.rbegin(); field + 1 != fields.rend(); ++field) {
+      const auto index = attributeIndex(*field);
+      if (!index || !seen.insert(*index).second) {
+        break;
+      }
+      tail -= field->size() + 1;
+    }
+  }
+  std::string masked(line.substr(0, start));
+  masked += secretMask;
+  masked += line.substr(tail);
+  return masked;
+}
+
+}  // namespace pavoctl

@@ -1,0 +1,279 @@
+#include "session/Session.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <thread>
+
+#include "Errors.h"
+#include "Text.h"
+#include "session/Patience.h"
+
+namespace pavoctl {
+namespace {
+
+using pavo::Manager;
+
+// More refreshes than this in a row, each between two steps of one operation, are no accident.
+constexpr int attemptsMax = 20;
+// Growing, because every attempt writes three lines into the library's log of 200.
+constexpr std::chrono::milliseconds pollIntervalFirst{5};
+constexpr std::chrono::milliseconds pollIntervalMax{250};
+
+std::string seconds(std::chrono::milliseconds time) {
+  std::string text = std::to_string(time.count() / 1000);
+  if (const auto rest = time.count() % 1000; rest != 0) {
+    std::string fraction = std::to_string(1000 + rest).substr(1);
+    fraction.erase(fraction.find_last_not_of('0') + 1);
+    text += "." + fraction;
+  }
+  return text + " s";
+}
+
+std::string modemInUse() {
+  const char* socket = std::getenv("OVIX_MODEM");
+  return socket == nullptr ? "OVIX_MODEM is not set, so the embedded modem was asked"
+                           : "OVIX_MODEM=" + printable(socket);
+}
+
+// The library waits a second for the modem's answer; a refusal takes no time to speak of.
+constexpr std::chrono::milliseconds refusalTimeMax{900};
+// How long a lost connection takes to get into the library's log.
+constexpr std::chrono::milliseconds lossTimeMax{100};
+
+bool isModemLost() {
+  const auto deadline = std::chrono::steady_clock::now() + lossTimeMax;
+  while (Session::dump().hasModemsProfiles().value_or(true)) {
+    if (std::chrono::steady_clock::now() >= deadline) {
+      return false;
+    }
+    std::this_thread::sleep_for(pollIntervalFirst);
+  }
+  return true;
+}
+
+// A change that the modem is asked for, and what to say when nothing came of it. To the library a
+// modem that refuses and one that does not answer are the same; but a modem that has not answered
+// may have done it.
+class Change {
+ public:
+  Change(std::string toDo, std::string mayBeDone, std::chrono::milliseconds timeout)
+      : refusal("the modem refused " + std::move(toDo) + " or did not answer"),
+        uncertainty("; " + std::move(mayBeDone) + " all the same"),
+        patience(timeout, "the modem did not answer within " + seconds(timeout) + uncertainty) {}
+
+  [[noreturn]] void fail() const {
+    if (std::chrono::steady_clock::now() - start >= refusalTimeMax) {
+      throw NoAnswer("the modem did not answer" + uncertainty);
+    }
+    if (isModemLost()) {
+      throw NoAnswer("the modem was lost before it answered" + uncertainty);
+    }
+    throw Failure(refusal);
+  }
+
+ private:
+  const std::string refusal;
+  const std::string uncertainty;
+  const std::chrono::steady_clock::time_point start = std::chrono::steady_clock::now();
+  const Patience patience;
+};
+
+bool logged(const std::vector<std::string>& messages, std::string_view wanted) {
+  return std::find(messages.begin(), messages.end(), wanted) != messages.end();
+}
+
+}  // namespace
+
+Session::Session(const Options& sessionOptions) : options(sessionOptions) {
+  const Patience patience(options.timeout, noAnswerText(options.timeout));
+  Manager::getInstance().init(options.subscription, options.useAndroidLog);
+  readAll();
+}
+
+void Session::resume(const Options& wanted) {
+  if (wanted.subscription != options.subscription ||
+      wanted.useAndroidLog != options.useAndroidLog) {
+    throw UsageError("the library is running; --subscription and --log come too late");
+  }
+  options.timeout = wanted.timeout;
+  if (!dump().hasModemsProfiles().value_or(true)) {
+    readAll();
+  }
+}
+
+void Session::readAll() {
+  const Patience patience(options.timeout, noAnswerText(options.timeout));
+  const auto deadline = std::chrono::steady_clock::now() + options.timeout;
+  auto pollInterval = pollIntervalFirst;
+  while (true) {
+    Manager::getInstance().refresh(pavo::PDC_REFRESH_COMPLETED);
+    const Dump now = dump();
+    // Without a modem the library reads nothing and logs nothing about it. When the log no longer
+    // shows where the refresh began, it has overflowed: only a long list of profiles does that.
+    const auto messages = now.messagesSince("Manager::refresh > ");
+    if (!messages || contains(*messages, message::listRead)) {
+      return;
+    }
+    if (std::chrono::steady_clock::now() >= deadline) {
+      throw NoAnswer(noAnswerText(options.timeout));
+    }
+    std::this_thread::sleep_for(pollInterval);
+    pollInterval = std::min(2 * pollInterval, pollIntervalMax);
+  }
+}
+
+void Session::refresh() {
+  Manager::getInstance().refresh(pavo::PDC_REFRESH_STARTED);
+  readAll();
+}
+
+Session::Listing Session::list(const pavo::FilterProfileParams& filter) {
+  const Patience patience(options.timeout, noAnswerText(options.timeout));
+  for (int attempt = 0; attempt < attemptsMax; ++attempt) {
+    if (dump().hasLostList()) {
+      readAll();
+    }
+    Listing listing;
+    const auto keys = Manager::getInstance().filter(filter);
+    const Dump now = dump();
+    if (const auto messages = now.messagesSince("Manager::filter > ")) {
+      listing.unreadable = static_cast<std::size_t>(
+          std::count(messages->begin(), messages->end(), message::nullProfile));
+    }
+    for (const auto& key : keys) {
+      if (auto params = Manager::getInstance().getProfile(key)) {
+        listing.profiles.push_back({key->getProfileId(), std::move(*params)});
+      }
+    }
+    if (listing.profiles.size() == keys.size()) {
+      std::sort(listing.profiles.begin(), listing.profiles.end(),
+                [](const Profile& a, const Profile& b) { return a.id < b.id; });
+      return listing;
+    }
+  }
+  throw Failure("the modem's profiles keep changing, no listing could be made");
+}
+
+Snapshot Session::snapshot() {
+  if (dump().hasLostList()) {
+    readAll();
+  }
+  return Snapshot::takeOf(Manager::getInstance());
+}
+
+Key Session::keyOf(int id) {
+  const Patience patience(options.timeout, noAnswerText(options.timeout));
+  if (dump().hasLostList()) {
+    readAll();
+  }
+  pavo::FilterProfileParams filter;
+  filter.setFilterByProfileId(id);
+  const auto keys = Manager::getInstance().filter(filter);
+  if (!keys.empty()) {
+    return keys.front();
+  }
+  const Dump now = dump();
+  const auto messages = now.messagesSince("Manager::filter > ");
+  const bool isUnsure = messages && contains(*messages, message::nullProfile);
+  throw Failure("there is no profile " + std::to_string(id) +
+                (isUnsure ? ", or it is one that could not be read from the modem" : ""));
+}
+
+std::vector<std::string> Session::onProfile(int id, const std::string& entry,
+                                            const std::function<void(const Key&)>& operation) {
+  for (int attempt = 0; attempt < attemptsMax; ++attempt) {
+    const Key key = keyOf(id);
+    operation(key);
+    const Dump now = dump();
+    const auto messages = now.messagesSince(entry);
+    if (messages && !contains(*messages, message::expired)) {
+      return {messages->begin(), messages->end()};
+    }
+  }
+  throw Failure("profile " + std::to_string(id) + " keeps changing");
+}
+
+Profile Session::get(int id) {
+  const Patience patience(options.timeout, noAnswerText(options.timeout));
+  std::optional<pavo::ProfileParams> params;
+  onProfile(id, "Manager::getProfile > ",
+            [&](const Key& key) { params = Manager::getInstance().getProfile(key); });
+  if (!params) {
+    throw Failure("profile " + std::to_string(id) + " could not be read");
+  }
+  return {id, std::move(*params)};
+}
+
+Session::Added Session::add(const pavo::AddProfileParams& params) {
+  Key key;
+  {
+    const Change change("the new profile", "it may have created the profile", options.timeout);
+    key = Manager::getInstance().addProfile(params);
+    if (!key) {
+      change.fail();
+    }
+  }
+  const int id = key->getProfileId();
+  if (auto stored = Manager::getInstance().getProfile(key)) {
+    return {Profile{id, std::move(*stored)}, std::move(key)};
+  }
+  return {getAfter("created", id), std::move(key)};
+}
+
+Session::Modified Session::modify(int id, const pavo::ModifyProfileParams& params) {
+  std::vector<std::string> messages;
+  {
+    const std::string name = "profile " + std::to_string(id);
+    const Change change("to change " + name, "it may have changed the profile", options.timeout);
+    bool isKnown = false;
+    messages = onProfile(id, "Manager::modifyProfile > ", [&](const Key& key) {
+      isKnown = Manager::getInstance().modifyProfile(params, key);
+    });
+    // The library answers true also when the modem refused; the profile is then as it was.
+    if (!isKnown || logged(messages, message::modifyFailed)) {
+      change.fail();
+    }
+  }
+  const bool isChanged = !logged(messages, message::unchanged);
+  return {isChanged ? getAfter("changed", id) : get(id), isChanged};
+}
+
+Profile Session::getAfter(const std::string& what, int id) {
+  try {
+    return get(id);
+  } catch (const Failure& failure) {
+    throw Failure("profile " + std::to_string(id) + " was " + what + ", but then " +
+                  failure.what());
+  }
+}
+
+void Session::remove(int id) {
+  const std::string name = "profile " + std::to_string(id);
+  const Change change("to delete " + name, "it may have deleted the profile", options.timeout);
+  bool isDeleted = false;
+  onProfile(id, "Manager::deleteProfile > ",
+            [&](const Key& key) { isDeleted = Manager::getInstance().deleteProfile(key); });
+  if (!isDeleted) {
+    change.fail();
+  }
+}
+
+Session::Release Session::release(Key key) {
+  const std::string released = std::string(message::released) + std::to_string(key->getProfileId());
+  key.reset();
+  // Nothing else is released meanwhile, but the log may show an earlier profile of the same id.
+  const Dump now = dump();
+  const auto messages = now.messagesSince("ProfileCache: releaseProfile ");
+  if (messages && contains(*messages, message::releaseFailed)) {
+    return Release::failed;
+  }
+  return messages && contains(*messages, released) ? Release::deleted : Release::kept;
+}
+
+std::string Session::noAnswerText(std::chrono::milliseconds timeout) {
+  return "no modem answered within " + seconds(timeout) + " (" + modemInUse() + ")";
+}
+
+Dump Session::dump() { return Dump::parse(Manager::getInstance().dump()); }
+
+}  // namespace pavoctl

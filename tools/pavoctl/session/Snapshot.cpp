@@ -1,0 +1,160 @@
+#include "session/Snapshot.h"
+
+#include <charconv>
+
+#include "Errors.h"
+#include "profiles/Names.h"
+#include "session/Dump.h"
+
+namespace pavoctl {
+namespace {
+
+using pavo::IPType;
+
+// More changes than this in a row, each between two steps, are no accident.
+constexpr int attemptsMax = 20;
+constexpr std::string_view tokenKey = "token=";
+// The bits of the modem's own mask that have a counterpart among the library's types.
+constexpr std::uint64_t modemTypesKnown = 0x1FFF;
+
+template <typename Number>
+std::optional<Number> numberAt(std::string_view text) {
+  Number number{};
+  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+  return error == std::errc() ? std::optional(number) : std::nullopt;
+}
+
+// Takes "key=value," off the text's beginning.
+bool takeKnown(std::string_view& text, const std::string& key, const std::string& value) {
+  const std::string start = key + "=" + value + ",";
+  if (text.substr(0, start.size()) != start) {
+    return false;
+  }
+  text.remove_prefix(start.size());
+  return true;
+}
+
+std::optional<IPType> ipTypeOf(std::string_view text) {
+  if (const auto type = ipTypeNamed(text)) {
+    return type;
+  }
+  const auto number = numberAt<int>(text);
+  return number ? std::optional(static_cast<IPType>(*number)) : std::nullopt;
+}
+
+void take(std::string_view key, std::string_view value, CachedProfile& profile) {
+  if (key == "CommonIPType") {
+    profile.commonIPType = ipTypeOf(value);
+  } else if (key == "OverrideHomeIPType") {
+    profile.overrideHomeIPType = ipTypeOf(value);
+  } else if (key == "LteRoamIP") {
+    profile.lteRoamIPType = ipTypeOf(value);
+  } else if (key == "UmtsRoamIP") {
+    profile.umtsRoamIPType = ipTypeOf(value);
+  } else if (key == "ApnTypesMask") {
+    profile.hasUnknownTypes = (numberAt<std::uint64_t>(value).value_or(0) & ~modemTypesKnown) != 0;
+  }
+}
+
+// The text of the entry of that token, "  token: text".
+std::optional<std::string> entryOf(const Dump& dump, std::uint64_t token) {
+  const std::string start = "  " + std::to_string(token) + ": ";
+  for (const auto& line : dump.cache) {
+    if (line.compare(0, start.size(), start) == 0) {
+      return line.substr(start.size());
+    }
+  }
+  return std::nullopt;
+}
+
+}  // namespace
+
+std::optional<IPType> CachedProfile::homeIPType() const {
+  return overrideHomeIPType && *overrideHomeIPType != IPType::UNKNOWN ? overrideHomeIPType
+                                                                      : commonIPType;
+}
+
+std::optional<IPType> CachedProfile::roamIPType() const {
+  if (lteRoamIPType) {
+    // The two networks have to agree; an absent UMTS type counts as UNKNOWN.
+    return *lteRoamIPType == umtsRoamIPType.value_or(IPType::UNKNOWN) ? lteRoamIPType
+                                                                      : std::nullopt;
+  }
+  return umtsRoamIPType ? std::nullopt : commonIPType;
+}
+
+std::uint64_t tokenOf(pavo::IProfileKey& key) {
+  const std::string text = key.dump();
+  const auto position = text.find(tokenKey);
+  return position == std::string::npos
+             ? 0
+             : numberAt<std::uint64_t>(std::string_view(text).substr(position + tokenKey.size()))
+                   .value_or(0);
+}
+
+bool readDump(std::string_view text, CachedProfile& cached) {
+  cached.dump = text;
+  const pavo::ProfileParams& params = cached.profile.params;
+  // Texts may hold commas and whatever looks like another attribute, so their values are skipped,
+  // not parsed.
+  if (!takeKnown(text, "ProfileId", std::to_string(cached.profile.id)) ||
+      (params.hasApnName() && !takeKnown(text, "ApnName", params.getApnName())) ||
+      (params.hasUserName() && !takeKnown(text, "UserName", params.getUserName())) ||
+      (params.hasPassword() && !takeKnown(text, "Password", params.getPassword()))) {
+    return false;
+  }
+  while (!text.empty()) {
+    const auto equals = text.find('=');
+    const auto comma = text.find(',', equals);
+    const std::string_view key = text.substr(0, equals);
+    if (comma == std::string_view::npos) {
+      return false;
+    }
+    if (key == "ProfileName") {
+      // Another text, the last of all.
+      cached.name = text.substr(equals + 1, text.size() - equals - 2);
+      return true;
+    }
+    take(key, text.substr(equals + 1, comma - equals - 1), cached);
+    text.remove_prefix(comma + 1);
+  }
+  return true;
+}
+
+Snapshot Snapshot::takeOf(pavo::Manager& manager) {
+  for (int attempt = 0; attempt < attemptsMax; ++attempt) {
+    if (auto snapshot = take(manager)) {
+      return std::move(*snapshot);
+    }
+  }
+  throw Failure("the modem's profiles keep changing, no picture of them could be made");
+}
+
+std::optional<Snapshot> Snapshot::take(pavo::Manager& manager) {
+  const auto keys = manager.filter(pavo::FilterProfileParams());
+  Snapshot snapshot;
+  for (const auto& key : keys) {
+    auto params = manager.getProfile(key);
+    if (!params) {
+      return std::nullopt;
+    }
+    CachedProfile& cached = snapshot.profiles.emplace_back();
+    cached.token = tokenOf(*key);
+    cached.profile = {key->getProfileId(), std::move(*params)};
+  }
+  const Dump dump = Dump::parse(manager.dump());
+  for (auto& cached : snapshot.profiles) {
+    const auto entry = entryOf(dump, cached.token);
+    if (!entry || !readDump(*entry, cached)) {
+      return std::nullopt;
+    }
+  }
+  if (dump.cache.size() < keys.size()) {
+    return std::nullopt;
+  }
+  snapshot.unreadable = dump.cache.size() - keys.size();
+  snapshot.pending = dump.pending;
+  return snapshot;
+}
+
+}  // namespace pavoctl

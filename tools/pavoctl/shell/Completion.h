@@ -1,0 +1,18 @@
+// What may come next on a line of the shell.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "manual/Description.h"
+
+namespace pavoctl {
+
+// The words that the last one, which is being typed, may become; in the order of the description.
+std::vector<std::string> completions(const Description& description,
+                                     const std::vector<std::string>& words);
+
+// What all of them begin with.
+std::string commonBeginning(const std::vector<std::string>& words);
+
+}  // namespace pavoctl

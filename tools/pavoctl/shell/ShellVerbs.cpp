@@ -1,0 +1,157 @@
+#include <CLI/CLI.hpp>
+
+#include "Context.h"
+#include "Hold.h"
+#include "Options.h"
+#include "Verbs.h"
+#include "profiles/Profile.h"
+#include "profiles/Values.h"
+#include "shell/KeyRing.h"
+#include "shell/Shell.h"
+
+namespace pavoctl {
+namespace {
+
+const char* nameOf(KeyRing::Listener listener) {
+  switch (listener) {
+    case KeyRing::Listener::none:
+      return "none";
+    case KeyRing::Listener::waiting:
+      return "waiting";
+    case KeyRing::Listener::called:
+      return "called";
+  }
+  return "";
+}
+
+ExitStatus listKeys(const CommandLine& line, Context& context) {
+  const auto entries = context.keys->entries();
+  if (line.isJson) {
+    Json json = Json::array();
+    for (const auto& entry : entries) {
+      json.push_back(Json{{"key", entry.number},
+                          {"profile", entry.profileId},
+                          {"text", entry.text},
+                          {"isKnown", entry.isKnown},
+                          {"listener", nameOf(entry.listener)}});
+    }
+    context.output.line(dumpJson(json, /*indent=*/2));
+    return exitDone;
+  }
+  for (const auto& entry : entries) {
+    context.output.line("key " + std::to_string(entry.number) + ": profile " + entry.text +
+                        (entry.isKnown ? "" : ", unknown by now") + ", listener " +
+                        nameOf(entry.listener));
+  }
+  if (entries.empty()) {
+    context.output.line("no keys");
+  }
+  return exitDone;
+}
+
+ExitStatus hold(const CommandLine& line, Context& context) {
+  context.keepKey(context.session(line.session).keyOf(line.profileId), line.isJson);
+  return exitDone;
+}
+
+void tell(const CommandLine& line, Output& output, Json facts, const std::string& text) {
+  output.line(line.isJson ? dumpJson(facts) : text);
+}
+
+ExitStatus release(const CommandLine& line, Context& context) {
+  std::vector<int> numbers{line.keyNumber};
+  if (line.keyNumber == 0) {
+    numbers = context.keys->numbers();
+  }
+  ExitStatus status = exitDone;
+  for (const int number : numbers) {
+    const int profile = context.keys->profileOf(number);
+    const Session::Release result = context.keys->release(number);
+    const std::string name = "profile " + std::to_string(profile);
+    if (result == Session::Release::failed) {
+      complain(couldNotDelete(name));
+      status = exitFailed;
+      continue;
+    }
+    const bool isDeleted = result == Session::Release::deleted;
+    tell(line, context.output,
+         Json{{"released", number}, {"profile", profile}, {"isDeleted", isDeleted}},
+         "released key " + std::to_string(number) + ": " + name +
+             (isDeleted ? " is deleted from the modem" : " stays"));
+  }
+  return status;
+}
+
+ExitStatus listen(const CommandLine& line, Context& context) {
+  context.keys->listen(line.keyNumber);
+  tell(line, context.output, Json{{"listening", line.keyNumber}},
+       "listening for the end of key " + std::to_string(line.keyNumber));
+  return exitDone;
+}
+
+ExitStatus quit(const CommandLine&, Context& context) {
+  context.isShellOver = true;
+  return exitDone;
+}
+
+ExitStatus help(const CommandLine& line, Context& context) {
+  std::vector<std::string> words{"--help"};
+  if (!line.helpTopic.empty()) {
+    words.insert(words.begin(), line.helpTopic);
+  }
+  context.output.write(CommandLine::parseInShell(words, line).help);
+  return exitDone;
+}
+
+void addKeyNumber(CLI::App& app, int& number, bool isAllPossible) {
+  addValue(app, "KEY", "", isAllPossible ? "The key's number, or all" : "The key's number",
+           [&number, isAllPossible](const std::string& value) {
+             const bool isAll = isAllPossible && value == "all";
+             number = isAll ? 0 : static_cast<int>(parseNumber("KEY", value, 1, INT32_MAX));
+           })
+      ->required();
+}
+
+}  // namespace
+
+void declareShell(VerbRegistry& verbs) {
+  verbs.add(
+      {"shell", "Commands one after the other, on one library",
+       "Keys live on between the commands: what add, import and the others hold with --hold,\n"
+       "and what hold takes. Lines come from a terminal, with editing, history and\n"
+       "completion, or from anything else; help tells the commands. Errors do not end it.\n\n"
+       "Examples:\n  pavoctl shell\n"
+       "  printf 'add --apn x --hold\\nlisten 1\\nrefresh\\nkeys\\n' | pavoctl shell\n",
+       runShell});
+}
+
+void declareShellVerbs(VerbRegistry& verbs) {
+  CommandLine& line = verbs.line;
+  verbs.add(
+      {"keys", "List the keys that the shell keeps",
+       "With each its profile and token, whether the library still knows it, and whether its\n"
+       "listener has been called.\n\nExamples:\n  keys\n",
+       listKeys});
+  addProfileId(verbs.add({"hold", "Keep another key of a profile",
+                          "Each key counts: a profile that the library made and that is not\n"
+                          "persistent goes with its last one.\n\nExamples:\n  hold 3\n",
+                          hold}),
+               line.profileId);
+  addKeyNumber(verbs.add({"release", "Let go of a key",
+                          "Says whether the modem's profile went with it.\n\nExamples:\n"
+                          "  release 1\n  release all\n",
+                          release}),
+               line.keyNumber, /*isAllPossible=*/true);
+  addKeyNumber(verbs.add({"listen", "Say when the profile of a key goes or changes",
+                          "A line is printed then, between commands. Each key has one listener.\n\n"
+                          "Examples:\n  listen 1\n",
+                          listen}),
+               line.keyNumber, /*isAllPossible=*/false);
+  addValue(verbs.add({"help", "Tell of the commands, or of one of them",
+                      "Examples:\n  help\n  help import\n", help}),
+           "COMMAND", "", "The command",
+           [&line](const std::string& value) { line.helpTopic = value; });
+  verbs.add({"quit", "End the shell", "The keys are released.\n\nExamples:\n  quit\n", quit});
+}
+
+}  // namespace pavoctl
