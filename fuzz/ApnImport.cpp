@@ -1,5 +1,5 @@
-// An APN list with any content: read, and each entry mapped to a profile. Whatever is wrong with it
-// comes out as one line.
+// An APN list of either format with any content: read, each entry mapped to a profile, and looked
+// through for mistakes. Whatever is wrong with it comes out as lines.
 #include <sys/mman.h>
 #include <unistd.h>
 
@@ -8,6 +8,7 @@
 #include <string>
 
 #include "Errors.h"
+#include "lists/ApnCheck.h"
 #include "lists/ApnFile.h"
 #include "lists/ApnMapping.h"
 
@@ -20,16 +21,18 @@ void requireOneLine(const std::string& text) {
 }
 
 void import(const std::string& path) {
-  const pavoctl::ApnFile file = pavoctl::readApnFile(path);
+  const pavoctl::XmlElement root = pavoctl::readApnXml(path);
+  const pavoctl::ApnFile file = pavoctl::apnFileOf(root);
   for (const pavoctl::Remark& remark : file.remarks) {
     requireOneLine(remark.text);
   }
   for (const pavoctl::ApnEntry& entry : file.entries) {
-    pavoctl::plmnOf(entry);
-    const pavoctl::MappedApn mapped = pavoctl::mapApn(entry);
-    for (const std::string& note : mapped.notes) {
+    for (const std::string& note : pavoctl::mapApn(entry).notes) {
       requireOneLine(note);
     }
+  }
+  for (const pavoctl::Finding& finding : pavoctl::checkApnList(root, file.entries)) {
+    requireOneLine(finding.text);
   }
 }
 

@@ -28,7 +28,8 @@ Process& process() {
 LibraryTest::LibraryTest() : modem(process().modem), session(process().session) {}
 
 void LibraryTest::setProfiles(const nlohmann::json& profiles) {
-  for (const auto& profile : modem.control("show")["profiles"]) {
+  const nlohmann::json present = modem.control("show")["profiles"];
+  for (const auto& profile : present) {
     modem.control("delete", {{"index", profile["index"]}});
   }
   for (const auto& profile : profiles) {

@@ -36,7 +36,8 @@ class PolicyProgramTest : public ToolTest {
 
   Json edits() {
     Json found = Json::array();
-    for (const auto& entry : modem.control("transcript")["entries"]) {
+    const Json entries = modem.control("transcript")["entries"];
+    for (const auto& entry : entries) {
       const std::string message = entry.value("message", "");
       if (entry["direction"] == "in" &&
           (message == "create-profile" || message == "modify-profile" ||

@@ -184,8 +184,8 @@ class Mapping {
                                                      "wait_time"};
     std::vector<std::string> others;
     for (const auto& [name, value] : entry.attributes) {
-      const auto isIn = [&](const auto& names) {
-        return std::find(names.begin(), names.end(), name) != names.end();
+      const auto isIn = [&attribute = name](const auto& names) {
+        return std::find(names.begin(), names.end(), attribute) != names.end();
       };
       if (!isIn(taken) && !value.empty() && !isIn(others)) {
         others.push_back(name);

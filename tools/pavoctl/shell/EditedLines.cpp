@@ -36,8 +36,9 @@ class EditedLines : public LineReader {
     el_set(el, EL_EDITOR, "emacs");
     el_set(el, EL_HIST, ::history, history.get());
     el_set(el, EL_GETCFN, onRead);
-    el_set(el, EL_ADDFN, "pavoctl-complete", "Complete the word", onComplete);
-    el_set(el, EL_ADDFN, "pavoctl-interrupt", "Drop the line", onInterrupt);
+    // With narrow text it would make copies that it never frees.
+    el_wset(el, EL_ADDFN, L"pavoctl-complete", L"Complete the word", onComplete);
+    el_wset(el, EL_ADDFN, L"pavoctl-interrupt", L"Drop the line", onInterrupt);
     el_set(el, EL_BIND, "^I", "pavoctl-complete", nullptr);
     el_set(el, EL_BIND, "^C", "pavoctl-interrupt", nullptr);
     el_set(el, EL_BIND, "^R", "em-inc-search-prev", nullptr);
@@ -78,7 +79,7 @@ class EditedLines : public LineReader {
   int read(wchar_t* character) {
     std::mbstate_t state{};
     while (true) {
-      switch (surroundings.waitForInput([this] { leaveLine(); }, [this] { returnToLine(); })) {
+      switch (surroundings.waitForInput(leaveLine, [this] { returnToLine(); })) {
         case Waited::input:
           break;
         case Waited::interrupt:
