@@ -6,12 +6,20 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
+#include <mutex>
 #include <string>
 
 #include "Errors.h"
 
 namespace pavoctl {
 namespace {
+
+// Of whoever complains.
+std::mutex complaints;
+
+void writeComplaint(std::string_view text) {
+  std::fprintf(stderr, "pavoctl: %.*s\n", static_cast<int>(text.size()), text.data());
+}
 
 bool isOpen(int fd) { return ::fcntl(fd, F_GETFD) >= 0; }
 
@@ -62,7 +70,18 @@ void Output::write(std::string_view text) {
 }
 
 void complain(std::string_view text) {
-  std::fprintf(stderr, "pavoctl: %.*s\n", static_cast<int>(text.size()), text.data());
+  const std::lock_guard lock(complaints);
+  writeComplaint(text);
+}
+
+void complainAndExit(std::string_view text, int status) {
+  // Never unlocked: a process may take a while to end, and its other threads go on meanwhile.
+  complaints.lock();
+  if (!text.empty()) {
+    writeComplaint(text);
+  }
+  // Not exit: the library's destructors would wait for what the tool has just given up on.
+  ::_exit(status);
 }
 
 }  // namespace pavoctl

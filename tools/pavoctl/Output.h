@@ -28,5 +28,7 @@ class Output {
 
 // Writes "pavoctl: ", the text and a line end to standard error.
 void complain(std::string_view text);
+// The same as the process's last word: nobody complains after it. An empty text is silence.
+[[noreturn]] void complainAndExit(std::string_view text, int status);
 
 }  // namespace pavoctl

@@ -94,16 +94,15 @@ void Patience::run() {
   if (isDoneWithin(static_cast<int>(limit.count()))) {
     return;
   }
-  if (const int signalFd = sessionSignalFd; signalFd >= 0 && startFd < 0) {
+  const int signalFd = startFd < 0 ? sessionSignalFd.load() : -1;
+  const bool isInSession = signalFd >= 0;
+  if (isInSession) {
     complain(complaint() + "; still waiting, Ctrl-C ends the session");
     if (isFirstReadable(doneFd, signalFd)) {
       return;
     }
-  } else if (complaint) {
-    complain(complaint());
   }
-  // Not exit: the library's destructors would wait for what the tool has just given up on.
-  ::_exit(status);
+  complainAndExit(complaint && !isInSession ? complaint() : "", status);
 }
 
 bool Patience::isDoneWithin(int timeoutMs) const {
