@@ -20,6 +20,8 @@ for i in "${!running[@]}"; do
   elif ! grep -q '^\[  PASSED  \] 1 test' "$folder/$i"; then
     echo "there is no test $filter/$i"
     status=1
+  else
+    grep '^swept ' "$folder/$i"
   fi
 done
 exit "$status"
