@@ -9,6 +9,7 @@
 #include <sstream>
 #include <stdexcept>
 #include <unordered_set>
+#include <utility>
 
 #include "Deadline.h"
 #include "LogWatch.h"
@@ -26,9 +27,9 @@ class Difference : public std::runtime_error {
   using std::runtime_error::runtime_error;
 };
 
-// An index beyond the table, whose deletion changes nothing and leaves a line in the log.
-constexpr int fenceIndex = 201;
-constexpr const char* fenceLine = "ProfileCache: onIndication < 201 Delete";
+// Indices beyond the table, whose deletion changes nothing and leaves a line in the log.
+constexpr int fenceFirst = 202;
+constexpr int fenceCount = 53;
 
 template <typename Value>
 void require(const char* what, const Value& actual, const Value& expected) {
@@ -43,7 +44,8 @@ void require(const char* what, const Value& actual, const Value& expected) {
 // The real thing and its model, side by side.
 class Session {
  public:
-  explicit Session(Counts& theCounts) : counts(theCounts), environment(modem.socketPath()) {}
+  Session(Counts& theCounts, int theWaitingPercent)
+      : counts(theCounts), waitingPercent(theWaitingPercent), environment(modem.socketPath()) {}
 
   void begin() {
     // One profile, for the token that the counter has come to.
@@ -66,6 +68,8 @@ class Session {
 
   std::string perform(const Step& step);
   void verify();
+  // The modem is well, nobody edits: what holds then, whatever there was before.
+  void endQuietly();
   // What is counted at the end.
   void count();
 
@@ -76,7 +80,7 @@ class Session {
     Action action;
     int weight;
   };
-  static const std::array<Kind, 22>& kinds();
+  static const std::array<Kind, 24>& kinds();
 
   std::string addProfile(Wishes& wishes);
   std::string modifyProfile(Wishes& wishes);
@@ -93,7 +97,9 @@ class Session {
   std::string modifyByOther(Wishes& wishes);
   std::string deleteByOther(Wishes& wishes);
   std::string raiseEvent(Wishes& wishes);
-  std::string refuseNext(Wishes& wishes);
+  std::string failNext(Wishes& wishes);
+  std::string editUnderFault(Wishes& wishes);
+  std::string twistIndication(Wishes& wishes);
   std::string cyclePower(Wishes& wishes);
   std::string allowUpdates(Wishes& wishes);
   std::string setupDataCall(Wishes& wishes);
@@ -108,17 +114,49 @@ class Session {
   }
 
   void settle() {
+    awaitLateOnes();
     world.settle();
     clearLog();
+    const int index = fenceFirst + fence++ % fenceCount;
+    const std::string line = "ProfileCache: onIndication < " + std::to_string(index) + " Delete";
+    // What follows one that cannot be decoded waits for the next one's wake-up.
+    const std::chrono::milliseconds limit(isSpoiled ? 50 : 1000);
     const bool isSettled = waitUntil([&] {
-      return modem.control("indicate", {{"event", 2}, {"index", fenceIndex}})["told"] > 0 &&
-             awaitLine(fenceLine);
+      return modem.control("indicate", {{"event", 2}, {"index", index}})["told"] > 0 &&
+             awaitLine(line, limit);
     });
     if (!isSettled) {
       throw Difference("the library no longer hears the modem");
     }
+    isSpoiled = false;
     // Goes through the worker, which is then done with the event.
     manager.getProfile(nullptr);
+  }
+
+  std::vector<json> heard() {
+    return modem.control("transcript", {{"since", transcriptEnd}})["entries"];
+  }
+  // What the step's fault has put off, which is to be over when the step is.
+  void awaitLateOnes() {
+    if (!std::exchange(isLate, false)) {
+      return;
+    }
+    const bool hasCome = waitUntil([&] {
+      const std::vector<json> entries = heard();
+      const auto countOf = [&](const char* kind) {
+        return std::count_if(entries.begin(), entries.end(),
+                             [&](const json& entry) { return entry["kind"] == kind; });
+      };
+      const auto isLateOne = [](const json& entry) { return entry.value("fault", "") == "lateMs"; };
+      return countOf("request") == countOf("response") &&
+             (isTakenUpLate || std::any_of(entries.begin(), entries.end(), isLateOne));
+    });
+    require("whether what was late has come", hasCome, true);
+    isTakenUpLate = false;
+  }
+  void forgetFaults() {
+    world.forgetFaults();
+    modem.control("clear");
   }
 
   // "token: profile" for each entry, as Manager::dump has them, and what is pending.
@@ -178,6 +216,7 @@ class Session {
   }
 
   Counts& counts;
+  const int waitingPercent;
   ModemProcess modem;
   const ModemEnvironment environment;
   Manager& manager = Manager::getInstance();
@@ -187,10 +226,15 @@ class Session {
   int lastNumber = 0;  // of keys and listeners
   std::map<int, int> runs;
   std::uint64_t transcriptEnd = 0;
+  int fence = 0;
+  // What the step's fault does beyond the model: something comes later, or spoils a wake-up.
+  bool isLate = false;
+  bool isTakenUpLate = false;
+  bool isSpoiled = false;
 };
 
-const std::array<Session::Kind, 22>& Session::kinds() {
-  static constexpr std::array<Kind, 22> all = {{
+const std::array<Session::Kind, 24>& Session::kinds() {
+  static constexpr std::array<Kind, 24> all = {{
       {&Session::addProfile, 9},       {&Session::modifyProfile, 8},
       {&Session::deleteProfile, 4},    {&Session::filterProfiles, 7},
       {&Session::readProfile, 4},      {&Session::matchProfile, 5},
@@ -198,10 +242,11 @@ const std::array<Session::Kind, 22>& Session::kinds() {
       {&Session::registerListener, 6}, {&Session::startRefresh, 1},
       {&Session::completeRefresh, 3},  {&Session::createByOther, 4},
       {&Session::modifyByOther, 5},    {&Session::deleteByOther, 4},
-      {&Session::raiseEvent, 3},       {&Session::refuseNext, 5},
+      {&Session::raiseEvent, 3},       {&Session::failNext, 5},
       {&Session::cyclePower, 1},       {&Session::allowUpdates, 2},
       {&Session::setupDataCall, 5},    {&Session::setupEmergency, 3},
       {&Session::attach, 6},           {&Session::maintain, 4},
+      {&Session::editUnderFault, 4},   {&Session::twistIndication, 5},
   }};
   return all;
 }
@@ -213,6 +258,9 @@ std::string Session::perform(const Step& step) {
   }
   int place = static_cast<int>(step.kind % static_cast<unsigned int>(sum));
   Wishes wishes(step.seed);
+  if (world.hasTwins()) {
+    forgetFaults();
+  }
   for (const Kind& kind : kinds()) {
     if (place < kind.weight) {
       return (this->*kind.action)(wishes);
@@ -374,14 +422,95 @@ std::string Session::raiseEvent(Wishes& wishes) {
   return "the modem raises event " + std::to_string(event) + " for " + std::to_string(index);
 }
 
-std::string Session::refuseNext(Wishes& wishes) {
+// Faults after which the library hears of nothing that it does not expect: they may be met at any
+// time, also in the middle of a policy.
+std::string Session::failNext(Wishes& wishes) {
   static constexpr std::array messages = {"create-profile", "modify-profile", "delete-profile",
                                           "profile-settings", "profile-list"};
   const std::string message = messages.at(static_cast<std::size_t>(wishes.number(messages.size())));
-  world.refuseNext(message);
-  modem.control("fail", {{"message", message}, {"error", 3}});
-  ++counts.refusals;
-  return "the modem refuses the next " + message;
+  const bool isRead = message == "profile-settings" || message == "profile-list";
+  const bool hasSettings = message != "profile-list" && message != "delete-profile";
+  json effect = {{"error", 3}};
+  Fate fate = Fate::Refused;
+  if (wishes.chance(20)) {
+    effect = wishes.chance(50) ? json{{"doubled", true}} : json{{"delayMs", 5}};
+    fate = Fate::AsUsual;
+  } else if (hasSettings && wishes.chance(20)) {
+    effect = {{"settings", otherSettings()}};
+    fate = Fate::OtherSettings;
+  } else if (isRead && wishes.chance(60)) {
+    effect = wishes.spoiledAnswer();
+    fate = Fate::Unanswered;
+  }
+  world.failNext(message, fate);
+  effect["message"] = message;
+  modem.control("fail", effect);
+  return "the modem's next fault: " + effect.dump();
+}
+
+// An edit of the library's own goes wrong. The modem tells of what it has done all the same, so
+// that only one request is made until the library has heard of it.
+std::string Session::editUnderFault(Wishes& wishes) {
+  struct Edit {
+    const char* message;
+    Action action;
+  };
+  static constexpr std::array<Edit, 4> edits = {{{"create-profile", &Session::addProfile},
+                                                 {"modify-profile", &Session::modifyProfile},
+                                                 {"delete-profile", &Session::deleteProfile},
+                                                 {"delete-profile", &Session::dropKey}}};
+  const Edit& edit = edits.at(static_cast<std::size_t>(wishes.number(edits.size())));
+  forgetFaults();
+  json effect = wishes.spoiledAnswer();
+  Fate fate = Fate::Unanswered;
+  const bool isAwaited = wishes.chance(waitingPercent);
+  if (isAwaited) {
+    effect = wishes.awaitedAnswer();
+    fate = effect.contains("silent") ? Fate::Refused : Fate::Unanswered;
+  } else if (wishes.chance(40)) {
+    const bool isBefore = wishes.chance(50);
+    effect = {{"power", isBefore ? "before" : "unanswered"}};
+    fate = isBefore ? Fate::PowerLostBefore : Fate::PowerLostUnanswered;
+  }
+  world.failNext(edit.message, fate);
+  const int powerCycles = world.powerCycles;
+  const std::string text = effect.dump();
+  effect["message"] = edit.message;
+  modem.control("fail", effect);
+  std::string done = (this->*edit.action)(wishes);
+  const bool isMet = modem.control("faults")["faults"].empty();
+  counts.timeouts += isMet && isAwaited ? 1 : 0;
+  isTakenUpLate = isMet && effect.contains("delayMs");
+  isLate = isMet && (isTakenUpLate || effect.contains("lateMs"));
+  if (world.powerCycles != powerCycles) {
+    awaitRegistration();
+  }
+  forgetFaults();
+  return done + " under " + text;
+}
+
+// What the modem tells of an edit, or of its own, goes wrong.
+std::string Session::twistIndication(Wishes& wishes) {
+  static constexpr std::array<Action, 9> actions = {
+      &Session::addProfile,    &Session::modifyProfile, &Session::deleteProfile,
+      &Session::dropKey,       &Session::createByOther, &Session::modifyByOther,
+      &Session::deleteByOther, &Session::raiseEvent,    &Session::cyclePower};
+  const Action action = actions.at(static_cast<std::size_t>(wishes.number(actions.size())));
+  forgetFaults();
+  Twist twist;
+  json effect = wishes.twist(twist, anyIndex(wishes));
+  twist.passes = wishes.chance(25) ? 1 : 0;
+  world.twistNext(twist);
+  const std::string text = effect.dump();
+  effect["indication"] = "any";
+  effect["nth"] = twist.passes + 1;
+  modem.control("fail", effect);
+  std::string done = (this->*action)(wishes);
+  const bool isMet = modem.control("faults")["faults"].empty();
+  isLate = isMet && effect.contains("lateMs");
+  isSpoiled = isMet && (effect.contains("undecodable") || effect.contains("cutTo"));
+  forgetFaults();
+  return done + ", indication " + std::to_string(twist.passes + 1) + " under " + text;
 }
 
 std::string Session::cyclePower(Wishes& /*wishes*/) {
@@ -389,7 +518,6 @@ std::string Session::cyclePower(Wishes& /*wishes*/) {
   world.powerCycle();
   modem.control("power-cycle");
   awaitRegistration();
-  ++counts.powerCycles;
   return "the modem's power goes and comes";
 }
 
@@ -486,11 +614,49 @@ void Session::verify() {
   }
   transcriptEnd = transcript["next"];
   require("the requests of this step", requests, world.requests);
+  counts.requests += requests.size();
   world.requests.clear();
-  counts.checks += 5;
+  require("what nobody has a key of, and no reason to be there", world.account(), {});
+  counts.checks += 6;
+}
+
+void Session::endQuietly() {
+  Wishes unused(/*seed=*/0);
+  forgetFaults();
+  completeRefresh(unused);
+  verify();
+  // Without the model: the cache is the modem's table.
+  World fresh;
+  const json shown = modem.control("show");
+  for (json profile : shown["profiles"]) {
+    const int index = profile["index"];
+    profile.erase("index");
+    fresh.table[index] = std::move(profile);
+  }
+  fresh.refresh(/*isStarted=*/false);
+  std::vector<std::string> expected;
+  for (const auto& [token, picture] : fresh.cache) {
+    expected.push_back(dumpText(picture.get()));
+  }
+  std::vector<std::string> entries;
+  for (const std::string& line : dumpPart("Cache:", "Pending:")) {
+    entries.push_back(line.substr(line.find(": ") + 2));
+  }
+  std::sort(entries.begin(), entries.end());
+  std::sort(expected.begin(), expected.end());
+  require("the cache when all is quiet", entries, expected);
+  for (const auto& [listener, times] : runs) {
+    require("how often a listener has run", times, 1);
+  }
+  dropAllKeys(unused);
+  verify();
+  counts.checks += 2;
 }
 
 void Session::count() {
+  counts.powerCycles += static_cast<std::uint64_t>(world.powerCycles);
+  counts.faultyRequests += static_cast<std::uint64_t>(world.faultyRequests);
+  counts.faultyIndications += static_cast<std::uint64_t>(world.faultyIndications);
   for (const auto& [why, number] : world.leftBehind) {
     counts.leftBehind[why] += static_cast<std::uint64_t>(number);
   }
@@ -501,26 +667,27 @@ void Session::count() {
 
 }  // namespace
 
-std::vector<Step> stepsOf(std::uint64_t seed, std::size_t count) {
+Sequence sequenceOf(std::uint64_t seed, std::size_t count, int waitingPercent) {
   std::mt19937_64 dice(seed);
   std::vector<Step> steps(count);
   for (Step& step : steps) {
     step = {static_cast<unsigned int>(dice()), static_cast<std::uint32_t>(dice())};
   }
-  return steps;
+  return {std::move(steps), waitingPercent};
 }
 
-Outcome run(const std::vector<Step>& steps, Counts& counts) {
+Outcome run(const Sequence& sequence, Counts& counts) {
   Outcome outcome;
-  Session session(counts);
+  Session session(counts, sequence.waitingPercent);
   try {
     session.begin();
-    for (const Step& step : steps) {
+    for (const Step& step : sequence.steps) {
       outcome.done.emplace_back("(what failed inside)");
       outcome.done.back() = session.perform(step);
       session.verify();
       ++counts.steps;
     }
+    session.endQuietly();
     session.count();
   } catch (const std::exception& difference) {
     outcome.difference = difference.what();
@@ -529,34 +696,36 @@ Outcome run(const std::vector<Step>& steps, Counts& counts) {
   return outcome;
 }
 
-std::vector<Step> shrink(std::vector<Step> steps) {
+Sequence shrink(Sequence sequence) {
   Counts unused;
+  std::vector<Step>& steps = sequence.steps;
   for (std::size_t piece = steps.size() / 2; piece != 0; piece /= 2) {
     for (std::size_t at = 0; at < steps.size();) {
-      std::vector<Step> fewer = steps;
-      const auto begin = fewer.begin() + static_cast<std::ptrdiff_t>(at);
-      fewer.erase(begin, begin + static_cast<std::ptrdiff_t>(std::min(piece, steps.size() - at)));
+      Sequence fewer = sequence;
+      const auto begin = fewer.steps.begin() + static_cast<std::ptrdiff_t>(at);
+      const std::size_t count = std::min(piece, steps.size() - at);
+      fewer.steps.erase(begin, begin + static_cast<std::ptrdiff_t>(count));
       if (!run(fewer, unused).difference.empty()) {
-        steps = std::move(fewer);
+        steps = std::move(fewer.steps);
       } else {
         at += piece;
       }
     }
   }
-  return steps;
+  return sequence;
 }
 
-std::string check(std::uint64_t seed, std::size_t count, Counts& counts) {
-  std::vector<Step> steps = stepsOf(seed, count);
-  Outcome outcome = run(steps, counts);
+std::string check(std::uint64_t seed, std::size_t count, int waitingPercent, Counts& counts) {
+  Sequence sequence = sequenceOf(seed, count, waitingPercent);
+  Outcome outcome = run(sequence, counts);
   if (outcome.difference.empty()) {
     return "";
   }
-  steps.resize(outcome.done.size());
+  sequence.steps.resize(outcome.done.size());
   const std::string first = outcome.difference;
-  steps = shrink(std::move(steps));
+  sequence = shrink(std::move(sequence));
   Counts unused;
-  outcome = run(steps, unused);
+  outcome = run(sequence, unused);
   std::string text = "seed " + std::to_string(seed) + ": " + first + "\nThe fewest steps:\n";
   for (const std::string& done : outcome.done) {
     text += "  " + done + "\n";
@@ -566,6 +735,26 @@ std::string check(std::uint64_t seed, std::size_t count, Counts& counts) {
     text += "  " + line + "\n";
   }
   return text;
+}
+
+std::string textOf(const Counts& counts) {
+  static const std::map<LeftBehind, const char*> names = {
+      {LeftBehind::ReadAgain, "read again"},
+      {LeftBehind::RefusedByModem, "refused by the modem"},
+      {LeftBehind::RefusedDuringRefresh, "refused during a refresh"},
+      {LeftBehind::Unanswered, "never answered"},
+      {LeftBehind::ToldGone, "told gone"}};
+  std::ostringstream text;
+  text << counts.steps << " steps, " << counts.checks << " checks, " << counts.requests
+       << " requests; survived " << counts.powerCycles << " power cycles, " << counts.faultyRequests
+       << " faulty requests (" << counts.timeouts << " timeouts), " << counts.faultyIndications
+       << " faulty indications";
+  text << "; " << counts.listenerRuns << " listeners ran; left on the modem:";
+  for (const auto& [why, name] : names) {
+    const auto found = counts.leftBehind.find(why);
+    text << " " << (found != counts.leftBehind.end() ? found->second : 0) << " " << name;
+  }
+  return text.str();
 }
 
 }  // namespace pavo::test::model

@@ -22,8 +22,11 @@ struct Step {
 struct Counts {
   std::uint64_t steps = 0;
   std::uint64_t checks = 0;
-  std::uint64_t refusals = 0;  // requests that the modem was told to refuse
+  std::uint64_t requests = 0;
   std::uint64_t powerCycles = 0;
+  std::uint64_t faultyRequests = 0;
+  std::uint64_t faultyIndications = 0;
+  std::uint64_t timeouts = 0;  // answers that the library waited for in vain
   std::uint64_t listenerRuns = 0;
   std::map<LeftBehind, std::uint64_t> leftBehind;
 };
@@ -35,15 +38,25 @@ struct Outcome {
   std::vector<std::string> log;  // the library's last lines
 };
 
-std::vector<Step> stepsOf(std::uint64_t seed, std::size_t count);
+struct Sequence {
+  std::vector<Step> steps;
+  /// Of a hundred answers that do not reach the library: how many it waits for to the end of its
+  /// timeout, a second each.
+  int waitingPercent;
+};
 
-/// Runs the steps up to the first difference.
-Outcome run(const std::vector<Step>& steps, Counts& counts);
+Sequence sequenceOf(std::uint64_t seed, std::size_t count, int waitingPercent);
+
+/// Runs the steps up to the first difference, and then looks at what has to hold when all is quiet.
+Outcome run(const Sequence& sequence, Counts& counts);
 
 /// The fewest steps that still differ, found by leaving some out.
-std::vector<Step> shrink(std::vector<Step> steps);
+Sequence shrink(Sequence sequence);
 
 /// Runs a seed; a difference comes back as text with the seed and the fewest steps that show it.
-std::string check(std::uint64_t seed, std::size_t count, Counts& counts);
+std::string check(std::uint64_t seed, std::size_t count, int waitingPercent, Counts& counts);
+
+/// One line.
+std::string textOf(const Counts& counts);
 
 }  // namespace pavo::test::model

@@ -43,10 +43,10 @@ std::vector<std::string> recentLog() {
   return {log.lines.begin(), log.lines.end()};
 }
 
-bool awaitLine(const std::string& line) {
+bool awaitLine(const std::string& line, std::chrono::milliseconds limit) {
   Lines& log = Lines::instance();
   std::unique_lock lock(log.mutex);
-  return log.added.wait_for(lock, std::chrono::seconds(1), [&] {
+  return log.added.wait_for(lock, limit, [&] {
     return std::find(log.lines.begin(), log.lines.end(), line) != log.lines.end();
   });
 }

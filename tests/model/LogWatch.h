@@ -2,6 +2,7 @@
 // one.
 #pragma once
 
+#include <chrono>
 #include <string>
 #include <vector>
 
@@ -11,7 +12,7 @@ namespace pavo::test::model {
 void clearLog();
 /// The lines since, the last few hundred.
 std::vector<std::string> recentLog();
-/// Waits until the library has written exactly this line; false when it does not within a second.
-bool awaitLine(const std::string& line);
+/// Waits until the library has written exactly this line; false when it does not within the limit.
+bool awaitLine(const std::string& line, std::chrono::milliseconds limit);
 
 }  // namespace pavo::test::model

@@ -11,30 +11,15 @@
 namespace {
 
 using pavo::test::model::Counts;
-using pavo::test::model::LeftBehind;
 using Clock = std::chrono::steady_clock;
 
 constexpr std::size_t stepsPerSeed = 300;
-
-std::uint64_t of(const Counts& counts, LeftBehind why) {
-  const auto found = counts.leftBehind.find(why);
-  return found != counts.leftBehind.end() ? found->second : 0;
-}
+constexpr int waitingPercent = 10;
 
 void tell(std::uint64_t seed, const Counts& counts, double seconds) {
-  std::fprintf(
-      stderr,
-      "seed %llu: %llu steps (%.0f/s), %llu checks; survived %llu refusals, %llu power "
-      "cycles; %llu listeners ran; left on the modem: %llu read again, %llu refused by the "
-      "modem, %llu refused during a refresh\n",
-      static_cast<unsigned long long>(seed), static_cast<unsigned long long>(counts.steps),
-      static_cast<double>(counts.steps) / seconds, static_cast<unsigned long long>(counts.checks),
-      static_cast<unsigned long long>(counts.refusals),
-      static_cast<unsigned long long>(counts.powerCycles),
-      static_cast<unsigned long long>(counts.listenerRuns),
-      static_cast<unsigned long long>(of(counts, LeftBehind::ReadAgain)),
-      static_cast<unsigned long long>(of(counts, LeftBehind::RefusedByModem)),
-      static_cast<unsigned long long>(of(counts, LeftBehind::RefusedDuringRefresh)));
+  std::fprintf(stderr, "seed %llu (%.0f steps/s): %s\n", static_cast<unsigned long long>(seed),
+               static_cast<double>(counts.steps) / seconds,
+               pavo::test::model::textOf(counts).c_str());
 }
 
 }  // namespace
@@ -50,7 +35,8 @@ int main(int argc, char** argv) {
   auto told = begin;
   Counts counts;
   for (;; ++seed) {
-    const std::string difference = pavo::test::model::check(seed, stepsPerSeed, counts);
+    const std::string difference =
+        pavo::test::model::check(seed, stepsPerSeed, waitingPercent, counts);
     const auto now = Clock::now();
     const double seconds = std::chrono::duration<double>(now - begin).count();
     const bool isOver = !difference.empty() || (limit > 0 && seconds >= limit);

@@ -1,12 +1,17 @@
 #include "Wishes.h"
 
 #include <array>
+#include <vector>
 
 namespace pavo::test::model {
 
 namespace {
 
 constexpr std::array names = {"internet", "ims", "IMS", "Mms.Net", "sos", ""};
+constexpr int unknownMessage = 0x00A9;
+constexpr int unknownIndex = 200;
+// Beyond what the library waits for an answer.
+constexpr int lateMs = 1100;
 constexpr std::array typeSets = {0x1U, 0x2U, 0x40U, 0x41U, 0x200U, 0x8005U, 0U};
 
 template <typename Value, typename Set>
@@ -79,6 +84,62 @@ json Wishes::modemProfile() {
   maybe("name", std::array{"pavo_profile", "pavo_profile_ia", "PAVO_Profile", "own"}.at(
                     static_cast<std::size_t>(number(4))));
   return profile;
+}
+
+json Wishes::spoiledAnswer() {
+  static const std::vector<json> effects = {{{"withoutField", 2}},
+                                            {{"cutTo", 0}},
+                                            {{"cutTo", 2}},
+                                            {{"cutTo", 7}},
+                                            {{"undecodable", "noise"}},
+                                            {{"undecodable", "twice"}},
+                                            {{"undecodable", "overrun"}},
+                                            {{"undecodable", "wide"}},
+                                            {{"asMessage", unknownMessage}}};
+  return oneOf(effects);
+}
+
+json Wishes::awaitedAnswer() {
+  static const std::vector<json> effects = {
+      {{"lost", true}}, {{"silent", true}}, {{"lateMs", lateMs}}, {{"delayMs", lateMs}}};
+  return oneOf(effects);
+}
+
+json Wishes::twist(Twist& twist, int anyIndex) {
+  static const std::vector<json> losses = {{{"lost", true}},
+                                           {{"withoutField", 16}},
+                                           {{"asMessage", unknownMessage}},
+                                           {{"cutTo", 0}},
+                                           {{"cutTo", 2}},
+                                           {{"undecodable", "noise"}},
+                                           {{"undecodable", "twice"}},
+                                           {{"undecodable", "overrun"}},
+                                           {{"undecodable", "wide"}}};
+  static const std::vector<json> delays = {{{"reordered", true}}, {{"lateMs", 3}}};
+  static const std::vector<json> events = {0, 9, 0x80000000};
+  switch (number(6)) {
+    case 0:
+      twist.kind = Twist::Kind::Lost;
+      return oneOf(losses);
+    case 1:
+      twist.kind = Twist::Kind::Doubled;
+      return {{"doubled", true}};
+    case 2:
+      twist.kind = Twist::Kind::Late;
+      return oneOf(delays);
+    case 3:
+      twist.kind = Twist::Kind::OtherIndex;
+      twist.index = chance(50) ? unknownIndex : anyIndex;
+      return {{"index", twist.index}};
+    case 4:
+      // Whatever it is, the library reads everything again.
+      twist.kind = Twist::Kind::OtherEvent;
+      return {{"event", oneOf(events)}};
+    default:
+      // The worker is at its request until the answer is there.
+      twist.kind = Twist::Kind::InItsPlace;
+      return {{"early", true}};
+  }
 }
 
 ProfileParams paramsOf(const json& wish) {

@@ -22,7 +22,18 @@ class Wishes {
   /// As another client would create it over the control channel.
   json modemProfile();
 
+  /// Effects of the modem's faults. An answer of which the library learns at once that it is none,
+  /// one that it waits for in vain, and an indication, with what comes of it.
+  json spoiledAnswer();
+  json awaitedAnswer();
+  json twist(Twist& twist, int anyIndex);
+
  private:
+  template <typename Values>
+  json oneOf(const Values& values) {
+    return values.at(static_cast<std::size_t>(number(static_cast<int>(values.size()))));
+  }
+
   const char* ip() { return ipName(1 + number(3)); }
 
   std::mt19937 dice;

@@ -117,6 +117,16 @@ json only(const json& wish, std::initializer_list<const char*> names) {
   return part;
 }
 
+bool isCarriedOut(Fate fate) { return fate != Fate::Refused && fate != Fate::PowerLostBefore; }
+bool isAnswered(Fate fate) { return fate == Fate::AsUsual || fate == Fate::OtherSettings; }
+
+json written(json profile, Fate fate) {
+  if (fate == Fate::OtherSettings) {
+    profile.update(otherSettings());
+  }
+  return profile;
+}
+
 std::optional<Token> firstOf(const std::vector<Token>& tokens) {
   return tokens.empty() ? std::nullopt : std::optional(tokens.front());
 }
@@ -130,6 +140,8 @@ int ipBits(const json& name) {
 const char* ipName(int bits) {
   return std::array{"UNSPECIFIED", "V4", "V6", "V4V6"}.at(static_cast<std::size_t>(bits));
 }
+
+json otherSettings() { return {{"apn", "other"}, {"user", "other"}}; }
 
 std::uint64_t modemTypes(unsigned int types) {
   std::uint64_t mask = 0;
@@ -229,36 +241,57 @@ std::string dumpText(const Picture* picture) {
 
 // The modem.
 
-bool World::ask(const std::string& message) {
+Fate World::ask(const std::string& message) {
   requests.push_back(message);
-  const auto refusal = std::find(refusals.begin(), refusals.end(), message);
-  if (refusal == refusals.end()) {
-    return true;
+  const auto found = std::find_if(fates.begin(), fates.end(),
+                                  [&](const auto& one) { return one.first == message; });
+  if (found == fates.end()) {
+    return Fate::AsUsual;
   }
-  refusals.erase(refusal);
-  return false;
+  const Fate fate = found->second;
+  fates.erase(found);
+  ++faultyRequests;
+  return fate;
+}
+
+void World::endOf(Fate fate) {
+  if (fate == Fate::PowerLostBefore || fate == Fate::PowerLostUnanswered) {
+    powerCycle();
+  }
 }
 
 std::optional<int> World::askCreate(const json& profile) {
-  if (!ask("create-profile") || !createByOther(profile)) {
-    return std::nullopt;
+  const Fate fate = ask("create-profile");
+  const auto index = isCarriedOut(fate) ? create(written(profile, fate)) : std::nullopt;
+  if (index && !profile.value("persistent", false)) {
+    made[*index] = {isAnswered(fate) ? std::nullopt : std::optional(LeftBehind::Unanswered)};
   }
-  return events.back().first;
+  endOf(fate);
+  return isAnswered(fate) ? index : std::nullopt;
 }
 
 bool World::askModify(int index, const json& changes) {
-  return ask("modify-profile") && modifyByOther(index, changes);
+  const Fate fate = ask("modify-profile");
+  const bool isDone = isCarriedOut(fate) && modifyByOther(index, written(changes, fate));
+  endOf(fate);
+  return isDone && isAnswered(fate);
 }
 
-bool World::askDelete(int index) { return ask("delete-profile") && deleteByOther(index); }
+bool World::askDelete(int index) {
+  const Fate fate = ask("delete-profile");
+  const bool isDone = isCarriedOut(fate) && deleteByOther(index);
+  endOf(fate);
+  return isDone && isAnswered(fate);
+}
 
 std::shared_ptr<Picture> World::askRead(int index) {
-  if (!ask("profile-settings") || table.count(index) == 0) {
+  const Fate fate = ask("profile-settings");
+  if (!isAnswered(fate) || table.count(index) == 0) {
     return nullptr;
   }
   auto picture = std::make_shared<Picture>();
   picture->id = index;
-  picture->profile = table[index];
+  picture->profile = written(table[index], fate);
   if (picture->profile.contains("apn")) {
     picture->profile["apn"] = lowered(picture->profile["apn"]);
   }
@@ -270,19 +303,21 @@ std::shared_ptr<Picture> World::askRead(int index) {
   return picture;
 }
 
-bool World::createByOther(json profile) {
+std::optional<int> World::create(json profile) {
   int index = 1;
   while (table.count(index) != 0) {
     ++index;
   }
   if (index > capacity) {
-    return false;
+    return std::nullopt;
   }
   table[index] = std::move(profile);
   raise(index, created);
   raise(index, modified);
-  return true;
+  return index;
 }
+
+bool World::createByOther(json profile) { return create(std::move(profile)).has_value(); }
 
 bool World::modifyByOther(int index, const json& changes) {
   const auto profile = table.find(index);
@@ -298,12 +333,15 @@ bool World::deleteByOther(int index) {
   if (table.erase(index) == 0) {
     return false;
   }
+  made.erase(index);
   raise(index, deleted);
   return true;
 }
 
 void World::powerCycle() {
+  ++powerCycles;
   events.clear();
+  made.clear();
   for (auto profile = table.begin(); profile != table.end();) {
     profile =
         profile->second.value("persistent", false) ? std::next(profile) : table.erase(profile);
@@ -313,6 +351,68 @@ void World::powerCycle() {
     ask(message);
   }
   raise(255, ready);
+}
+
+void World::raise(int index, Event event) {
+  if (!twist || twist->passes-- > 0) {
+    events.push_back({index, event});
+    return;
+  }
+  ++faultyIndications;
+  switch (twist->kind) {
+    case Twist::Kind::InItsPlace:
+      events.push_back({index, event});
+      break;
+    case Twist::Kind::Lost:
+      break;
+    case Twist::Kind::Doubled:
+      events.insert(events.end(), 2, {index, event});
+      break;
+    case Twist::Kind::Late:
+      late = {index, event};
+      break;
+    case Twist::Kind::OtherIndex:
+      events.push_back({twist->index, event});
+      break;
+    case Twist::Kind::OtherEvent:
+      events.push_back({index, twist->event});
+      break;
+  }
+  twist.reset();
+}
+
+void World::forgetFaults() {
+  fates.clear();
+  twist.reset();
+}
+
+// What is left behind.
+
+// The first one counts.
+void World::excuse(int index, LeftBehind why) {
+  const auto found = made.find(index);
+  if (found != made.end() && !found->second.excuse) {
+    found->second.excuse = why;
+  }
+}
+
+std::vector<int> World::account() {
+  std::vector<int> unexplained;
+  for (auto& [index, one] : made) {
+    const bool isHeld = std::any_of(keys.begin(), keys.end(), [index = index](const auto& key) {
+      return key.second.first == index;
+    });
+    if (isHeld || one.isCounted) {
+      continue;
+    }
+    if (one.excuse) {
+      ++leftBehind[*one.excuse];
+      one.isCounted = true;
+    } else {
+      unexplained.push_back(index);
+    }
+  }
+  return unexplained;
 }
 
 // The cache.
@@ -336,12 +436,15 @@ void World::forget(std::shared_ptr<Picture> picture) {
 }
 
 void World::reload() {
+  for (const auto& [index, one] : made) {
+    excuse(index, LeftBehind::ReadAgain);
+  }
   const auto before = std::move(cache);
   cache.clear();
   for (const auto& [token, picture] : before) {
     forget(picture);
   }
-  if (!ask("profile-list")) {
+  if (!isAnswered(ask("profile-list"))) {
     return;
   }
   for (const auto& [index, profile] : table) {
@@ -350,7 +453,18 @@ void World::reload() {
   }
 }
 
+bool World::hasTwins() const {
+  std::set<int> ids;
+  return std::any_of(cache.begin(), cache.end(), [&ids](const auto& entry) {
+    return entry.second != nullptr && !ids.insert(entry.second->id).second;
+  });
+}
+
 void World::settle() {
+  if (late) {
+    events.push_back(*late);
+    late.reset();
+  }
   while (!events.empty()) {
     const auto [index, event] = events.front();
     events.pop_front();
@@ -379,6 +493,7 @@ void World::hear(int index, Event event) {
       ++entry;
       continue;
     }
+    excuse(index, event == deleted ? LeftBehind::ToldGone : LeftBehind::ReadAgain);
     if (event == deleted) {
       entry = cache.erase(entry);
     } else {
@@ -523,24 +638,17 @@ void World::drop(int key) {
   if (picture == nullptr) {
     return;
   }
-  const bool isTemporary = !picture->profile.value("persistent", false);
-  const bool isLast = std::none_of(keys.begin(), keys.end(), [token = token](const auto& other) {
-    return other.second.second == token;
-  });
   if (isRefreshing) {
-    leftBehind[LeftBehind::RefusedDuringRefresh] += isTemporary && isLast && picture->isOurs;
+    excuse(id, LeftBehind::RefusedDuringRefresh);
   } else if (picture->keyCount >= 2) {
     --picture->keyCount;
-  } else if (picture->isOurs && isTemporary) {
+  } else if (picture->isOurs && !picture->profile.value("persistent", false)) {
     if (askDelete(picture->id)) {
       pending.push_back({picture->id, deleted});
       forget(cache.extract(token).mapped());
     } else {
-      ++leftBehind[LeftBehind::RefusedByModem];
+      excuse(id, LeftBehind::RefusedByModem);
     }
-  } else {
-    leftBehind[LeftBehind::ReadAgain] +=
-        isTemporary && clientView(picture->profile)["isPavo"] == true && isLast;
   }
 }
 

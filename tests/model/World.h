@@ -50,7 +50,27 @@ struct Picture {
 enum Event : int { created = 1, deleted = 2, modified = 3, subscriptionChanged = 4, ready = 5 };
 
 // Why a non-persistent profile of the library's is still there without a key.
-enum class LeftBehind { ReadAgain, RefusedByModem, RefusedDuringRefresh };
+enum class LeftBehind { ReadAgain, RefusedByModem, RefusedDuringRefresh, Unanswered, ToldGone };
+
+// What becomes of a request that meets a fault.
+enum class Fate {
+  AsUsual,              // the answer comes, late or twice
+  Refused,              // not carried out
+  Unanswered,           // carried out, but the library does not learn of it
+  OtherSettings,        // written, or read, with otherSettings()
+  PowerLostBefore,      // not carried out; the power goes and comes
+  PowerLostUnanswered,  // carried out; the power goes and comes before it is answered or told
+};
+json otherSettings();
+
+// What becomes of an indication that meets a fault.
+struct Twist {
+  enum class Kind { InItsPlace, Lost, Doubled, Late, OtherIndex, OtherEvent };
+  Kind kind = Kind::Lost;
+  int passes = 0;  // how many it lets go by first
+  int index = 0;
+  Event event = ready;
+};
 
 class World {
  public:
@@ -82,11 +102,19 @@ class World {
   bool createByOther(json profile);
   bool modifyByOther(int index, const json& changes);
   bool deleteByOther(int index);
-  void raise(int index, Event event) { events.push_back({index, event}); }
+  void raise(int index, Event event);
   void powerCycle();
-  void refuseNext(const std::string& message) { refusals.push_back(message); }
+
+  // Faults: of the next request of that name, of an indication.
+  void failNext(const std::string& message, Fate fate) { fates.push_back({message, fate}); }
+  void twistNext(const Twist& how) { twist = how; }
+  void forgetFaults();
+  // Two entries of one profile: which of them a failed read hits is the order of a hash map.
+  bool hasTwins() const;
 
   void settle();
+  // Counts what is left behind; the indices of what nobody can explain.
+  std::vector<int> account();
 
   std::map<int, json> table;
   std::map<Token, std::shared_ptr<Picture>> cache;  // null: what could not be read
@@ -98,8 +126,16 @@ class World {
   std::vector<std::string> requests;          // since the caller cleared them
   std::map<int, int> runs;                    // of each listener
   std::map<LeftBehind, int> leftBehind;
+  int powerCycles = 0;
+  int faultyRequests = 0;  // and those that were met
+  int faultyIndications = 0;
 
  private:
+  // A non-persistent profile that the library has made and that is still there.
+  struct Made {
+    std::optional<LeftBehind> excuse;
+    bool isCounted = false;
+  };
   Picture* find(std::optional<int> key) const;
   bool matches(const Filter& filter, const Picture& picture) const;
   std::vector<Token> look(Filter filter, const std::vector<Token>& order) const;
@@ -111,14 +147,21 @@ class World {
   void forget(std::shared_ptr<Picture> picture);
   void hear(int index, Event event);
 
-  bool ask(const std::string& message);
+  std::optional<int> create(json profile);
+  void excuse(int index, LeftBehind why);
+
+  Fate ask(const std::string& message);
+  void endOf(Fate fate);
   std::optional<int> askCreate(const json& profile);
   bool askModify(int index, const json& changes);
   bool askDelete(int index);
   std::shared_ptr<Picture> askRead(int index);
 
   std::deque<std::pair<int, Event>> events;
-  std::deque<std::string> refusals;
+  std::optional<std::pair<int, Event>> late;
+  std::deque<std::pair<std::string, Fate>> fates;
+  std::optional<Twist> twist;
+  std::map<int, Made> made;
 };
 
 // The client's view of a modem's profile: a wish, with name.
