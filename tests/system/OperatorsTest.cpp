@@ -4,10 +4,10 @@
 #include <map>
 #include <set>
 
-#include "ApnFile.h"
-#include "ApnMapping.h"
 #include "PolicyModel.h"
 #include "PolicyTest.h"
+#include "lists/ApnFile.h"
+#include "lists/ApnMapping.h"
 
 namespace pavo::test {
 namespace {
@@ -25,7 +25,8 @@ constexpr const char* ipTypeNames[] = {"", "V4", "V6", "V4V6"};
 std::map<std::string, std::vector<ApnEntry>> entriesByOperator() {
   std::map<std::string, std::vector<ApnEntry>> operators;
   for (ApnEntry& entry : pavoctl::readApnFile(operatorList).entries) {
-    operators[pavoctl::plmnOf(entry)].push_back(std::move(entry));
+    const std::string plmn = pavoctl::plmnOf(entry.valueOf("mcc"), entry.valueOf("mnc"));
+    operators[plmn].push_back(std::move(entry));
   }
   return operators;
 }
