@@ -16,8 +16,6 @@ using nlohmann::json;
 
 namespace {
 
-constexpr size_t profileIdBytes = 5;
-
 using Bytes = std::span<const uint8_t>;
 
 // Takes bytes from the front; a value that is too short is malformed.

@@ -7,7 +7,7 @@ namespace modem {
 
 namespace {
 
-constexpr std::array<MessageName, 9> names = {{
+constexpr std::array<MessageName, 9> allMessageNames = {{
     {indicationRegister, "indication-register"},
     {createProfile, "create-profile"},
     {modifyProfile, "modify-profile"},
@@ -19,7 +19,7 @@ constexpr std::array<MessageName, 9> names = {{
     {profileChanged, "profile-changed"},
 }};
 
-constexpr std::array<EventName, 5> events = {{
+constexpr std::array<EventName, 5> allEventNames = {{
     {eventCreate, "create"},
     {eventDelete, "delete"},
     {eventModify, "modify"},
@@ -29,12 +29,12 @@ constexpr std::array<EventName, 5> events = {{
 
 }  // namespace
 
-std::span<const EventName> eventNames() { return events; }
+std::span<const EventName> eventNames() { return allEventNames; }
 
-std::span<const MessageName> messageNames() { return names; }
+std::span<const MessageName> messageNames() { return allMessageNames; }
 
 std::string messageName(uint16_t id) {
-  for (const MessageName& known : names) {
+  for (const MessageName& known : allMessageNames) {
     if (known.id == id) {
       return std::string(known.name);
     }
@@ -45,7 +45,7 @@ std::string messageName(uint16_t id) {
 }
 
 std::optional<uint16_t> messageIdOf(std::string_view name) {
-  for (const MessageName& known : names) {
+  for (const MessageName& known : allMessageNames) {
     if (known.name == name) {
       return known.id;
     }

@@ -4,6 +4,7 @@
 // that clients see: the two statements of one layout check each other.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <span>
@@ -58,6 +59,8 @@ enum EventCode : uint32_t {
   eventReady = 5,
 };
 
+// A type and an index.
+inline constexpr std::size_t profileIdBytes = 5;
 inline constexpr uint32_t profileType3gpp = 0;
 // In an event list: every type, every index. A ready indication names no profile and bears it too.
 inline constexpr uint32_t profileTypeAny = 255;

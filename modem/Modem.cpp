@@ -14,8 +14,6 @@ using nlohmann::json;
 
 namespace {
 
-constexpr size_t profileIdBytes = 5;
-
 ProfilesByIndex persistentOf(const ProfilesByIndex& profiles) {
   ProfilesByIndex found;
   for (const auto& [index, profile] : profiles) {

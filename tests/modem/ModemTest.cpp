@@ -18,8 +18,8 @@ using pavo::test::TemporaryFolder;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-constexpr ClientNumber client = 1;
-constexpr ClientNumber other = 2;
+constexpr ClientNumber firstClient = 1;
+constexpr ClientNumber otherClient = 2;
 
 Profile withApn(const std::string& apn, bool isPersistent = false) {
   Profile profile{.apn = apn};
@@ -58,14 +58,14 @@ class ModemTest : public testing::Test {
   void startModem(size_t capacity, ProfilesByIndex own = {}, std::unique_ptr<Store> store = {}) {
     modem.emplace(Modem::Options{
         .capacity = capacity, .ownProfiles = std::move(own), .store = std::move(store)});
-    modem->addClient(client, /*sawAbsence=*/false);
-    modem->addClient(other, /*sawAbsence=*/false);
-    modem->handle(other, indicationRegister, registerRequest());
-    modem->handle(other, configureEvents, allEventsRequest());
+    modem->addClient(firstClient, /*sawAbsence=*/false);
+    modem->addClient(otherClient, /*sawAbsence=*/false);
+    modem->handle(otherClient, indicationRegister, registerRequest());
+    modem->handle(otherClient, configureEvents, allEventsRequest());
   }
 
   Result send(uint16_t messageId, const Payload& payload) {
-    last = modem->handle(client, messageId, payload);
+    last = modem->handle(firstClient, messageId, payload);
     return resultOf(last.response);
   }
 
@@ -96,7 +96,7 @@ TEST_F(ModemTest, Create_Success_AnswersResultAndIdByteForByte) {
 
 TEST_F(ModemTest, Create_Success_IndicatesCreateThenModify) {
   create(withApn("ims"));
-  EXPECT_THAT(lastEvents(other), ElementsAre("create/1", "modify/1"));
+  EXPECT_THAT(lastEvents(otherClient), ElementsAre("create/1", "modify/1"));
 }
 
 TEST_F(ModemTest, Create_AfterADelete_TakesTheLowestFreeIndex) {
@@ -140,7 +140,7 @@ TEST_F(ModemTest, Modify_SomeSettings_LeavesTheOthers) {
   EXPECT_EQ(send(modifyProfile, profileRequest(1, Profile{.apn = "sos", .clat = uint8_t{5}})),
             success);
   EXPECT_EQ(*modem->profiles().find(1), (Profile{.apn = "sos", .user = "u", .clat = uint8_t{5}}));
-  EXPECT_THAT(lastEvents(other), ElementsAre("modify/1"));
+  EXPECT_THAT(lastEvents(otherClient), ElementsAre("modify/1"));
 }
 
 TEST_F(ModemTest, Modify_Persistence_IsIgnored) {
@@ -152,7 +152,7 @@ TEST_F(ModemTest, Modify_Persistence_IsIgnored) {
 TEST_F(ModemTest, Modify_NothingGiven_SucceedsAndIndicates) {
   create({});
   EXPECT_EQ(send(modifyProfile, profileRequest(1)), success);
-  EXPECT_THAT(lastEvents(other), ElementsAre("modify/1"));
+  EXPECT_THAT(lastEvents(otherClient), ElementsAre("modify/1"));
 }
 
 TEST_F(ModemTest, Modify_RefusedValue_ChangesNothing) {
@@ -166,7 +166,7 @@ TEST_F(ModemTest, Modify_RefusedValue_ChangesNothing) {
 TEST_F(ModemTest, Delete_Success_RemovesAndIndicates) {
   create({});
   EXPECT_EQ(send(deleteProfile, profileRequest(1)), success);
-  EXPECT_THAT(lastEvents(other), ElementsAre("delete/1"));
+  EXPECT_THAT(lastEvents(otherClient), ElementsAre("delete/1"));
   EXPECT_EQ(send(profileSettings, profileRequest(1)), failure(ErrorCode::InvalidProfileIndex));
 }
 
@@ -266,40 +266,40 @@ INSTANTIATE_TEST_SUITE_P(Requests, ModemRefuses, testing::ValuesIn(refusedReques
                          [](const auto& row) { return std::string(row.param.name); });
 
 TEST_F(ModemTest, Register_OneOfTheTwoOnly_TellsNothing) {
-  modem->handle(client, indicationRegister, registerRequest());
+  modem->handle(firstClient, indicationRegister, registerRequest());
   create({});
-  EXPECT_THAT(lastEvents(client), IsEmpty());
-  modem->handle(client, configureEvents, allEventsRequest());
+  EXPECT_THAT(lastEvents(firstClient), IsEmpty());
+  modem->handle(firstClient, configureEvents, allEventsRequest());
   create({});
-  EXPECT_THAT(lastEvents(client), ElementsAre("create/2", "modify/2"));
+  EXPECT_THAT(lastEvents(firstClient), ElementsAre("create/2", "modify/2"));
 }
 
 TEST_F(ModemTest, Register_SwitchedOffAgain_TellsNothing) {
-  modem->handle(other, indicationRegister, registerRequest(/*isOn=*/false));
+  modem->handle(otherClient, indicationRegister, registerRequest(/*isOn=*/false));
   create({});
-  EXPECT_THAT(lastEvents(other), IsEmpty());
+  EXPECT_THAT(lastEvents(otherClient), IsEmpty());
 }
 
 TEST_F(ModemTest, EventList_ReportSwitchOff_TellsNothing) {
-  modem->handle(other, configureEvents,
+  modem->handle(otherClient, configureEvents,
                 eventListRequest({idOf(profileIndexAny, profileTypeAny)}, /*isOn=*/false));
   create({});
-  EXPECT_THAT(lastEvents(other), IsEmpty());
+  EXPECT_THAT(lastEvents(otherClient), IsEmpty());
 }
 
 TEST_F(ModemTest, EventList_OneIndex_TellsOfThatOneOnly) {
-  modem->handle(other, configureEvents, eventListRequest({idOf(2)}));
+  modem->handle(otherClient, configureEvents, eventListRequest({idOf(2)}));
   create({});
-  EXPECT_THAT(lastEvents(other), IsEmpty());
+  EXPECT_THAT(lastEvents(otherClient), IsEmpty());
   create({});
-  EXPECT_THAT(lastEvents(other), ElementsAre("create/2", "modify/2"));
+  EXPECT_THAT(lastEvents(otherClient), ElementsAre("create/2", "modify/2"));
 }
 
 TEST_F(ModemTest, EventList_RefusedOne_LeavesTheFormer) {
-  modem->handle(other, configureEvents, eventListRequest({idOf(1), idOf(1, 7)}));
+  modem->handle(otherClient, configureEvents, eventListRequest({idOf(1), idOf(1, 7)}));
   create({});
   create({});
-  EXPECT_THAT(lastEvents(other), ElementsAre("create/2", "modify/2"));
+  EXPECT_THAT(lastEvents(otherClient), ElementsAre("create/2", "modify/2"));
 }
 
 TEST_F(ModemTest, Bind_AnySubscription_IsAcceptedAndShown) {
@@ -318,7 +318,7 @@ TEST_F(ModemTest, Ready_ClientSawAbsence_IsToldOnceWhenRegistered) {
 }
 
 TEST_F(ModemTest, Ready_ClientJoinedARunningModem_IsNotTold) {
-  modem->handle(client, indicationRegister, registerRequest());
+  modem->handle(firstClient, indicationRegister, registerRequest());
   send(configureEvents, allEventsRequest());
   EXPECT_THAT(last.indications, IsEmpty());
 }

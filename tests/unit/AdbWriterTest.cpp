@@ -7,8 +7,6 @@
 namespace pavo::test {
 namespace {
 
-using Kind = FakePlatform::Kind;
-
 class AdbWriterTest : public FakePlatformTest {
  protected:
   AdbWriter writer;
@@ -26,7 +24,7 @@ TEST_F(AdbWriterTest, Write_AnyLevel_OneLineWithItsPriority) {
   for (int level = 0; level <= 6; ++level) {
     platform.clearCalls();
     writer.write(static_cast<LogLevel>(level), "tag", "message");
-    const auto lines = platform.calls(Kind::Log);
+    const auto lines = platform.calls(FakePlatform::Kind::Log);
     ASSERT_EQ(lines.size(), 1U);
     EXPECT_EQ(lines[0].priority, writer.convertPrio(static_cast<LogLevel>(level)));
     EXPECT_EQ(lines[0].tag, "tag");
@@ -37,7 +35,7 @@ TEST_F(AdbWriterTest, Write_AnyLevel_OneLineWithItsPriority) {
 // The message is an argument of a constant format, so its own percent signs mean nothing.
 TEST_F(AdbWriterTest, Write_PercentSignsInTheMessage_NotInterpreted) {
   writer.write(LogLevel::High, "PAVO", "100%s%n");
-  const auto lines = platform.calls(Kind::Log);
+  const auto lines = platform.calls(FakePlatform::Kind::Log);
   ASSERT_EQ(lines.size(), 1U);
   EXPECT_EQ(lines[0].format, "%s");
   EXPECT_EQ(lines[0].message, "100%s%n");

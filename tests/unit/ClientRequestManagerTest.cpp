@@ -19,19 +19,16 @@
 #include <thread>
 #include <vector>
 
+#include "Aliases.h"
 #include "FakePlatformTest.h"
 #include "FdLimit.h"
+#include "LogLines.h"
 #include "Sequence.h"
 #include "TextKey.h"
 #include "UniqueFd.h"
 
 namespace pavo::test {
 namespace {
-
-using Key = std::shared_ptr<IProfileKey>;
-
-constexpr const char* removeLine = "V EventManager::removeEventHandler(int fd) EX";
-constexpr const char* handlerLine = "D :77:handleClientRequest";
 
 // Through a Manager, as callers see it; lines as the Android log gets them.
 class WorkerTest : public FakePlatformTest {
@@ -81,13 +78,13 @@ Sequence constructionLines() {
 
 Sequence tearDownLines(const std::string& releasedHandle) {
   return {"D pavo::ClientRequestManager: destructor",
-          removeLine,
+          line::removingHandler,
           "V EventManager::wake() EX",
           releasedHandle,
-          removeLine,
-          removeLine,
-          removeLine,
-          removeLine};
+          line::removingHandler,
+          line::removingHandler,
+          line::removingHandler,
+          line::removingHandler};
 }
 
 TEST_F(WorkerTest, Init_ServiceAway_LinesOfBothThreadsInOrder) {
@@ -116,7 +113,7 @@ TEST_F(WorkerTest, AnyOperation_OneRequest_WholeSequenceOfTheWorker) {
   initAlone();
   platform.clearCalls();
   EXPECT_EQ(manager->getProfile(nullptr), std::nullopt);
-  EXPECT_EQ(onWorker(), oneEvent() + (Sequence{handlerLine, "I Handling Get "}));
+  EXPECT_EQ(onWorker(), oneEvent() + (Sequence{line::handlingRequest, "I Handling Get "}));
   EXPECT_EQ(onThisThread(),
             (Sequence{"I Manager::getProfile > Get ", "I Manager::getProfile < Get Failure "}));
 }
@@ -130,8 +127,8 @@ TEST_F(WorkerTest, AddProfile_ClientOpen_HandlingLineBeforeTheModemMessage) {
   EXPECT_EQ(
       Sequence(lines.begin(), lines.end() - 1),
       oneEvent() +
-          (Sequence{handlerLine, "I Handling " + AddRequest(AddProfileParams(true, false)).dump(),
-                    "send 0x27",
+          (Sequence{line::handlingRequest,
+                    "I Handling " + AddRequest(AddProfileParams(true, false)).dump(), "send 0x27",
                     "I OvixWdsProxy OVIX_WDS_CREATE_PROFILE_REQ_V01 request successful!"}));
   EXPECT_THAT(lines.back(), testing::StartsWith("I Added: "));
 }
@@ -240,8 +237,8 @@ TEST_F(WorkerTest, KeyOperation_EmptyKey_FailureWithoutCacheOrModem) {
     SCOPED_TRACE(operation.name);
     platform.clearCalls();
     EXPECT_TRUE(operation.isRefused(*manager, nullptr));
-    EXPECT_EQ(onWorker(),
-              oneEvent() + (Sequence{handlerLine, "I Handling " + operation.requestText(nullptr)}));
+    EXPECT_EQ(onWorker(), oneEvent() + (Sequence{line::handlingRequest,
+                                                 "I Handling " + operation.requestText(nullptr)}));
     EXPECT_EQ(onThisThread().back(), operation.exitLine);
   }
 }
@@ -266,8 +263,9 @@ TEST_F(WorkerTest, GetProfile_KeyNoLongerKnown_FailureAndCacheError) {
   manager->refresh(PDC_REFRESH_COMPLETED);
   platform.clearCalls();
   EXPECT_EQ(manager->getProfile(key), std::nullopt);
-  EXPECT_EQ(onWorker(), oneEvent() + (Sequence{handlerLine, "I Handling Get " + key->dump(),
-                                               "E ProfileCache: token is not present or expired"}));
+  EXPECT_EQ(onWorker(),
+            oneEvent() + (Sequence{line::handlingRequest, "I Handling Get " + key->dump(),
+                                   "E ProfileCache: token is not present or expired"}));
   EXPECT_EQ(onThisThread().back(), "I Manager::getProfile < Get Failure ");
 }
 
@@ -306,7 +304,8 @@ TEST_F(WorkerTest, AnyOperation_RefreshStarted_RefusedBeforeCacheAndModem) {
   manager->refresh(PDC_REFRESH_STARTED);
   const auto expectRefused = [this](const std::string& requestText, const std::string& exitLine) {
     SCOPED_TRACE(requestText);
-    EXPECT_EQ(onWorker(), oneEvent() + (Sequence{handlerLine, "I Handling " + requestText}));
+    EXPECT_EQ(onWorker(),
+              oneEvent() + (Sequence{line::handlingRequest, "I Handling " + requestText}));
     EXPECT_EQ(onThisThread().back(), exitLine);
     platform.clearCalls();
   };
@@ -329,9 +328,9 @@ TEST_F(WorkerTest, DropKey_RefreshStarted_ReleaseRefusedAndKeyGone) {
   manager->refresh(PDC_REFRESH_STARTED);
   platform.clearCalls();
   key.reset();
-  EXPECT_EQ(onWorker(),
-            oneEvent() + (Sequence{handlerLine, "I Handling Callback Release " +
-                                                    text.substr(text.find("token=") + 6)}));
+  EXPECT_EQ(onWorker(), oneEvent() + (Sequence{line::handlingRequest,
+                                               "I Handling Callback Release " +
+                                                   text.substr(text.find("token=") + 6)}));
   EXPECT_EQ(onThisThread(), Sequence{"D ~ProfileKey"});
   EXPECT_EQ(platform.profileCount(), 1U);
 }
@@ -357,7 +356,8 @@ TEST_F(WorkerTest, Refresh_StartedTwice_AcceptedAndNothingSent) {
                       "I PAVO refresh started", "I Manager::refresh > Refresh ",
                       "I Manager::refresh < Refresh Success", "I PAVO refresh started"}));
   EXPECT_EQ(withoutEventLines(onWorker()),
-            (Sequence{handlerLine, "I Handling Refresh ", handlerLine, "I Handling Refresh "}));
+            (Sequence{line::handlingRequest, "I Handling Refresh ", line::handlingRequest,
+                      "I Handling Refresh "}));
 }
 
 TEST_F(WorkerTest, Refresh_Completed_ReloadsAndAcceptsAgain) {
@@ -381,8 +381,8 @@ TEST_F(WorkerTest, Refresh_NoClient_ListLineAlone) {
   initAlone();
   platform.clearCalls();
   manager->refresh(PDC_REFRESH_COMPLETED);
-  EXPECT_EQ(onWorker(),
-            oneEvent() + (Sequence{handlerLine, "I Handling Refresh ", "I Refreshed Profiles:"}));
+  EXPECT_EQ(onWorker(), oneEvent() + (Sequence{line::handlingRequest, "I Handling Refresh ",
+                                               "I Refreshed Profiles:"}));
 }
 
 TEST_F(WorkerTest, Refresh_SomeProfiles_OneRequestMoreThanProfiles) {
@@ -509,7 +509,7 @@ TEST_F(ClientRequestManagerTest, Construct_NoDescriptorForRequests_ErrorAndAbort
 TEST_F(ClientRequestManagerTest, HandleClientRequest_NoWorker_DrainedAndError) {
   const UniqueFd fd(eventfd(/*count=*/2, EFD_NONBLOCK | EFD_CLOEXEC));
   ClientRequestManager::handleClientRequest(fd.get(), nullptr);
-  EXPECT_EQ(sequenceOf(platform.calls()), (Sequence{handlerLine, "E arg is null"}));
+  EXPECT_EQ(sequenceOf(platform.calls()), (Sequence{line::handlingRequest, "E arg is null"}));
   std::uint64_t count = 0;
   EXPECT_EQ(read(fd.get(), &count, sizeof count), -1) << "two wake-ups are one call";
 }
@@ -521,7 +521,7 @@ TEST_F(ClientRequestManagerTest, HandleClientRequest_ReadFails_ErrorAndGoesOn) {
   platform.clearCalls();
   ClientRequestManager::handleClientRequest(-1, &worker);
   EXPECT_EQ(sequenceOf(platform.calls()),
-            (Sequence{handlerLine, "E Error while clearing the read buffer on fd -1"}));
+            (Sequence{line::handlingRequest, "E Error while clearing the read buffer on fd -1"}));
   EXPECT_NE(worker.processClientRequest(std::make_shared<GetRequest>(nullptr)), nullptr);
 }
 
@@ -532,7 +532,7 @@ TEST_F(ClientRequestManagerTest, HandleClientRequest_NoRequest_NoLineOfOne) {
   platform.clearCalls();
   const UniqueFd fd(eventfd(/*count=*/1, EFD_NONBLOCK | EFD_CLOEXEC));
   ClientRequestManager::handleClientRequest(fd.get(), &worker);
-  EXPECT_EQ(sequenceOf(platform.calls()), Sequence{handlerLine});
+  EXPECT_EQ(sequenceOf(platform.calls()), Sequence{line::handlingRequest});
 }
 
 TEST_F(ClientRequestManagerTest, ProcessClientRequest_UnknownType_WaitsUntilTheWorkerStops) {

@@ -5,14 +5,13 @@
 #include <sstream>
 #include <type_traits>
 
+#include "Aliases.h"
 #include "SampleParams.h"
 #include "StartedManagerTest.h"
 #include "TextKey.h"
 
 namespace pavo::test {
 namespace {
-
-using Lines = std::vector<std::string>;
 
 FilterProfileParams filterByApnName(const std::string& name) {
   FilterProfileParams params;

@@ -5,6 +5,7 @@
 #include <functional>
 #include <type_traits>
 
+#include "Aliases.h"
 #include "SampleParams.h"
 #include "StartedManagerTest.h"
 #include "TextKey.h"
@@ -13,7 +14,6 @@ namespace pavo::test {
 namespace {
 
 using Keys = std::list<std::shared_ptr<IProfileKey>>;
-using Lines = std::vector<std::string>;
 
 // Concrete, without a status of its own.
 class BareResponse : public ClientResponse {

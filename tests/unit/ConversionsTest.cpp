@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <limits>
 
+#include "Aliases.h"
 #include "CapturingLogWriter.h"
 #include "StartedManagerTest.h"
 #include "TextKey.h"
@@ -12,7 +13,6 @@
 namespace pavo::test {
 namespace {
 
-using Lines = std::vector<std::string>;
 using Settings = wds_get_profile_settings_resp_msg_v01;
 using CreateRequest = wds_create_profile_req_msg_v01;
 

@@ -10,26 +10,24 @@
 #include <cstdlib>
 #include <set>
 
+#include "Aliases.h"
 #include "FakePlatformTest.h"
 #include "LogWrapper.h"
 
 namespace pavo::test {
 namespace {
 
-using Kind = FakePlatform::Kind;
-using Lines = std::vector<std::string>;
-
 /// The calls of the diagnostic channel, a line each; Android log lines only when asked for.
 Lines channelCalls(bool withAndroidLog = false) {
   Lines calls;
   for (const PlatformCall& call : FakePlatform::instance().calls()) {
-    if (call.kind == Kind::DiagInit) {
+    if (call.kind == FakePlatform::Kind::DiagInit) {
       calls.emplace_back("open");
-    } else if (call.kind == Kind::DiagDeInit) {
+    } else if (call.kind == FakePlatform::Kind::DiagDeInit) {
       calls.emplace_back("close");
-    } else if (call.kind == Kind::DiagMessage) {
+    } else if (call.kind == FakePlatform::Kind::DiagMessage) {
       calls.push_back("diag " + call.message);
-    } else if (call.kind == Kind::Log && withAndroidLog) {
+    } else if (call.kind == FakePlatform::Kind::Log && withAndroidLog) {
       calls.push_back("android " + call.message);
     }
   }
@@ -39,11 +37,11 @@ Lines channelCalls(bool withAndroidLog = false) {
 /// For a process that ends: the masks of its messages and its opening and closing of the channel.
 void printChannel() {
   for (const PlatformCall& call : FakePlatform::instance().calls()) {
-    if (call.kind == Kind::DiagInit) {
+    if (call.kind == FakePlatform::Kind::DiagInit) {
       std::fprintf(stderr, "open\n");
-    } else if (call.kind == Kind::DiagDeInit) {
+    } else if (call.kind == FakePlatform::Kind::DiagDeInit) {
       std::fprintf(stderr, "close\n");
-    } else if (call.kind == Kind::DiagMessage) {
+    } else if (call.kind == FakePlatform::Kind::DiagMessage) {
       std::fprintf(stderr, "%d %s\n", call.priority, call.message.c_str());
     }
   }
@@ -84,7 +82,7 @@ TEST_F(DiagWriterTest, Construct_Any_ChannelOpenForAsLongAsItExists) {
   {
     DiagWriter writer;
     EXPECT_EQ(channelCalls(), Lines{"open"});
-    EXPECT_EQ(platform.calls(Kind::DiagInit)[0].handle, nullptr);
+    EXPECT_EQ(platform.calls(FakePlatform::Kind::DiagInit)[0].handle, nullptr);
     writer.write(LogLevel::High, "PAVO", "message");
   }
   EXPECT_EQ(channelCalls(), (Lines{"open", "diag message", "close"}));
@@ -97,7 +95,7 @@ TEST_F(DiagWriterTest, Write_EveryLevel_MessageWithTheFixedDescriptor) {
     first.write(static_cast<LogLevel>(level), "PAVO", "first %s");
     second.write(static_cast<LogLevel>(level), "tag", "second");
   }
-  const auto messages = platform.calls(Kind::DiagMessage);
+  const auto messages = platform.calls(FakePlatform::Kind::DiagMessage);
   ASSERT_EQ(messages.size(), 14U);
   EXPECT_EQ(messages[0].tag, "PAVO");
   EXPECT_EQ(messages[0].message, "first %s");
@@ -117,7 +115,7 @@ TEST_F(DiagWriterTest, Write_EveryLevel_MessageWithTheFixedDescriptor) {
 TEST_F(DiagWriterTest, Write_NulInTheMessage_PartBeforeIt) {
   DiagWriter writer;
   writer.write(LogLevel::High, "PAVO", std::string("before\0after", 12));
-  EXPECT_EQ(platform.calls(Kind::DiagMessage).at(0).message, "before");
+  EXPECT_EQ(platform.calls(FakePlatform::Kind::DiagMessage).at(0).message, "before");
 }
 
 TEST_F(DiagWriterTest, Init_DiagnosticChannel_OpenedBeforeTheFirstLineAndEveryLineGoesThere) {
@@ -129,10 +127,10 @@ TEST_F(DiagWriterTest, Init_DiagnosticChannel_OpenedBeforeTheFirstLineAndEveryLi
   ASSERT_GE(calls.size(), 2U);
   EXPECT_EQ(calls[0], "open");
   EXPECT_EQ(calls[1], "diag Manager::init(3)");
-  EXPECT_EQ(platform.count(Kind::DiagInit), 1U);
-  EXPECT_EQ(platform.count(Kind::DiagDeInit), 0U);
+  EXPECT_EQ(platform.count(FakePlatform::Kind::DiagInit), 1U);
+  EXPECT_EQ(platform.count(FakePlatform::Kind::DiagDeInit), 0U);
   EXPECT_EQ(platform.logLines().size(), 0U);
-  for (const PlatformCall& call : platform.calls(Kind::DiagMessage)) {
+  for (const PlatformCall& call : platform.calls(FakePlatform::Kind::DiagMessage)) {
     EXPECT_EQ(call.tag, "PAVO") << call.message;
   }
   EXPECT_THAT(calls, testing::Contains("diag Manager::filter < Filter Success "));
@@ -148,8 +146,8 @@ TEST_F(DiagWriterTest, Init_SecondTime_NewChannelBeforeTheOldIsClosedAndThenTheL
   ASSERT_GE(calls.size(), 3U);
   EXPECT_EQ(Lines(calls.begin(), calls.begin() + 3),
             (Lines{"open", "close", "diag Manager::init(1)"}));
-  EXPECT_EQ(platform.count(Kind::DiagInit), 1U);
-  EXPECT_EQ(platform.count(Kind::DiagDeInit), 1U);
+  EXPECT_EQ(platform.count(FakePlatform::Kind::DiagInit), 1U);
+  EXPECT_EQ(platform.count(FakePlatform::Kind::DiagDeInit), 1U);
 }
 
 TEST_F(DiagWriterTest, Init_AndroidLogSecond_ChannelClosedOnceBeforeTheLine) {
@@ -161,7 +159,7 @@ TEST_F(DiagWriterTest, Init_AndroidLogSecond_ChannelClosedOnceBeforeTheLine) {
   const Lines calls = channelCalls(/*withAndroidLog=*/true);
   ASSERT_GE(calls.size(), 2U);
   EXPECT_EQ(Lines(calls.begin(), calls.begin() + 2), (Lines{"close", "android Manager::init(1)"}));
-  EXPECT_EQ(platform.count(Kind::DiagDeInit), 1U);
+  EXPECT_EQ(platform.count(FakePlatform::Kind::DiagDeInit), 1U);
 }
 
 // The mask of the first message is the process's, and so is its end: each of these needs a process
@@ -189,7 +187,7 @@ TEST_F(DiagWriterProcessTest, Init_FirstLineHigh_EveryLineHigh) {
     manager.init(/*subscription=*/0, /*useAndroidLog=*/false);
     FakePlatform::instance().waitForRegistration();
     manager.filter(FilterProfileParams());
-    const auto messages = FakePlatform::instance().calls(Kind::DiagMessage);
+    const auto messages = FakePlatform::instance().calls(FakePlatform::Kind::DiagMessage);
     std::set<int> masks;
     std::set<const void*> descriptors;
     for (const PlatformCall& call : messages) {

@@ -15,11 +15,11 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-constexpr int index = 7;
+constexpr int editedIndex = 7;
 
-MessageBytes request() { return MessageBytes(modifyRequestSize).u8(4, index); }
+MessageBytes request() { return MessageBytes(modifyRequestSize).u8(4, editedIndex); }
 
-struct Row {
+struct EditRow {
   const char* what;
   MessageBytes settings;
   std::function<void(ProfileParams&)> want;
@@ -44,7 +44,7 @@ MessageBytes types(std::optional<std::uint32_t> pdp, std::optional<std::uint32_t
   return settings;
 }
 
-std::vector<Row> baseRows() {
+std::vector<EditRow> baseRows() {
   using P = ProfileParams;
   const auto user = emptySettings().u8(404, 1).text(405, "u");
   const auto password = emptySettings().u8(533, 1).text(534, "p");
@@ -99,7 +99,7 @@ std::vector<Row> baseRows() {
   };
 }
 
-std::vector<Row> own3gppRows() {
+std::vector<EditRow> own3gppRows() {
   using P = ProfileParams;
   const auto held = emptySettings()
                         .u8(1024, 1)
@@ -175,7 +175,7 @@ std::function<void(ProfileParams&)> homeAndRoam(IPType homeType, IPType roamType
 }
 
 // The settings' PDP types are 0 V4, 2 V6, 3 V4V6; roaming and override 0 V4, 1 V6, 2 V4V6.
-std::vector<Row> ipTypesRows() {
+std::vector<EditRow> ipTypesEdits() {
   const auto lteV4UmtsV6 = types(0).u8(1050, 1).u32(1052, 0).u8(1056, 1).u32(1060, 1);
   return {
       {"V4 is V4", types(0), home(IPType::V4), ""},
@@ -236,23 +236,23 @@ std::vector<Row> ipTypesRows() {
   };
 }
 
-std::vector<Row> allRows() {
-  std::vector<Row> all;
-  for (const auto& rows : {baseRows(), own3gppRows(), ipTypesRows()}) {
+std::vector<EditRow> editRows() {
+  std::vector<EditRow> all;
+  for (const auto& rows : {baseRows(), own3gppRows(), ipTypesEdits()}) {
     all.insert(all.end(), rows.begin(), rows.end());
   }
   return all;
 }
 
-ModifyProfileParams wanted(const Row& row) {
+ModifyProfileParams wanted(const EditRow& row) {
   ModifyProfileParams params;
   row.want(params);
   return params;
 }
 
 TEST(DiffTest, Diff_OfARecord_OnlyWhatDiffers) {
-  for (const Row& row : allRows()) {
-    Modem3gppProfile profile(index, row.settings.as<wds_get_profile_settings_resp_msg_v01>());
+  for (const EditRow& row : editRows()) {
+    Modem3gppProfile profile(editedIndex, row.settings.as<wds_get_profile_settings_resp_msg_v01>());
     profile.setProfileName("pavo_profile");
     SCOPED_TRACE(testing::Message()
                  << row.what << ": " << profile.dump() << " to " << wanted(row).dump());
@@ -266,9 +266,9 @@ TEST(DiffTest, Diff_OfARecord_OnlyWhatDiffers) {
 class DiffThroughManagerTest : public RunningManagerTest {
  protected:
   Key cachedWith(const MessageBytes& settings) {
-    setModemProfile(index, settings);
+    setModemProfile(editedIndex, settings);
     manager.refresh(PDC_REFRESH_COMPLETED);
-    Key key = keyOf(index);
+    Key key = keyOf(editedIndex);
     platform.clearCalls();
     log->clear();
     return key;
@@ -276,7 +276,7 @@ class DiffThroughManagerTest : public RunningManagerTest {
 };
 
 TEST_F(DiffThroughManagerTest, ModifyProfile_Changes_OnlyTheirBytesAreSent) {
-  for (const Row& row : allRows()) {
+  for (const EditRow& row : editRows()) {
     SCOPED_TRACE(row.what);
     const Key key = cachedWith(row.settings);
     ASSERT_NE(key, nullptr);
@@ -299,7 +299,7 @@ TEST_F(DiffThroughManagerTest, ModifyProfile_Changes_OnlyTheirBytesAreSent) {
 // What was asked for is what is there afterwards: the same change again is none, but for a bit that
 // the modem does not have.
 TEST_F(DiffThroughManagerTest, ModifyProfile_Again_NothingIsSent) {
-  for (const Row& row : allRows()) {
+  for (const EditRow& row : editRows()) {
     SCOPED_TRACE(row.what);
     const Key key = cachedWith(row.settings);
     EXPECT_TRUE(manager.modifyProfile(wanted(row), key));
@@ -363,7 +363,8 @@ TEST(DiffTest, GetNewIPTypes_OutputsSetBefore_UnmentionedOnesStay) {
   };
   for (const NewTypesRow& row : rows) {
     SCOPED_TRACE(row.what);
-    const Modem3gppProfile profile(index, row.settings.as<wds_get_profile_settings_resp_msg_v01>());
+    const Modem3gppProfile profile(editedIndex,
+                                   row.settings.as<wds_get_profile_settings_resp_msg_v01>());
     ProfileParams params;
     row.want(params);
     std::optional<IPType> newCommon = before;

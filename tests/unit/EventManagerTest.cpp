@@ -21,6 +21,7 @@
 #include "CapturingLogWriter.h"
 #include "Deadline.h"
 #include "FdLimit.h"
+#include "LogLines.h"
 #include "Sequence.h"
 #include "WakeFd.h"
 
@@ -58,13 +59,13 @@ bool isOpen(int fd) { return fcntl(fd, F_GETFD) != -1; }
 
 int makeEventFd(unsigned int value = 0) { return eventfd(value, EFD_NONBLOCK | EFD_CLOEXEC); }
 
-std::string textOf(void (*function)(int, void*)) {
+std::string pointerText(void (*function)(int, void*)) {
   char text[32];
   std::snprintf(text, sizeof text, "%p", reinterpret_cast<void*>(function));
   return text;
 }
 
-std::string textOf(const void* pointer) {
+std::string pointerText(const void* pointer) {
   char text[32];
   std::snprintf(text, sizeof text, "%p", pointer);
   return text;
@@ -132,8 +133,6 @@ class EventManagerTest : public testing::Test {
   std::vector<int> owned;
 };
 
-constexpr const char* removeLine = "V EventManager::removeEventHandler(int fd) EX";
-
 Sequence eventLines(int fd, unsigned int events, int number = 0, int pending = 1) {
   return {"V there are " + std::to_string(pending) + " file descriptor(s) with events pending",
           "V processing event number: " + std::to_string(number) + ", handling " +
@@ -142,7 +141,8 @@ Sequence eventLines(int fd, unsigned int events, int number = 0, int pending = 1
 
 std::string dispatchLine(int fd, void (*callback)(int, void*), const void* data) {
   return "V file descriptor '" + std::to_string(fd) +
-         "' is processing events [callback:" + textOf(callback) + ", data:" + textOf(data) + "]";
+         "' is processing events [callback:" + pointerText(callback) +
+         ", data:" + pointerText(data) + "]";
 }
 
 TEST(EventManagerConstructionTest, Construct_Always_WakeHandlerThenReadyLine) {
@@ -198,9 +198,10 @@ TEST_F(EventManagerTest, AddEventHandler_NewFd_ApprovedAndLogged) {
   EXPECT_FALSE(EventManager::isApprovedFd(fd));
   EXPECT_TRUE(add(fd));
   EXPECT_TRUE(EventManager::isApprovedFd(fd));
-  EXPECT_EQ(logged(), (Sequence{"V EventManager::addEventHandler(int " + std::to_string(fd) +
-                                ", EventCallback " + textOf(onEvent) + ", void* " + textOf(&calls) +
-                                ", CloseCallback " + textOf(onClose) + ", events 1) EX"}));
+  EXPECT_EQ(logged(),
+            (Sequence{"V EventManager::addEventHandler(int " + std::to_string(fd) +
+                      ", EventCallback " + pointerText(onEvent) + ", void* " + pointerText(&calls) +
+                      ", CloseCallback " + pointerText(onClose) + ", events 1) EX"}));
   loop.removeEventHandler(fd);
 }
 
@@ -231,7 +232,7 @@ TEST_F(EventManagerTest, AddEventHandler_NotPollable_ErrorYetStored) {
 
   log.clear();
   loop.removeEventHandler(fd);
-  EXPECT_EQ(logged(), (Sequence{removeLine, "E Cannot remove event handler"}));
+  EXPECT_EQ(logged(), (Sequence{line::removingHandler, "E Cannot remove event handler"}));
   EXPECT_EQ(calls.closes, std::vector{fd});
   EXPECT_FALSE(EventManager::isApprovedFd(fd));
 }
@@ -241,7 +242,7 @@ TEST_F(EventManagerTest, RemoveEventHandler_RegisteredFd_ClosedOnceButStillOpen)
   add(fd);
   log.clear();
   loop.removeEventHandler(fd);
-  EXPECT_EQ(logged(), Sequence{removeLine});
+  EXPECT_EQ(logged(), Sequence{line::removingHandler});
   EXPECT_EQ(calls.closes, std::vector{fd});
   EXPECT_TRUE(isOpen(fd));
   EXPECT_FALSE(EventManager::isApprovedFd(fd));
@@ -253,7 +254,7 @@ TEST_F(EventManagerTest, RemoveEventHandler_RegisteredFd_ClosedOnceButStillOpen)
 TEST_F(EventManagerTest, RemoveEventHandler_UnknownFd_ErrorAndNoEntryLeft) {
   const int fd = own(makeEventFd());
   loop.removeEventHandler(fd);
-  EXPECT_EQ(logged(), (Sequence{removeLine, "E Cannot remove event handler"}));
+  EXPECT_EQ(logged(), (Sequence{line::removingHandler, "E Cannot remove event handler"}));
   EXPECT_EQ(calls.closes, std::vector<int>());
   EXPECT_FALSE(EventManager::isApprovedFd(fd));
   EXPECT_TRUE(add(fd));
@@ -279,7 +280,7 @@ TEST_F(EventManagerTest, RemoveEventHandler_CloseCallbackRemovesToo_CalledOnceAn
   loop.removeEventHandler(fd);
   EXPECT_EQ(remover.closes, 1);
   EXPECT_EQ(logged(),
-            (Sequence{removeLine, removeLine, "E Cannot remove event handler",
+            (Sequence{line::removingHandler, line::removingHandler, "E Cannot remove event handler",
                       "E handlers.erase for fd " + std::to_string(fd) + ", returned 0!"}));
   EXPECT_FALSE(EventManager::isApprovedFd(fd));
 }
@@ -394,7 +395,7 @@ TEST_F(EventManagerTest, ProcessEvents_HangUpWithData_RemovedClosedNotDispatched
   loop.processEvents();
   EXPECT_EQ(logged(), eventLines(ends[0], EPOLLIN | EPOLLHUP) +
                           Sequence({"I file descriptor '" + std::to_string(ends[0]) + "' sent HUP.",
-                                    removeLine}));
+                                    line::removingHandler}));
   EXPECT_EQ(calls.events, std::vector<int>());
   EXPECT_EQ(calls.closes, std::vector{ends[0]});
   EXPECT_FALSE(isOpen(ends[0]));
@@ -410,7 +411,7 @@ TEST_F(EventManagerTest, ProcessEvents_ApprovalTakenBack_RemovedAndClosed) {
   EXPECT_EQ(logged(), eventLines(fd, EPOLLIN) +
                           Sequence({"I file descriptor " + std::to_string(fd) +
                                         " is not on the approved list, cannot process event",
-                                    removeLine}));
+                                    line::removingHandler}));
   EXPECT_EQ(calls.events, std::vector<int>());
   EXPECT_EQ(calls.closes, std::vector{fd});
   EXPECT_FALSE(isOpen(fd));
@@ -531,9 +532,10 @@ TEST_F(EventManagerTest, ProcessEvents_StaleEventOfAReusedNumber_NewOwnerKeepsIt
   const Sequence stale = eventLines(second, EPOLLIN, /*number=*/1, /*pending=*/1) +
                          Sequence({"I file descriptor " + std::to_string(second) +
                                        " is not on the approved list, cannot process event",
-                                   removeLine, "E Cannot remove event handler"});
-  EXPECT_EQ(logged(), eventLines(first, EPOLLIN, /*number=*/0, /*pending=*/2) +
-                          Sequence({dispatchLine(first, replace, &replacer), removeLine}) + stale);
+                                   line::removingHandler, "E Cannot remove event handler"});
+  EXPECT_EQ(logged(),
+            eventLines(first, EPOLLIN, /*number=*/0, /*pending=*/2) +
+                Sequence({dispatchLine(first, replace, &replacer), line::removingHandler}) + stale);
   std::uint64_t value = 0;
   EXPECT_EQ(read(replacer.newcomer, &value, sizeof value), 8) << "the newcomer was closed";
   EXPECT_EQ(value, 5U);
@@ -629,7 +631,7 @@ TEST(EventManagerDestructionTest, Destroy_HandlerLeft_OwnDescriptorsClosedNoClos
     loop.addEventHandler(fd, onEvent, &calls, onClose, EPOLLIN);
     log.clear();
   }
-  EXPECT_EQ(sequenceOf(log.lines()), Sequence{removeLine});
+  EXPECT_EQ(sequenceOf(log.lines()), Sequence{line::removingHandler});
   EXPECT_EQ(calls.closes, std::vector<int>());
   EXPECT_FALSE(isOpen(epollFd));
   EXPECT_FALSE(isOpen(wakeFd));

@@ -17,23 +17,21 @@
 #include <thread>
 #include <vector>
 
+#include "Aliases.h"
 #include "FakePlatformTest.h"
+#include "LogLines.h"
 #include "Sequence.h"
 
 namespace pavo::test {
 namespace {
 
-using Key = std::shared_ptr<IProfileKey>;
-
-constexpr const char* handlerLine = "D :77:handleClientRequest";
 constexpr const char* lostLine = "E ProfileCache: token is not present or expired";
 constexpr const char* deletedLine =
     "I OvixWdsProxy OVIX_WDS_DELETE_PROFILE_REQ_V01 request successful!";
-constexpr const char* profileEnd = "D ~ModemProfile()";
 constexpr const char* listenerRuns = "D invoke callback";
 constexpr const char* indicationsDone = "OvixWdsProxy: handleIndication indQueue.size[0]";
 
-std::string tokenOf(const Key& key) {
+std::string tokenText(const Key& key) {
   const std::string text = key->dump();
   return text.substr(text.find("token=") + 6);
 }
@@ -97,22 +95,22 @@ TEST_F(KeyLifetimeTest, RegisterExpirationListener_KnownProfile_HandledWhenItRet
   const Key key = add();
   platform.clearCalls();
   key->registerExpirationListener([] {});
-  EXPECT_EQ(onWorker(),
-            (Sequence{handlerLine, "I Handling Callback Register " + key->dump() + tokenOf(key),
-                      "V ProfileCache: registerExpirationListener " + tokenOf(key)}));
+  EXPECT_EQ(onWorker(), (Sequence{line::handlingRequest,
+                                  "I Handling Callback Register " + key->dump() + tokenText(key),
+                                  "V ProfileCache: registerExpirationListener " + tokenText(key)}));
 }
 
 TEST_F(KeyLifetimeTest, Drop_OnlyKeyOfOwnProfile_DeletedFromTheModemThenTheLine) {
   Key key = add();
   Key copy = key;
-  const std::string token = tokenOf(key);
+  const std::string token = tokenText(key);
   platform.clearCalls();
   copy.reset();
   EXPECT_EQ(platform.calls().size(), 0U) << "a copy of the handle was heard of";
   key.reset();
-  EXPECT_EQ(onWorker(), (Sequence{handlerLine, "I Handling Callback Release " + token,
+  EXPECT_EQ(onWorker(), (Sequence{line::handlingRequest, "I Handling Callback Release " + token,
                                   "I ProfileCache: releaseProfile token=" + token, "send 0x29",
-                                  deletedLine, "I Released profile 1", profileEnd}));
+                                  deletedLine, "I Released profile 1", line::profileEnd}));
   EXPECT_EQ(onThisThread(), Sequence{"D ~ProfileKey"});
   EXPECT_EQ(described(platform.calls().back()), "D ~ProfileKey");
 }
@@ -120,8 +118,8 @@ TEST_F(KeyLifetimeTest, Drop_OnlyKeyOfOwnProfile_DeletedFromTheModemThenTheLine)
 TEST_F(KeyLifetimeTest, Drop_TwoKeysOfOneProfile_OneReleaseEach) {
   Key first = add();
   Key second = manager->filter(FilterProfileParams()).front();
-  const std::string release = "I ProfileCache: releaseProfile token=" + tokenOf(first);
-  ASSERT_EQ(tokenOf(second), tokenOf(first));
+  const std::string release = "I ProfileCache: releaseProfile token=" + tokenText(first);
+  ASSERT_EQ(tokenText(second), tokenText(first));
   platform.clearCalls();
   first.reset();
   EXPECT_THAT(onWorker(), testing::Contains(release).Times(1));
@@ -134,11 +132,11 @@ TEST_F(KeyLifetimeTest, Drop_TwoKeysOfOneProfile_OneReleaseEach) {
 
 TEST_F(KeyLifetimeTest, Drop_ProfileNoLongerCached_ErrorAndTheLine) {
   Key key = add();
-  const std::string token = tokenOf(key);
+  const std::string token = tokenText(key);
   manager->refresh(PDC_REFRESH_COMPLETED);
   platform.clearCalls();
   key.reset();
-  EXPECT_EQ(onWorker(), (Sequence{handlerLine, "I Handling Callback Release " + token,
+  EXPECT_EQ(onWorker(), (Sequence{line::handlingRequest, "I Handling Callback Release " + token,
                                   "I ProfileCache: releaseProfile token=" + token, lostLine}));
   EXPECT_EQ(onThisThread(), Sequence{"D ~ProfileKey"});
 }
@@ -208,7 +206,7 @@ TEST_F(KeyLifetimeTest, Listener_WorkerReplaced_RunsAndOldKeysAreHarmless) {
   keys[0]->registerExpirationListener([] {});
   keys[0].reset();
   EXPECT_EQ(onThisThread(), Sequence{"D ~ProfileKey"});
-  EXPECT_THAT(onWorker(), testing::Not(testing::Contains(handlerLine)));
+  EXPECT_THAT(onWorker(), testing::Not(testing::Contains(line::handlingRequest)));
 }
 
 TEST_F(KeyLifetimeTest, Drop_ManagerDestroyed_LineAlone) {
@@ -334,7 +332,7 @@ TEST_F(CallsOnTheWorkerTest, Dump_InsideAListener_CacheWithoutTheProfile) {
   keys[0]->registerExpirationListener([&] { lines = manager->dump(); });
   manager->deleteProfile(keys[0]);
   const auto isOfToken = [](const Key& key) {
-    return testing::StartsWith("  " + tokenOf(key) + ": ");
+    return testing::StartsWith("  " + tokenText(key) + ": ");
   };
   EXPECT_THAT(lines, testing::Contains(isOfToken(keys[1])));
   EXPECT_THAT(lines, testing::Not(testing::Contains(isOfToken(keys[0]))));
@@ -343,40 +341,41 @@ TEST_F(CallsOnTheWorkerTest, Dump_InsideAListener_CacheWithoutTheProfile) {
 TEST_F(CallsOnTheWorkerTest, Drop_InsideARequest_ReleaseCarriedOutAfterIt) {
   std::vector<Key> keys = keysOfModemProfiles({5});
   Key own = add();
-  const std::string token = tokenOf(own);
+  const std::string token = tokenText(own);
   const std::string text = keys[0]->dump();
   const std::string released = "I Released profile " + std::to_string(own->getProfileId());
   keys[0]->registerExpirationListener([&] { own.reset(); });
   platform.clearCalls();
   EXPECT_TRUE(manager->deleteProfile(keys[0]));
   ASSERT_TRUE(platform.waitForLog("~ModemProfile()", /*atLeast=*/2));
-  EXPECT_THAT(onWorker(), testing::ElementsAre(handlerLine, "I Handling Delete " + text,
-                                               "send 0x29", deletedLine, profileEnd, listenerRuns,
-                                               testing::StartsWith("E "), "D ~ProfileKey",
-                                               handlerLine, "I Handling Callback Release " + token,
-                                               "I ProfileCache: releaseProfile token=" + token,
-                                               "send 0x29", deletedLine, released, profileEnd));
+  EXPECT_THAT(onWorker(),
+              testing::ElementsAre(line::handlingRequest, "I Handling Delete " + text, "send 0x29",
+                                   deletedLine, line::profileEnd, listenerRuns,
+                                   testing::StartsWith("E "), "D ~ProfileKey",
+                                   line::handlingRequest, "I Handling Callback Release " + token,
+                                   "I ProfileCache: releaseProfile token=" + token, "send 0x29",
+                                   deletedLine, released, line::profileEnd));
 }
 
 TEST_F(CallsOnTheWorkerTest, Drop_InsideAnIndication_ReleaseCarriedOutAfterIt) {
   std::vector<Key> keys = keysOfModemProfiles({5});
   Key own = add();
-  const std::string token = tokenOf(own);
+  const std::string token = tokenText(own);
   const std::string released = "I Released profile " + std::to_string(own->getProfileId());
   keys[0]->registerExpirationListener([&] { own.reset(); });
   platform.clearCalls();
   platform.indicateProfileChanged(/*profileIndex=*/5, WDS_PROFILE_EVENT_DELETE_V01);
   ASSERT_TRUE(platform.waitForLog("~ModemProfile()", /*atLeast=*/2));
-  EXPECT_THAT(onWorker(),
-              testing::ElementsAre("D OvixWdsProxy: handleIndication indQueue.size[1]", "decode",
-                                   "D OvixWdsProxy ProfileChangedInd received!",
-                                   "I ProfileCache: onIndication < 5 Delete",
-                                   "I ProfileCache: updating cache due to indication!", profileEnd,
-                                   listenerRuns, testing::StartsWith("E "), "D ~ProfileKey",
-                                   "D OvixWdsProxy: handleIndication indQueue.size[0]", handlerLine,
-                                   "I Handling Callback Release " + token,
-                                   "I ProfileCache: releaseProfile token=" + token, "send 0x29",
-                                   deletedLine, released, profileEnd));
+  EXPECT_THAT(
+      onWorker(),
+      testing::ElementsAre(
+          "D OvixWdsProxy: handleIndication indQueue.size[1]", "decode",
+          "D OvixWdsProxy ProfileChangedInd received!", "I ProfileCache: onIndication < 5 Delete",
+          "I ProfileCache: updating cache due to indication!", line::profileEnd, listenerRuns,
+          testing::StartsWith("E "), "D ~ProfileKey",
+          "D OvixWdsProxy: handleIndication indQueue.size[0]", line::handlingRequest,
+          "I Handling Callback Release " + token, "I ProfileCache: releaseProfile token=" + token,
+          "send 0x29", deletedLine, released, line::profileEnd));
 }
 
 TEST_F(CallsOnTheWorkerTest, Drop_ByTheListenersClosure_ReleaseCarriedOut) {

@@ -16,6 +16,7 @@
 #include <set>
 #include <thread>
 
+#include "Aliases.h"
 #include "LogWrapper.h"
 
 namespace {
@@ -54,8 +55,6 @@ std::tm* __wrap_localtime_r(const std::time_t* time, std::tm* local) {
 
 namespace pavo::test {
 namespace {
-
-using Lines = std::vector<std::string>;
 
 class StoppedClock {
  public:

@@ -9,14 +9,13 @@
 #include <thread>
 
 #include "AdbWriter.h"
+#include "Aliases.h"
 #include "CapturingLogWriter.h"
 #include "LocalLogBuffer.h"
 #include "StartedManagerTest.h"
 
 namespace pavo::test {
 namespace {
-
-using Lines = std::vector<std::string>;
 
 constexpr std::size_t charsMax = 511;
 

@@ -57,7 +57,7 @@ class ManagerTest : public FakePlatformTest {
   }
 };
 
-struct Operation {
+struct ManagerOperation {
   const char* name;
   // Gives whether the result is the empty one.
   std::function<bool(Manager&, const Key&)> isEmptyAnswer;
@@ -65,7 +65,7 @@ struct Operation {
   const char* castFailure;
 };
 
-const Operation operations[] = {
+const ManagerOperation operations[] = {
     {"addProfile",
      [](Manager& m, const Key&) { return m.addProfile(AddProfileParams(true, false)) == nullptr; },
      "Add  persist=1: IsIAProfile=0,", "Unable to cast to AddResponse"},
@@ -98,7 +98,7 @@ TEST_F(ManagerTest, Construct_OneDebugLine) {
 
 TEST_F(ManagerTest, Operations_BeforeInit_EmptyAndOneErrorEach) {
   Manager manager;
-  for (const Operation& operation : operations) {
+  for (const ManagerOperation& operation : operations) {
     SCOPED_TRACE(operation.name);
     const CapturingLogWriter log;
     EXPECT_TRUE(operation.isEmptyAnswer(manager, nullptr));
@@ -317,7 +317,7 @@ int requestEventFd() {
 
 // In a process of its own: its worker cannot be woken any more. Ends it with 0 when the operation
 // answers empty with the lines that tell why.
-[[noreturn]] void runWithoutWakeFd(const Operation& operation) {
+[[noreturn]] void runWithoutWakeFd(const ManagerOperation& operation) {
   Manager& manager = Manager::getInstance();
   manager.init(/*subscription=*/0, /*useAndroidLog=*/true);
   const bool isUp =
@@ -338,7 +338,7 @@ int requestEventFd() {
 }
 
 TEST(ManagerDeathTest, Operations_WorkerCannotBeWoken_CastMessageAndEmpty) {
-  for (const Operation& operation : operations) {
+  for (const ManagerOperation& operation : operations) {
     SCOPED_TRACE(operation.name);
     EXPECT_EXIT(runWithoutWakeFd(operation), testing::ExitedWithCode(0), "");
   }

@@ -11,9 +11,9 @@ namespace {
 
 using Filter = FilterProfileParams;
 
-constexpr int index = 7;
+constexpr int matchedIndex = 7;
 
-struct Row {
+struct MatchRow {
   const char* what;
   MessageBytes settings;
   std::function<void(Filter&)> ask;
@@ -22,7 +22,7 @@ struct Row {
 
 // Profiles as the modem describes them.
 
-MessageBytes named(const std::string& apnName) {
+MessageBytes settingsNamed(const std::string& apnName) {
   return emptySettings().u8(84, 1).text(85, apnName);
 }
 MessageBytes common(std::uint32_t pdpType) { return emptySettings().u8(60, 1).u32(64, pdpType); }
@@ -85,36 +85,37 @@ std::function<void(Filter&)> creator(int isPavo, int isIA) {
   };
 }
 
-std::vector<Row> nameRows() {
+std::vector<MatchRow> nameRows() {
   const std::string full(150, 'n');
   return {
       {"no filter", emptySettings(), [](Filter&) {}, true},
-      {"same name", named("ims"), name("ims"), true},
-      {"other case in the filter", named("ims"), name("IMS"), true},
-      {"other case on the modem", named("IMS"), name("ims"), true},
-      {"other name", named("ims"), name("imt"), false},
-      {"part without subset", named("internet"), name("net"), false},
-      {"whole within part", named("net"), name("internet"), false},
-      {"part with subset", named("internet"), name("net", ApnNameSubset), true},
-      {"part in capitals", named("internet"), name("TERN", ApnNameSubset), true},
-      {"longer with subset", named("net"), name("internet", ApnNameSubset), false},
-      {"apart with subset", named("internet"), name("int.net", ApnNameSubset), false},
-      {"empty name, subset", named("internet"), name("", ApnNameSubset), true},
-      {"empty name", named("internet"), name(""), false},
-      {"empty names", named(""), name(""), true},
+      {"same name", settingsNamed("ims"), name("ims"), true},
+      {"other case in the filter", settingsNamed("ims"), name("IMS"), true},
+      {"other case on the modem", settingsNamed("IMS"), name("ims"), true},
+      {"other name", settingsNamed("ims"), name("imt"), false},
+      {"part without subset", settingsNamed("internet"), name("net"), false},
+      {"whole within part", settingsNamed("net"), name("internet"), false},
+      {"part with subset", settingsNamed("internet"), name("net", ApnNameSubset), true},
+      {"part in capitals", settingsNamed("internet"), name("TERN", ApnNameSubset), true},
+      {"longer with subset", settingsNamed("net"), name("internet", ApnNameSubset), false},
+      {"apart with subset", settingsNamed("internet"), name("int.net", ApnNameSubset), false},
+      {"empty name, subset", settingsNamed("internet"), name("", ApnNameSubset), true},
+      {"empty name", settingsNamed("internet"), name(""), false},
+      {"empty names", settingsNamed(""), name(""), true},
       {"no name", emptySettings(), name("ims"), false},
       {"no name, empty filter", emptySettings(), name(""), false},
       {"no name, subset", emptySettings(), name("", ApnNameSubset), false},
-      {"cut filter", named(full), name(full + "more"), true},
-      {"cut filter, subset", named(full), name(full + "more", ApnNameSubset), true},
-      {"cut filter in capitals", named(full), name(std::string(160, 'N')), true},
-      {"one short", named(std::string(149, 'n')), name(full), false},
-      {"other criteria do not count", named("internet"), name("net", 0x3F & ~ApnNameSubset), false},
-      {"byte above 127", named("\xE4"), name("\xC4"), false},
+      {"cut filter", settingsNamed(full), name(full + "more"), true},
+      {"cut filter, subset", settingsNamed(full), name(full + "more", ApnNameSubset), true},
+      {"cut filter in capitals", settingsNamed(full), name(std::string(160, 'N')), true},
+      {"one short", settingsNamed(std::string(149, 'n')), name(full), false},
+      {"other criteria do not count", settingsNamed("internet"), name("net", 0x3F & ~ApnNameSubset),
+       false},
+      {"byte above 127", settingsNamed("\xE4"), name("\xC4"), false},
   };
 }
 
-std::vector<Row> homeRows() {
+std::vector<MatchRow> homeRows() {
   return {
       {"V4, V4", common(pdpV4), home(IPType::V4), true},
       {"V4, V6", common(pdpV6), home(IPType::V4), false},
@@ -146,7 +147,7 @@ std::vector<Row> homeRows() {
   };
 }
 
-std::vector<Row> roamRows() {
+std::vector<MatchRow> roamRows() {
   const auto both = [](std::uint32_t type) {
     return withUmts(withLte(emptySettings(), type), type);
   };
@@ -180,7 +181,7 @@ std::vector<Row> roamRows() {
   };
 }
 
-std::vector<Row> maskRows() {
+std::vector<MatchRow> maskRows() {
   return {
       {"same", masked(0x3), mask(0x41), true},
       {"less", masked(0x3), mask(0x40), false},
@@ -203,7 +204,7 @@ std::vector<Row> maskRows() {
   };
 }
 
-std::vector<Row> equalityRows() {
+std::vector<MatchRow> equalityRows() {
   const auto user = emptySettings().u8(404, 1).text(405, "User");
   const auto password = emptySettings().u8(533, 1).text(534, "Secret");
   const auto auth = emptySettings().u8(662, 1).u8(663, 2);
@@ -231,8 +232,8 @@ std::vector<Row> equalityRows() {
       {"CLAT", clat, [](Filter& f) { f.setIsClatEnabled(true); }, true},
       {"CLAT, other", clat, [](Filter& f) { f.setIsClatEnabled(false); }, false},
       {"CLAT, absent", none, [](Filter& f) { f.setIsClatEnabled(false); }, false},
-      {"id", none, [](Filter& f) { f.setFilterByProfileId(index); }, true},
-      {"id, other", none, [](Filter& f) { f.setFilterByProfileId(index + 256); }, false},
+      {"id", none, [](Filter& f) { f.setFilterByProfileId(matchedIndex); }, true},
+      {"id, other", none, [](Filter& f) { f.setFilterByProfileId(matchedIndex + 256); }, false},
       {"per block", perBlock, [](Filter& f) { f.setMaxPdnsConnPerBlock(5); }, true},
       {"per block, other", perBlock, [](Filter& f) { f.setMaxPdnsConnPerBlock(65541); }, false},
       {"per block, absent", none, [](Filter& f) { f.setMaxPdnsConnPerBlock(0); }, false},
@@ -251,7 +252,7 @@ std::vector<Row> equalityRows() {
   };
 }
 
-std::vector<Row> creatorRows() {
+std::vector<MatchRow> creatorRows() {
   const auto ours = profileNamed("pavo_profile");
   const auto ia = profileNamed("pavo_profile_ia");
   const auto foreign = profileNamed("Pavo_profile");
@@ -281,14 +282,14 @@ std::vector<Row> creatorRows() {
 }
 
 // Everything has to hold: one attribute of another value spoils the match.
-std::vector<Row> combinedRows() {
-  const auto profile = named("ims").u8(60, 1).u32(64, pdpV6).u8(404, 1).text(405, "u");
+std::vector<MatchRow> combinedRows() {
+  const auto profile = settingsNamed("ims").u8(60, 1).u32(64, pdpV6).u8(404, 1).text(405, "u");
   const auto fitting = [](Filter& f) {
     f.setApnName("IMS");
     f.setHomeIPType(IPType::V6);
     f.setRoamIPType(IPType::V6);
     f.setUserName("u");
-    f.setFilterByProfileId(index);
+    f.setFilterByProfileId(matchedIndex);
     f.setFilterByIsPavoProfile(false);
   };
   const auto but = [fitting](const std::function<void(Filter&)>& change) {
@@ -309,8 +310,8 @@ std::vector<Row> combinedRows() {
   };
 }
 
-std::vector<Row> allRows() {
-  std::vector<Row> all;
+std::vector<MatchRow> matchRows() {
+  std::vector<MatchRow> all;
   for (const auto& rows : {nameRows(), homeRows(), roamRows(), maskRows(), equalityRows(),
                            creatorRows(), combinedRows()}) {
     all.insert(all.end(), rows.begin(), rows.end());
@@ -318,16 +319,17 @@ std::vector<Row> allRows() {
   return all;
 }
 
-Filter filterOf(const Row& row) {
+Filter filterOf(const MatchRow& row) {
   Filter filter;
   row.ask(filter);
   return filter;
 }
 
 TEST(MatchTest, Match_OfARecord_AsTheTableSays) {
-  for (const Row& row : allRows()) {
+  for (const MatchRow& row : matchRows()) {
     const Filter filter = filterOf(row);
-    const Modem3gppProfile profile(index, row.settings.as<wds_get_profile_settings_resp_msg_v01>());
+    const Modem3gppProfile profile(matchedIndex,
+                                   row.settings.as<wds_get_profile_settings_resp_msg_v01>());
     EXPECT_EQ(profile.match(filter), row.matches)
         << row.what << ": " << profile.dump() << " against " << filter.dump();
   }
@@ -336,11 +338,11 @@ TEST(MatchTest, Match_OfARecord_AsTheTableSays) {
 class MatchThroughManagerTest : public RunningManagerTest {};
 
 TEST_F(MatchThroughManagerTest, FilterAndMatch_OneProfile_AsTheTableSays) {
-  for (const Row& row : allRows()) {
+  for (const MatchRow& row : matchRows()) {
     SCOPED_TRACE(row.what);
-    setModemProfile(index, row.settings);
+    setModemProfile(matchedIndex, row.settings);
     manager.refresh(PDC_REFRESH_COMPLETED);
-    const Key key = keyOf(index);
+    const Key key = keyOf(matchedIndex);
     ASSERT_NE(key, nullptr);
     const Filter filter = filterOf(row);
     SCOPED_TRACE(filter.dump());

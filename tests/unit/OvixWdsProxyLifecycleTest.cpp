@@ -13,6 +13,7 @@
 #include <vector>
 
 #include "FdLimit.h"
+#include "LogLines.h"
 #include "MessageBytes.h"
 #include "OvixWdsProxy.h"
 #include "ProxyTest.h"
@@ -24,7 +25,6 @@ namespace {
 constexpr const char* addLine =
     "V EventManager::addEventHandler(int #, EventCallback 0x#, void* 0x#, CloseCallback (nil), "
     "events 1) EX";
-constexpr const char* removeLine = "V EventManager::removeEventHandler(int fd) EX";
 constexpr const char* armLine = "H OvixWdsProxy::registerOvixSvcUp";
 constexpr const char* serviceUpLine =
     "D OvixWdsProxy service is up, trying to initialize svc client";
@@ -390,7 +390,8 @@ TEST_F(OvixWdsProxyLifecycleTest, Destroy_NotifierArmed_ReleasedThenHandlersRemo
   construct();
   platform.clearCalls();
   destroy();
-  EXPECT_EQ(recorded(), (Sequence{"release notifier", removeLine, removeLine, removeLine}));
+  EXPECT_EQ(recorded(), (Sequence{"release notifier", line::removingHandler, line::removingHandler,
+                                  line::removingHandler}));
 }
 
 TEST_F(OvixWdsProxyLifecycleTest, Destroy_ClientAndNotifierHeld_NotifierFirst) {
@@ -398,8 +399,8 @@ TEST_F(OvixWdsProxyLifecycleTest, Destroy_ClientAndNotifierHeld_NotifierFirst) {
   proxy->registerOvixSvcUp();
   platform.clearCalls();
   destroy();
-  EXPECT_EQ(recorded(),
-            (Sequence{"release notifier", "release client", removeLine, removeLine, removeLine}));
+  EXPECT_EQ(recorded(), (Sequence{"release notifier", "release client", line::removingHandler,
+                                  line::removingHandler, line::removingHandler}));
 }
 
 TEST_F(OvixWdsProxyLifecycleTest, Destroy_EventsPending_NeitherDeliveredNorLeftToTheLoop) {
@@ -408,7 +409,8 @@ TEST_F(OvixWdsProxyLifecycleTest, Destroy_EventsPending_NeitherDeliveredNorLeftT
   platform.raiseError();
   platform.clearCalls();
   destroy();
-  EXPECT_EQ(recorded(), (Sequence{"release client", removeLine, removeLine, removeLine}));
+  EXPECT_EQ(recorded(), (Sequence{"release client", line::removingHandler, line::removingHandler,
+                                  line::removingHandler}));
   loop.wake();
   platform.clearCalls();
   loop.processEvents();

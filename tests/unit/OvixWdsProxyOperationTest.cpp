@@ -13,6 +13,7 @@
 #include <string>
 #include <vector>
 
+#include "LogLines.h"
 #include "MessageBytes.h"
 #include "Modem3gppProfile.h"
 #include "OvixWdsProxy.h"
@@ -30,8 +31,6 @@ std::string failureLine(const std::string& message) {
   return "E Unable send OVIX_WDS_" + message + "_REQ_V01 message";
 }
 
-constexpr const char* profileEnd = "D ~ModemProfile()";
-
 ProfileParams someParams() {
   AddProfileParams params(/*isPersistent=*/true, /*isIAProfile=*/false);
   params.setApnName("internet");
@@ -45,7 +44,7 @@ class OvixWdsProxyOperationTest : public ProxyTest {
   // Without the ends of the profiles that the operation was called with or brought back.
   Sequence takeLines() {
     Sequence sequence = takeRecorded();
-    std::erase(sequence, profileEnd);
+    std::erase(sequence, line::profileEnd);
     return sequence;
   }
 
@@ -74,7 +73,7 @@ class OvixWdsProxyOperationTest : public ProxyTest {
 };
 
 // An operation by name, with the numbers and words of its message.
-struct Operation {
+struct ProxyOperation {
   std::string message;
   unsigned int msgId;
   std::size_t requestLength;
@@ -83,7 +82,7 @@ struct Operation {
   std::function<bool(OvixWdsProxy&)> run;
 };
 
-std::vector<Operation> allOperations() {
+std::vector<ProxyOperation> allOperations() {
   return {
       {"CREATE_PROFILE", 0x0027, 3256, 24,
        [](OvixWdsProxy& proxy) {
@@ -101,7 +100,7 @@ std::vector<Operation> allOperations() {
 }
 
 TEST_F(OvixWdsProxyOperationTest, AnyOperation_Accepted_NumbersLengthsTimeoutAndSuccessLine) {
-  for (const Operation& operation : allOperations()) {
+  for (const ProxyOperation& operation : allOperations()) {
     SCOPED_TRACE(operation.message);
     putProfiles({5});
     platform.clearCalls();
@@ -119,7 +118,7 @@ TEST_F(OvixWdsProxyOperationTest, AnyOperation_Accepted_NumbersLengthsTimeoutAnd
 }
 
 TEST_F(OvixWdsProxyOperationTest, AnyOperation_SendFails_FailureLineAlone) {
-  for (const Operation& operation : allOperations()) {
+  for (const ProxyOperation& operation : allOperations()) {
     for (const bool isRejected : {false, true}) {
       SCOPED_TRACE(operation.message + (isRejected ? ", rejected" : ", not sent"));
       putProfiles({5});
@@ -135,7 +134,7 @@ TEST_F(OvixWdsProxyOperationTest, AnyOperation_SendFails_FailureLineAlone) {
 // The error code beside a successful result says nothing, and any result but 0 is a failure.
 TEST_F(OvixWdsProxyOperationTest, AnyOperation_ResultCode_AloneDecides) {
   putProfiles({5});
-  for (const Operation& operation : allOperations()) {
+  for (const ProxyOperation& operation : allOperations()) {
     for (const std::int32_t result : {-1, 2, 0x01000000}) {
       SCOPED_TRACE(operation.message + " result " + std::to_string(result));
       platform.onNext(operation.msgId, [this, result](ModemExchange& exchange) {
@@ -158,7 +157,7 @@ TEST_F(OvixWdsProxyOperationTest, AnyOperation_ResultCode_AloneDecides) {
 }
 
 TEST_F(OvixWdsProxyOperationTest, AnyOperation_ResponseBuffer_Zeroed) {
-  for (const Operation& operation : allOperations()) {
+  for (const ProxyOperation& operation : allOperations()) {
     SCOPED_TRACE(operation.message);
     // Twice: what the first call left behind must not show.
     for (int call = 0; call < 2; ++call) {
@@ -179,7 +178,7 @@ TEST_F(OvixWdsProxyOperationTest, AnyOperation_ResponseBuffer_Zeroed) {
 TEST_F(OvixWdsProxyOperationTest, AnyOperation_NoClient_SentWithoutHandleButTheList) {
   platform.raiseError();
   loop.processEvents();
-  for (const Operation& operation : allOperations()) {
+  for (const ProxyOperation& operation : allOperations()) {
     SCOPED_TRACE(operation.message);
     platform.clearCalls();
     EXPECT_FALSE(operation.run(*proxy));
@@ -308,7 +307,7 @@ TEST_F(OvixWdsProxyOperationTest, GetAllProfiles_SomeProfiles_ListRequestThenOne
   const std::string readLine = successLine("GET_PROFILE_SETTINGS");
   EXPECT_EQ(recorded(), (Sequence{"send 0x2a", successLine("GET_PROFILE_LIST"), "send 0x2b",
                                   readLine, "send 0x2b", readLine, "send 0x2b", readLine,
-                                  profileEnd, profileEnd, profileEnd}));
+                                  line::profileEnd, line::profileEnd, line::profileEnd}));
   EXPECT_EQ(MessageBytes(184).u8(0, 1).differences(MessageBytes::of(platform.sent().front().bytes)),
             Sequence());
 }
@@ -337,7 +336,7 @@ TEST_F(OvixWdsProxyOperationTest, GetAllProfiles_SecondReadFails_EmptyElementInI
   const std::string readLine = successLine("GET_PROFILE_SETTINGS");
   EXPECT_EQ(recorded(), (Sequence{"send 0x2a", successLine("GET_PROFILE_LIST"), "send 0x2b",
                                   readLine, "send 0x2b", failureLine("GET_PROFILE_SETTINGS"),
-                                  "send 0x2b", readLine, profileEnd, profileEnd}));
+                                  "send 0x2b", readLine, line::profileEnd, line::profileEnd}));
 }
 
 TEST_F(OvixWdsProxyOperationTest, GetAllProfiles_ListFails_NoReads) {

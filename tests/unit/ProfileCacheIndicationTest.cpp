@@ -1,4 +1,5 @@
 // How the cache follows the modem's indications.
+#include "LogLines.h"
 #include "RunningManagerTest.h"
 
 namespace pavo::test {
@@ -12,10 +13,6 @@ class ProfileCacheIndicationTest : public RunningManagerTest {};
 
 constexpr const char* updating = "ProfileCache: updating cache due to indication!";
 constexpr const char* confirmed = "ProfileCache: pending transaction confirmed";
-constexpr const char* read =
-    "OvixWdsProxy OVIX_WDS_GET_PROFILE_SETTINGS_REQ_V01 request successful!";
-constexpr const char* notRead = "Error: Unable send OVIX_WDS_GET_PROFILE_SETTINGS_REQ_V01 message";
-constexpr const char* listed = "OvixWdsProxy OVIX_WDS_GET_PROFILE_LIST_REQ_V01 request successful!";
 
 std::string received(const std::string& ind) { return "ProfileCache: onIndication < " + ind; }
 
@@ -25,7 +22,7 @@ TEST_F(ProfileCacheIndicationTest, Create_UnknownProfile_IsReadUnderANewToken) {
   takeKeptLines();
   platform.clearCalls();
   indicate(200, WDS_PROFILE_EVENT_CREATE_V01);
-  EXPECT_THAT(takeKeptLines(), ElementsAre(received("200 Create"), updating, read));
+  EXPECT_THAT(takeKeptLines(), ElementsAre(received("200 Create"), updating, line::read));
   const auto sent = platform.sent();
   ASSERT_EQ(sent.size(), 1U);
   EXPECT_EQ(sent[0].msgId, 0x2BU);
@@ -38,7 +35,7 @@ TEST_F(ProfileCacheIndicationTest, Create_UnknownProfile_IsReadUnderANewToken) {
 
 TEST_F(ProfileCacheIndicationTest, Create_ReadFails_ANullEntry) {
   indicate(5, WDS_PROFILE_EVENT_CREATE_V01);
-  EXPECT_THAT(takeKeptLines(), ElementsAre(received("5 Create"), updating, notRead));
+  EXPECT_THAT(takeKeptLines(), ElementsAre(received("5 Create"), updating, line::notRead));
   ASSERT_EQ(cached().size(), 1U);
   EXPECT_THAT(cached(), ElementsAre(testing::MatchesRegex("  [0-9]+: null")));
 }
@@ -97,7 +94,7 @@ TEST_F(ProfileCacheIndicationTest, Modify_EveryEntryOfTheProfile_IsReadAgainUnde
   takeKeptLines();
   platform.clearCalls();
   indicate(5, WDS_PROFILE_EVENT_MODIFY_V01);
-  EXPECT_THAT(takeKeptLines(), ElementsAre(received("5 Modify"), updating, read, read));
+  EXPECT_THAT(takeKeptLines(), ElementsAre(received("5 Modify"), updating, line::read, line::read));
   EXPECT_THAT(platform.sentIds(), ElementsAre(0x2BU, 0x2BU));
   for (const Key& key : keys) {
     const auto params = manager.getProfile(key);
@@ -129,7 +126,7 @@ TEST_F(ProfileCacheIndicationTest, Modify_ReadFails_NullUnderTheSameToken) {
   platform.failNext(0x2B);
   takeKeptLines();
   indicate(1, WDS_PROFILE_EVENT_MODIFY_V01);
-  EXPECT_THAT(takeKeptLines(), ElementsAre(received("1 Modify"), updating, notRead));
+  EXPECT_THAT(takeKeptLines(), ElementsAre(received("1 Modify"), updating, line::notRead));
   EXPECT_THAT(cached(), ElementsAre(entryLine(key, "null")));
   // An entry that holds nothing has no id to be found by.
   platform.clearCalls();
@@ -152,8 +149,8 @@ TEST_F(ProfileCacheIndicationTest, Others_AnyCode_RefreshTheCache) {
     platform.clearCalls();
     indicate(3, row.code);
     EXPECT_THAT(takeKeptLines(),
-                ElementsAre(received(std::string("3 ") + row.event), updating, listed, read,
-                            "Refreshed Profiles:", "ProfileId=5,ApnName=net,"));
+                ElementsAre(received(std::string("3 ") + row.event), updating, line::listed,
+                            line::read, "Refreshed Profiles:", "ProfileId=5,ApnName=net,"));
     EXPECT_THAT(platform.sentIds(), ElementsAre(0x2AU, 0x2BU));
   }
 }
@@ -163,8 +160,9 @@ TEST_F(ProfileCacheIndicationTest, Refresh_DuringAClientsRefresh_LoadsAndStaysRe
   manager.refresh(PDC_REFRESH_STARTED);
   takeKeptLines();
   indicate(0, WDS_PROFILE_EVENT_READY_V01);
-  EXPECT_THAT(takeKeptLines(), ElementsAre(received("0 ProfileReady"), updating, listed, read,
-                                           "Refreshed Profiles:", "ProfileId=5,ApnName=net,"));
+  EXPECT_THAT(takeKeptLines(),
+              ElementsAre(received("0 ProfileReady"), updating, line::listed, line::read,
+                          "Refreshed Profiles:", "ProfileId=5,ApnName=net,"));
   EXPECT_EQ(cached().size(), 1U);
   EXPECT_EQ(add("ims"), nullptr);
   manager.refresh(PDC_REFRESH_COMPLETED);

@@ -1,4 +1,5 @@
 // Reading the cache: match, get and filter.
+#include "LogLines.h"
 #include "RunningManagerTest.h"
 
 namespace pavo::test {
@@ -28,8 +29,6 @@ class ProfileCacheLookupTest : public RunningManagerTest {
   }
 };
 
-constexpr const char* unknown = "Error: ProfileCache: token is not present or expired";
-
 TEST_F(ProfileCacheLookupTest, Match_CachedProfile_OnlyTheTraces) {
   const Key key = addConfirmed("ims");
   takeKeptLines();
@@ -51,7 +50,7 @@ TEST_F(ProfileCacheLookupTest, Match_UnknownToken_FalseAndAnError) {
   const Key key = unknownKey();
   EXPECT_FALSE(manager.match(FilterProfileParams(), key));
   EXPECT_THAT(takeKeptLines(), ElementsAre("Manager::match > Match " + key->dump() + " None: ",
-                                           unknown, "Manager::match < Match Success false"));
+                                           line::unknown, "Manager::match < Match Success false"));
 }
 
 TEST_F(ProfileCacheLookupTest, Match_NullEntry_FalseWithoutALine) {
@@ -83,8 +82,8 @@ TEST_F(ProfileCacheLookupTest, Get_CachedProfile_OnlyTheTraces) {
 TEST_F(ProfileCacheLookupTest, Get_UnknownToken_NothingAndAnError) {
   const Key key = unknownKey();
   EXPECT_FALSE(manager.getProfile(key).has_value());
-  EXPECT_THAT(takeKeptLines(), ElementsAre("Manager::getProfile > Get " + key->dump(), unknown,
-                                           "Manager::getProfile < Get Failure "));
+  EXPECT_THAT(takeKeptLines(), ElementsAre("Manager::getProfile > Get " + key->dump(),
+                                           line::unknown, "Manager::getProfile < Get Failure "));
 }
 
 TEST_F(ProfileCacheLookupTest, Get_NullEntry_NothingWithoutALine) {

@@ -1,4 +1,5 @@
 // Reading every profile from the modem again.
+#include "LogLines.h"
 #include "RunningManagerTest.h"
 
 namespace pavo::test {
@@ -10,15 +11,12 @@ using testing::UnorderedElementsAre;
 
 class ProfileCacheRefreshTest : public RunningManagerTest {};
 
-constexpr const char* listed = "OvixWdsProxy OVIX_WDS_GET_PROFILE_LIST_REQ_V01 request successful!";
-constexpr const char* read =
-    "OvixWdsProxy OVIX_WDS_GET_PROFILE_SETTINGS_REQ_V01 request successful!";
-constexpr const char* entered = "Manager::refresh > Refresh ";
+constexpr const char* refreshing = "Manager::refresh > Refresh ";
 constexpr const char* left = "Manager::refresh < Refresh Success";
 
 TEST_F(ProfileCacheRefreshTest, Refresh_EmptyModem_OnlyTheHeading) {
   manager.refresh(PDC_REFRESH_COMPLETED);
-  EXPECT_THAT(takeKeptLines(), ElementsAre(entered, listed, "Refreshed Profiles:", left));
+  EXPECT_THAT(takeKeptLines(), ElementsAre(refreshing, line::listed, "Refreshed Profiles:", left));
   EXPECT_THAT(platform.sentIds(), ElementsAre(0x2AU));
 }
 
@@ -34,7 +32,8 @@ TEST_F(ProfileCacheRefreshTest, Refresh_SeveralProfiles_ATokenEachInTheModemsOrd
   Lines lines = takeKeptLines();
   ASSERT_EQ(lines.size(), 10U);
   EXPECT_THAT(Lines(lines.begin(), lines.begin() + 6),
-              ElementsAre(entered, listed, read, read, read, "Refreshed Profiles:"));
+              ElementsAre(refreshing, line::listed, line::read, line::read, line::read,
+                          "Refreshed Profiles:"));
   // In the map's order, which is nobody's business.
   EXPECT_THAT(Lines(lines.begin() + 6, lines.begin() + 9),
               UnorderedElementsAre("ProfileId=3,ApnName=apn,", "ProfileId=4,ApnName=apn,",
@@ -55,10 +54,9 @@ TEST_F(ProfileCacheRefreshTest, Refresh_OneReadFails_ANullEntryInItsPlace) {
   manager.refresh(PDC_REFRESH_COMPLETED);
   const Lines lines = takeKeptLines();
   ASSERT_EQ(lines.size(), 8U);
-  EXPECT_THAT(Lines(lines.begin(), lines.begin() + 5),
-              ElementsAre(entered, listed,
-                          "Error: Unable send OVIX_WDS_GET_PROFILE_SETTINGS_REQ_V01 message", read,
-                          "Refreshed Profiles:"));
+  EXPECT_THAT(
+      Lines(lines.begin(), lines.begin() + 5),
+      ElementsAre(refreshing, line::listed, line::notRead, line::read, "Refreshed Profiles:"));
   EXPECT_THAT(Lines(lines.begin() + 5, lines.begin() + 7),
               UnorderedElementsAre("null", "ProfileId=4,ApnName=b,"));
   EXPECT_THAT(cached(), UnorderedElementsAre("  " + std::to_string(tokenOf(before) + 1) + ": null",
@@ -71,8 +69,7 @@ TEST_F(ProfileCacheRefreshTest, Refresh_ListFails_TheCacheIsEmpty) {
   takeKeptLines();
   manager.refresh(PDC_REFRESH_COMPLETED);
   EXPECT_THAT(takeKeptLines(),
-              ElementsAre(entered, "Error: Unable send OVIX_WDS_GET_PROFILE_LIST_REQ_V01 message",
-                          "Refreshed Profiles:", left));
+              ElementsAre(refreshing, line::notListed, "Refreshed Profiles:", left));
   EXPECT_THAT(cached(), IsEmpty());
 }
 
@@ -87,9 +84,9 @@ TEST_F(ProfileCacheRefreshTest, Refresh_OldKeys_AreUnknown) {
   const auto token = tokenOf(key);
   takeKeptLines();
   key.reset();
-  EXPECT_THAT(takeKeptLines(),
-              ElementsAre("ProfileCache: releaseProfile token=" + std::to_string(token),
-                          "Error: ProfileCache: token is not present or expired"));
+  EXPECT_THAT(
+      takeKeptLines(),
+      ElementsAre("ProfileCache: releaseProfile token=" + std::to_string(token), line::unknown));
   EXPECT_EQ(cached().size(), 1U);
 }
 

@@ -1,4 +1,5 @@
 // What dropping keys does.
+#include "LogLines.h"
 #include "RunningManagerTest.h"
 
 namespace pavo::test {
@@ -18,9 +19,6 @@ class ProfileCacheReleaseTest : public RunningManagerTest {
   }
 };
 
-constexpr const char* deleted = "OvixWdsProxy OVIX_WDS_DELETE_PROFILE_REQ_V01 request successful!";
-constexpr const char* notDeleted = "Error: Unable send OVIX_WDS_DELETE_PROFILE_REQ_V01 message";
-constexpr const char* unknown = "Error: ProfileCache: token is not present or expired";
 constexpr const char* ignoring = "ProfileCache: ignoring non-persistent or non-pavo created";
 
 std::string released(unsigned long long token) {
@@ -31,7 +29,7 @@ TEST_F(ProfileCacheReleaseTest, Release_LastKey_ProfileIsDeleted) {
   platform.setNextProfileIndex(9);
   Key key = addConfirmed("ims");
   const auto token = tokenOf(key);
-  EXPECT_THAT(drop(key), ElementsAre(released(token), deleted, "Released profile 9"));
+  EXPECT_THAT(drop(key), ElementsAre(released(token), line::deleted, "Released profile 9"));
   const auto sent = platform.sent();
   ASSERT_EQ(sent.size(), 1U);
   EXPECT_EQ(sent[0].msgId, 0x29U);
@@ -52,7 +50,7 @@ TEST_F(ProfileCacheReleaseTest, Release_LastKeyModemFails_EntryAndCountStay) {
     } else {
       platform.failNext(0x29);
     }
-    EXPECT_THAT(drop(key), ElementsAre(released(token), notDeleted,
+    EXPECT_THAT(drop(key), ElementsAre(released(token), line::notDeleted,
                                        "Error: ProfileCache: failed to release profile"));
     EXPECT_EQ(cached(), before);
     EXPECT_THAT(pending(), IsEmpty());
@@ -80,7 +78,7 @@ TEST_F(ProfileCacheReleaseTest, Release_ThreeKeys_OnlyTheLastDeletes) {
   EXPECT_THAT(platform.sent(), IsEmpty());
   EXPECT_THAT(drop(added), ElementsAre(released(token)));
   EXPECT_THAT(platform.sent(), IsEmpty());
-  EXPECT_THAT(drop(second), ElementsAre(released(token), deleted, "Released profile 1"));
+  EXPECT_THAT(drop(second), ElementsAre(released(token), line::deleted, "Released profile 1"));
   EXPECT_THAT(platform.sentIds(), ElementsAre(0x29U));
 }
 
@@ -89,7 +87,7 @@ TEST_F(ProfileCacheReleaseTest, Release_CopiesOfAHandle_OneRelease) {
   Key copy = key;
   EXPECT_THAT(drop(key), IsEmpty());
   const auto token = tokenOf(copy);
-  EXPECT_THAT(drop(copy), ElementsAre(released(token), deleted, "Released profile 1"));
+  EXPECT_THAT(drop(copy), ElementsAre(released(token), line::deleted, "Released profile 1"));
 }
 
 TEST_F(ProfileCacheReleaseTest, Release_PersistentProfile_IsIgnoredAndKeepsItsCount) {
@@ -138,7 +136,7 @@ TEST_F(ProfileCacheReleaseTest, Release_UnknownToken_AnError) {
   Key key = addConfirmed("ims");
   const auto token = tokenOf(key);
   ASSERT_TRUE(manager.deleteProfile(key));
-  EXPECT_THAT(drop(key), ElementsAre(released(token), unknown));
+  EXPECT_THAT(drop(key), ElementsAre(released(token), line::unknown));
   EXPECT_THAT(platform.sent(), IsEmpty());
 }
 

@@ -1,4 +1,5 @@
 // Deleting profiles through the cache.
+#include "LogLines.h"
 #include "RunningManagerTest.h"
 
 namespace pavo::test {
@@ -9,11 +10,7 @@ using testing::IsEmpty;
 
 class ProfileCacheRemoveTest : public RunningManagerTest {};
 
-constexpr const char* deleted = "OvixWdsProxy OVIX_WDS_DELETE_PROFILE_REQ_V01 request successful!";
-constexpr const char* notDeleted = "Error: Unable send OVIX_WDS_DELETE_PROFILE_REQ_V01 message";
-constexpr const char* unknown = "Error: ProfileCache: token is not present or expired";
-
-std::string entered(const Key& key) { return "Manager::deleteProfile > Delete " + key->dump(); }
+std::string deleting(const Key& key) { return "Manager::deleteProfile > Delete " + key->dump(); }
 
 TEST_F(ProfileCacheRemoveTest, Remove_ModemAccepts_GonePendingAndLogged) {
   platform.setNextProfileIndex(200);
@@ -22,7 +19,7 @@ TEST_F(ProfileCacheRemoveTest, Remove_ModemAccepts_GonePendingAndLogged) {
   platform.clearCalls();
   EXPECT_TRUE(manager.deleteProfile(key));
   EXPECT_THAT(takeKeptLines(),
-              ElementsAre(entered(key), deleted, "Manager::deleteProfile < Delete Success"));
+              ElementsAre(deleting(key), line::deleted, "Manager::deleteProfile < Delete Success"));
   EXPECT_THAT(cached(), IsEmpty());
   EXPECT_THAT(pending(), ElementsAre("  200 Delete"));
   const auto sent = platform.sent();
@@ -45,7 +42,7 @@ TEST_F(ProfileCacheRemoveTest, Remove_ModemFails_FalseAndTheEntryStays) {
       platform.failNext(0x29);
     }
     EXPECT_FALSE(manager.deleteProfile(key));
-    EXPECT_THAT(takeKeptLines(), ElementsAre(entered(key), notDeleted,
+    EXPECT_THAT(takeKeptLines(), ElementsAre(deleting(key), line::notDeleted,
                                              "Error: ProfileCache: Failed to remove profile",
                                              "Manager::deleteProfile < Delete Failure"));
     EXPECT_EQ(cached(), before);
@@ -60,8 +57,8 @@ TEST_F(ProfileCacheRemoveTest, Remove_OtherKeysOfTheToken_AreUnknownAfterwards) 
   takeKeptLines();
   platform.clearCalls();
   EXPECT_FALSE(manager.deleteProfile(other));
-  EXPECT_THAT(takeKeptLines(),
-              ElementsAre(entered(other), unknown, "Manager::deleteProfile < Delete Failure"));
+  EXPECT_THAT(takeKeptLines(), ElementsAre(deleting(other), line::unknown,
+                                           "Manager::deleteProfile < Delete Failure"));
   EXPECT_FALSE(manager.getProfile(other).has_value());
   EXPECT_THAT(platform.sent(), IsEmpty());
 }
@@ -82,7 +79,7 @@ TEST_F(ProfileCacheRemoveTest, Remove_EntryCouldNotBeRead_UnknownAndNothingSent)
   platform.clearCalls();
   EXPECT_FALSE(manager.deleteProfile(key));
   EXPECT_THAT(takeKeptLines(),
-              ElementsAre(entered(key), unknown, "Manager::deleteProfile < Delete Failure"));
+              ElementsAre(deleting(key), line::unknown, "Manager::deleteProfile < Delete Failure"));
   EXPECT_THAT(platform.sent(), IsEmpty());
   EXPECT_THAT(cached(), ElementsAre(entryLine(key, "null")));
 }

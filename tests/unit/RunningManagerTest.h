@@ -11,14 +11,12 @@
 #include <utility>
 #include <vector>
 
+#include "Aliases.h"
 #include "CapturingLogWriter.h"
 #include "MessageBytes.h"
 #include "StartedManagerTest.h"
 
 namespace pavo::test {
-
-using Key = std::shared_ptr<IProfileKey>;
-using Lines = std::vector<std::string>;
 
 /// The token in a key's text. Tokens are the process's, so no test knows them beforehand.
 inline unsigned long long tokenOf(const Key& key) {

@@ -12,6 +12,7 @@
 #include <utility>
 #include <vector>
 
+#include "Aliases.h"
 #include "LogWrapper.h"
 #include "ProcessWideManager.h"
 #include "Sequence.h"
@@ -21,7 +22,6 @@ namespace pavo::test {
 namespace {
 
 using testing::ElementsAre;
-using Key = std::shared_ptr<IProfileKey>;
 
 const std::string dataCall = "pavo findOrCreateProfileForSetupDataCall";
 const std::string emergencyCall = "pavo findOrCreateProfileForEmergencyDataCall";

@@ -17,7 +17,7 @@
 namespace pavo::test {
 namespace {
 
-UniqueFd makeEventFd(unsigned int value = 0) {
+UniqueFd makeUniqueEventFd(unsigned int value = 0) {
   return UniqueFd(eventfd(value, EFD_NONBLOCK | EFD_CLOEXEC));
 }
 
@@ -39,13 +39,13 @@ std::uint64_t valueOf(const UniqueFd& fd) {
 }
 
 TEST(WakeFdTest, NotifyFd_EventFd_OneIsAdded) {
-  const UniqueFd fd = makeEventFd(/*value=*/4);
+  const UniqueFd fd = makeUniqueEventFd(/*value=*/4);
   EXPECT_EQ(notifyFd(fd.get()), 8);
   EXPECT_EQ(valueOf(fd), 5U);
 }
 
 TEST(WakeFdTest, NotifyFd_CounterFull_MinusOneAndErrno) {
-  const UniqueFd fd = makeEventFd();
+  const UniqueFd fd = makeUniqueEventFd();
   const std::uint64_t most = 0xfffffffffffffffe;
   ASSERT_EQ(write(fd.get(), &most, sizeof most), 8);
   EXPECT_EQ(notifyFd(fd.get()), -1);
@@ -59,7 +59,7 @@ TEST(WakeFdTest, NotifyFd_NoDescriptor_MinusOneAndErrno) {
 
 TEST(WakeFdTest, DrainFd_SeveralNotifications_NothingLeftNothingLogged) {
   CapturingLogWriter log;
-  const UniqueFd fd = makeEventFd();
+  const UniqueFd fd = makeUniqueEventFd();
   notifyFd(fd.get());
   notifyFd(fd.get());
   drainFd(fd.get(), LogLevel::Error);
