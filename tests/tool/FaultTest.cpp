@@ -33,6 +33,57 @@ class FaultTest : public ToolTest {
 
   void hang() { modem.process().sendSignal(SIGSTOP); }
 
+  // Runs the command until the fault has befallen it.
+  std::unique_ptr<ChildProcess> startUntil(const Json& fault, const Arguments& arguments) {
+    modem.control("clear");
+    modem.control("fail", fault);
+    const Json whole = modem.control("faults")["faults"];
+    auto tool = start(arguments);
+    EXPECT_TRUE(waitUntil([&] { return modem.control("faults")["faults"] != whole; }))
+        << testing::PrintToString(arguments);
+    return tool;
+  }
+
+  // Every command that asks a modem, and every way in which it does.
+  void expectEveryCommandGivesUp(const std::string& socket) const {
+    for (Arguments arguments : std::vector<Arguments>{
+             {"list"},
+             {"list", "--apn", "x", "--explain"},
+             {"get", "1"},
+             {"add", "--apn", "x", "--persistent"},
+             {"add", "--apn", "x", "--hold"},
+             {"modify", "1", "--apn", "x"},
+             {"modify", "1", "--apn", "x", "--dry-run"},
+             {"delete", "1"},
+             {"delete", "1", "--dry-run"},
+             {"refresh"},
+             {"dump"},
+             {"watch"},
+             {"verify"},
+             {"verify", "--for", "600"},
+             {"usage"},
+             {"setup-data-call", "apn=x"},
+             {"setup-data-call", "apn=x", "--hold"},
+             {"setup-data-call", "apn=x", "--dry-run"},
+             {"emergency", "apn=x"},
+             {"lte-attach", "apn=x"},
+             {"match-attach", "1"},
+             {"apn-class", "class=IMS"},
+             {"apn-types", "apn=ims,types=MMS"},
+             {"import", path, "--plmn", "00101"},
+         }) {
+      SCOPED_TRACE(testing::PrintToString(arguments));
+      arguments.insert(arguments.end(), {"--timeout", "0.3"});
+      const ToolResult result = runTool(socket, arguments);
+      EXPECT_EQ(result.exit, failed) << result;
+      EXPECT_THAT(result.errors, AllOf(IsOneLine(), StartsWith("pavoctl: no modem answered within "
+                                                               "0.3 s (OVIX_MODEM=")));
+      if (arguments[0] != "dump") {
+        EXPECT_EQ(result.output, "");
+      }
+    }
+  }
+
   const TemporaryFolder folder;
   std::string text;
   std::string path;
@@ -40,29 +91,19 @@ class FaultTest : public ToolTest {
 
 TEST_F(FaultTest, ModemThatHangs_EveryCommand_GivesUpInTime) {
   hang();
-  for (const Arguments& arguments : std::vector<Arguments>{
-           {"list"},
-           {"get", "1"},
-           {"add", "--apn", "x", "--persistent"},
-           {"add", "--apn", "x", "--hold"},
-           {"modify", "1", "--apn", "x"},
-           {"delete", "1"},
-           {"refresh"},
-           {"dump"},
-           {"watch"},
-           {"import", path, "--plmn", "00101"},
-       }) {
-    Arguments bounded = arguments;
-    bounded.insert(bounded.end(), {"--timeout", "0.3"});
-    const ToolResult result = run(bounded);
-    EXPECT_EQ(result.exit, failed) << arguments[0] << " " << result;
-    EXPECT_THAT(result.errors, AllOf(IsOneLine(), StartsWith("pavoctl: no modem answered within "
-                                                             "0.3 s (OVIX_MODEM=")));
-    if (arguments[0] != "dump") {
-      EXPECT_EQ(result.output, "");
-    }
-  }
-  EXPECT_EQ(run({"import", path, "--check"}).exit, done);
+  expectEveryCommandGivesUp(modem.socketPath());
+}
+
+TEST_F(FaultTest, ModemThatAnswersNothing_EveryCommand_GivesUpInTime) {
+  modem.control("fail", {{"message", "any"}, {"silent", true}, {"count", 1000}});
+  expectEveryCommandGivesUp(modem.socketPath());
+}
+
+TEST_F(FaultTest, ModemThatIsNotThere_EveryCommandThatAsksOne_GivesUpInTime) {
+  const std::string nobody = folder.file("none");
+  expectEveryCommandGivesUp(nobody);
+  EXPECT_EQ(runTool(nobody, {"import", path, "--check"}).exit, done);
+  EXPECT_EQ(runTool(nobody, {"import", path, "--plmn", "00101", "--dry-run"}).exit, done);
 }
 
 TEST_F(FaultTest, ProfilesThatAreNotAnswered_List_GivesUpBeforeTheLibraryDoes) {
@@ -114,6 +155,149 @@ TEST_F(FaultTest, ModemThatDies_WhileItIsAsked_IsSaid) {
   EXPECT_EQ(result.errors,
             "pavoctl: the modem was lost before it answered; it may have created the profile all "
             "the same\n");
+}
+
+TEST_F(FaultTest, PolicyThatIsNotAnswered_MayBeDone) {
+  for (const Arguments& arguments : std::vector<Arguments>{
+           {"setup-data-call", "apn=new"},
+           {"setup-data-call", "apn=internet,types=MMS", "--allow-update"},
+           {"emergency", "apn=sos"},
+           {"lte-attach", "apn=new"},
+           {"apn-class", "class=IMS,max-pdn=7"},
+           {"apn-types", "apn=ims,types=MMS", "--allow-update"},
+       }) {
+    SCOPED_TRACE(testing::PrintToString(arguments));
+    modem.control("clear");
+    modem.control("fail", {{"message", "create-profile"}, {"silent", true}, {"count", 2}});
+    modem.control("fail", {{"message", "modify-profile"}, {"silent", true}, {"count", 2}});
+    const ToolResult result = run(arguments);
+    EXPECT_EQ(result.exit, failed) << result;
+    EXPECT_THAT(result.errors,
+                AllOf(IsOneLine(),
+                      StartsWith("pavoctl: the modem refused 1 of 1 edits or did not answer: "),
+                      EndsWith("; what it did not answer may be done all the same\n")));
+    Arguments bounded = arguments;
+    bounded.insert(bounded.end(), {"--timeout", "0.5"});
+    const ToolResult late = run(bounded);
+    EXPECT_EQ(late.exit, failed) << late;
+    EXPECT_EQ(late.errors, "pavoctl: " + arguments[0] +
+                               " takes too long: the modem does not answer; what was done until "
+                               "now stays, and the last edit may be done all the same: see pavoctl "
+                               "list\n");
+  }
+}
+
+TEST_F(FaultTest, ModemThatDies_DuringAPolicy_IsSaid) {
+  const auto tool = startUntil({{"message", "create-profile"}, {"silent", true}},
+                               {"apn-class", "class=IMS,max-pdn=7", "class=APP,apn=x"});
+  modem.kill();
+  const ToolResult result = finish(*tool);
+  EXPECT_EQ(result.exit, failed) << result;
+  EXPECT_EQ(result.errors,
+            "pavoctl: the modem refused 1 of 2 edits or did not answer: the new profile; what it "
+            "did not answer may be done all the same\n");
+  EXPECT_THAT(result.output, HasSubstr("profile 2 (ims) changed: maxPdnsConnPerBlock: "));
+}
+
+TEST_F(FaultTest, Signal_WhileTheModemIsAsked_SaysWhatMayBeDone) {
+  const std::string came = "pavoctl: a signal came before the modem answered";
+  const std::string policy =
+      ": a signal came before the modem answered; what was done until now stays, and the last edit "
+      "may be done all the same: see pavoctl list\n";
+  struct Case {
+    const char* message;
+    Arguments arguments;
+    std::string errors;
+  };
+  for (const Case& c : std::vector<Case>{
+           {"any", {"delete", "2"}, came + "\n"},
+           {"any", {"apn-class", "class=APP"}, came + "\n"},
+           {"create-profile",
+            {"add", "--apn", "x", "--persistent"},
+            came + "; it may have created the profile all the same\n"},
+           {"modify-profile",
+            {"modify", "1", "--apn", "x"},
+            came + "; it may have changed the profile all the same\n"},
+           {"delete-profile",
+            {"delete", "2"},
+            came + "; it may have deleted the profile all the same\n"},
+           {"create-profile", {"setup-data-call", "apn=x"}, "pavoctl: setup-data-call" + policy},
+           {"create-profile", {"emergency", "apn=x"}, "pavoctl: emergency" + policy},
+           {"create-profile", {"lte-attach", "apn=x"}, "pavoctl: lte-attach" + policy},
+           {"create-profile", {"apn-class", "class=APP"}, "pavoctl: apn-class" + policy},
+           {"modify-profile",
+            {"apn-types", "apn=ims,types=MMS", "--allow-update"},
+            "pavoctl: apn-types" + policy},
+       }) {
+    for (const int signal : {SIGINT, SIGTERM}) {
+      const auto tool =
+          startUntil({{"message", c.message}, {"silent", true}, {"count", 60}}, c.arguments);
+      tool->sendSignal(signal);
+      const ToolResult result = finish(*tool);
+      EXPECT_EQ(result.exit, failed) << result;
+      EXPECT_EQ(result.errors, c.errors);
+      EXPECT_EQ(result.output, "");
+    }
+  }
+}
+
+TEST_F(FaultTest, Signal_WhileWhatIsToBeHeldIsCreated_DeletesItAgain) {
+  for (const Arguments& arguments : std::vector<Arguments>{
+           {"add", "--apn", "x", "--hold"}, {"setup-data-call", "apn=x", "--hold"}}) {
+    const auto tool = startUntil({{"message", "create-profile"}, {"delayMs", 300}}, arguments);
+    tool->sendSignal(SIGTERM);
+    const ToolResult result = finish(*tool);
+    EXPECT_EQ(result.exit, done) << result;
+    EXPECT_EQ(result.errors, "");
+    EXPECT_EQ(profileOnModem(3), nullptr);
+  }
+}
+
+TEST_F(FaultTest, Signal_WhileATemporaryProfileIsDeleted_DeletesItAllTheSame) {
+  const auto tool =
+      startUntil({{"message", "delete-profile"}, {"delayMs", 300}}, {"setup-data-call", "apn=x"});
+  tool->sendSignal(SIGTERM);
+  const ToolResult result = finish(*tool);
+  EXPECT_EQ(result.exit, done) << result;
+  EXPECT_EQ(result.errors, "");
+  EXPECT_EQ(profileOnModem(3), nullptr);
+}
+
+TEST_F(FaultTest, Verify_ModemHangsInTheFreshReading_GivesUpInTime) {
+  for (const Json& fault : {Json{{"message", "profile-list"}, {"nth", 2}},
+                            Json{{"message", "profile-settings"}, {"nth", 3}}}) {
+    Json silent = fault;
+    silent.update(Json{{"silent", true}, {"count", 600}});
+    modem.control("clear");
+    modem.control("fail", silent);
+    const ToolResult result = run({"verify", "--timeout", "0.5"});
+    EXPECT_EQ(result.exit, failed) << result;
+    EXPECT_EQ(result.output, "");
+    EXPECT_THAT(result.errors,
+                AllOf(IsOneLine(), StartsWith("pavoctl: the modem could not be read afresh: no "
+                                              "modem answered within 0.5 s (OVIX_MODEM=")));
+  }
+}
+
+TEST_F(FaultTest, Verify_ProfilesThatCannotBeReadAfresh_AreNotSaidToBeMissing) {
+  modem.control("fail",
+                {{"message", "profile-settings"}, {"nth", 3}, {"error", 3}, {"count", 600}});
+  const ToolResult result = run({"verify", "--settle", "0.1"});
+  EXPECT_EQ(result.exit, failed) << result;
+  EXPECT_EQ(result.output, "");
+  EXPECT_EQ(result.errors, "pavoctl: 2 of the modem's profiles could not be read\n");
+}
+
+TEST_F(FaultTest, Verify_ModemDiesMeanwhile_IsSaid) {
+  // Its cache has been read when it asks for the second profile.
+  const auto verifier = startUntil({{"message", "profile-settings"}, {"nth", 2}, {"delayMs", 1}},
+                                   {"verify", "--for", "600", "--timeout", "2"});
+  modem.kill();
+  verifier->sendSignal(SIGTERM);
+  const ToolResult result = finish(*verifier);
+  EXPECT_EQ(result.exit, failed) << result;
+  EXPECT_EQ(result.output, "");
+  EXPECT_THAT(result.errors, AllOf(IsOneLine(), HasSubstr("no modem answered within 2 s")));
 }
 
 TEST_F(FaultTest, Hold_ModemHangsAtTheEnd_SaysWhatMayBeLeft) {

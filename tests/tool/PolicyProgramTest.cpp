@@ -311,16 +311,16 @@ TEST_F(PolicyProgramTest, Usage_Slots_HaveOwners) {
   const Json usage = run({"usage", "--json", "--capacity", "6"}).json();
   EXPECT_EQ(usage["used"], 4);
   EXPECT_EQ(usage["owners"],
-            Json::parse(R"({"modem": 2, "library": 1, "library, initial attach": 1})"));
+            Json::parse(R"({"modem": 2, "library": 1, "library for initial attach": 1})"));
   EXPECT_EQ(usage["unheld"], Json::parse("[3, 4]"));
   EXPECT_EQ(usage["free"], Json::parse("[5, 6]"));
   EXPECT_EQ(run({"usage"}).output,
-            "SLOT  APN       OWNER                    KEYS\n"
-            "1     internet  modem                    0\n"
-            "2     ims       modem                    0\n"
-            "3     own       library                  0\n"
-            "4     attach    library, initial attach  0\n"
-            "4 slots used: 2 of the modem, 1 of the library, 1 of the library, initial attach\n"
+            "SLOT  APN       OWNER                       KEYS\n"
+            "1     internet  modem                       0\n"
+            "2     ims       modem                       0\n"
+            "3     own       library                     0\n"
+            "4     attach    library for initial attach  0\n"
+            "4 slots used: 2 of the modem, 1 of the library, 1 of the library for initial attach\n"
             "made by the library and held by no key of this process: 3, 4\n");
 }
 
@@ -358,7 +358,7 @@ TEST_F(PolicyProgramTest, Verify_ModemThatTellsEverything_IsFollowed) {
   verifier->sendSignal(SIGTERM);
   const ToolResult result = finish(*verifier);
   EXPECT_EQ(result.exit, done) << result;
-  EXPECT_EQ(result.output, "the cache and the modem agree on 1 profiles\n");
+  EXPECT_EQ(result.output, "the cache and the modem agree on 1 profile\n");
 }
 
 }  // namespace

@@ -61,6 +61,44 @@ TEST_F(ShellTest, Keys_AtTheEnd_AreReleased) {
   }
 }
 
+TEST_F(ShellTest, Release_DryRun_SaysWhatWouldGoAndReleasesNothing) {
+  const ToolResult result = shell(
+      "add --apn held --hold\n"
+      "hold 3\n"
+      "hold 1\n"
+      "release 1 --dry-run\n"
+      "release all --dry-run\n"
+      "release 3 --dry-run --json\n"
+      "keys\n"
+      "refresh\n"
+      "release 2 --dry-run\n"
+      "release 7 --dry-run\n");
+  EXPECT_EQ(result.exit, failed) << result;
+  EXPECT_EQ(result.errors, "pavoctl: line 10: there is no key 7\n");
+  const std::string shared =
+      "key 1 would be released: profile 3 would stay, this process has other keys of it\n";
+  EXPECT_THAT(
+      result.output,
+      HasSubstr(shared + shared +
+                "key 2 would be released: it is the last key of profile 3 in this process; the "
+                "profile would be deleted from the modem if the library made it in this process "
+                "without --persistent, and stay otherwise\n"
+                "key 3 would be released: it is the last key of profile 1 in this process; the "
+                "profile would stay, the library has not made it\n"
+                R"({"isDryRun":true,"would":"release","key":3,"profile":1,"isKnown":true,)"
+                R"("isLastKey":true,"isPavoProfile":false})"
+                "\nkey 1: profile 3 token=2, listener none\n"));
+  EXPECT_THAT(result.output, HasSubstr("key 2 would be released: profile 3 would stay, the library "
+                                       "no longer knows the key\n"));
+}
+
+TEST_F(ShellTest, Help_OfAnUnknownCommand_IsBadUsage) {
+  const ToolResult result = shell("help frobnicate\n");
+  EXPECT_EQ(result.exit, badUsage) << result;
+  EXPECT_EQ(result.output, "");
+  EXPECT_EQ(result.errors, "pavoctl: line 1: help: 'frobnicate' is not a command (try help)\n");
+}
+
 TEST_F(ShellTest, Keys_AfterARefresh_AreUnknown) {
   const ToolResult result = shell("hold 1\nlisten 1\nrefresh\nkeys --json\nlisten 1\n");
   EXPECT_EQ(result.exit, failed) << result;
@@ -77,7 +115,7 @@ TEST_F(ShellTest, Policy_Held_GivesItsKeyToTheShell) {
   EXPECT_THAT(result.output,
               HasSubstr("3     call      library  1\n"
                         "3 slots used: 2 of the modem, 1 of the library, "
-                        "0 of the library, initial attach\n"
+                        "0 of the library for initial attach\n"
                         "made by the library and held by no key of this process: none\n"
                         "released key 1: profile 3 is deleted from the modem\n"));
 }

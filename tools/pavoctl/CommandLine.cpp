@@ -23,7 +23,7 @@ void addGlobals(CLI::App& app, CommandLine& line) {
         parseNumber("--subscription", value, std::numeric_limits<std::int32_t>::min(),
                     std::numeric_limits<std::int32_t>::max()));
   });
-  addValue(app, "--timeout", "SECONDS", "How long to wait for the modem (5)",
+  addValue(app, "--timeout", "SECONDS", "How long one step may wait for the modem (5)",
            [&line](const auto& value) {
              line.session.timeout = std::chrono::milliseconds(parseSeconds("--timeout", value));
            });
@@ -40,7 +40,9 @@ void addGlobals(CLI::App& app, CommandLine& line) {
       "  OVIX_MODEM  the modem's socket. Without it a modem inside this process serves: its\n"
       "              table is empty each time and gone at the end.\n"
       "\nExit status: 0 done, 1 refused by the library or the modem or failed, 2 bad usage.\n"
-      "import --check: 1 when there are findings.\n"
+      "Also 1: match-attach when the answer is no, verify when there is drift, import --check "
+      "when\n"
+      "there are findings.\n"
       "\nA command's own help: pavoctl COMMAND --help");
 }
 

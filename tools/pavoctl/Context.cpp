@@ -12,6 +12,12 @@ StopSignal& Context::stopSignal() {
   return *stop;
 }
 
+void Context::obeySignals() {
+  if (keys == nullptr) {
+    Patience::obey(stopSignal());
+  }
+}
+
 Session& Context::session(const Session::Options& options) {
   if (running) {
     running->resume(options);

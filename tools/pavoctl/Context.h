@@ -19,6 +19,9 @@ class Context {
   // Verbs that stay ask for it before they ask for the session: threads of the library that started
   // earlier would let the signals end the process.
   StopSignal& stopSignal();
+  // The same for verbs that change the modem: a signal that comes while the modem is waited for
+  // ends the process with a word on what may be half done. A shell has its own way.
+  void obeySignals();
 
   // Starts the library with the first call's options; later calls get the same session, with their
   // timeout. Throws Failure when there is no modem; the next call then tries again.

@@ -1,6 +1,7 @@
 #include <CLI/CLI.hpp>
 
 #include "Context.h"
+#include "Table.h"
 #include "Text.h"
 #include "Verbs.h"
 #include "inspection/Watch.h"
@@ -13,11 +14,10 @@ ExitStatus refresh(const CommandLine& line, Context& context) {
   Session& session = context.session(line.session);
   session.refresh();
   const auto listing = session.list(pavo::FilterProfileParams());
-  context.output.line(line.isJson
-                          ? dumpJson(Json{{"profiles", listing.profiles.size()},
-                                          {"unreadable", listing.unreadable}},
-                                     /*indent=*/2)
-                          : "read " + std::to_string(listing.profiles.size()) + " profiles");
+  context.output.line(line.isJson ? dumpJson(Json{{"profiles", listing.profiles.size()},
+                                                  {"unreadable", listing.unreadable}},
+                                             /*indent=*/2)
+                                  : "read " + counted(listing.profiles.size(), "profile"));
   if (listing.unreadable > 0) {
     throw Failure(std::to_string(listing.unreadable) +
                   " of the modem's profiles could not be read");
@@ -82,7 +82,7 @@ ExitStatus watch(const CommandLine& line, Context& context) {
 void declareLibraryVerbs(VerbRegistry& verbs) {
   verbs.add({"refresh", "Read all profiles from the modem again", "Examples:\n  pavoctl refresh\n",
              refresh});
-  verbs.add({"dump", "The library's cache and recent log lines",
+  verbs.add({"dump", "Print the library's cache, the indications it expects and its recent log",
              "Passwords in the text are masked.\n\nExamples:\n  pavoctl dump\n"
              "  pavoctl dump --json | jq -r '.log[]'\n",
              dump});

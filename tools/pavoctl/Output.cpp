@@ -51,9 +51,9 @@ Output::~Output() {
   }
 }
 
-void Output::line(std::string_view text) { write(std::string(text) + '\n'); }
+void Output::line(std::string_view text) const { write(std::string(text) + '\n'); }
 
-void Output::write(std::string_view text) {
+void Output::write(std::string_view text) const {
   if (fd < 0) {
     throw OutputFailure("cannot write the output: it is closed");
   }

@@ -18,9 +18,9 @@ class Output {
   ~Output();
 
   // The text and a line end, at once. Throws OutputFailure when it cannot be written.
-  void line(std::string_view text);
+  void line(std::string_view text) const;
   // The text as it is.
-  void write(std::string_view text);
+  void write(std::string_view text) const;
 
  private:
   int fd = -1;

@@ -44,6 +44,9 @@ ExitStatus add(const CommandLine& line, Context& context) {
     return wouldAdd(line, context);
   }
   Hold hold(line, context);
+  if (!line.isHeld) {
+    context.obeySignals();
+  }
   Session::Added added =
       context.session(line.session)
           .add(pavo::AddProfileParams(line.attributes, line.isPersistent, line.isInitialAttach));
@@ -58,6 +61,7 @@ ExitStatus modify(const CommandLine& line, Context& context) {
   if (line.isDryRun) {
     return wouldModify(line, context);
   }
+  context.obeySignals();
   const Session::Modified modified =
       context.session(line.session)
           .modify(line.profileId, pavo::ModifyProfileParams(line.attributes));
@@ -71,6 +75,7 @@ ExitStatus remove(const CommandLine& line, Context& context) {
   if (line.isDryRun) {
     return wouldDelete(line, context);
   }
+  context.obeySignals();
   context.session(line.session).remove(line.profileId);
   const std::string done = "deleted profile " + std::to_string(line.profileId);
   tellDone(done, [&] {

@@ -31,7 +31,7 @@ bool discardInput() {
 
 }  // namespace
 
-StopSignal::StopSignal() : signalFd(-1) {
+StopSignal::StopSignal() {
   sigset_t signals;
   sigemptyset(&signals);
   for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {

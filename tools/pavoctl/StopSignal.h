@@ -32,7 +32,7 @@ class StopSignal {
   int fd() const { return signalFd; }
 
  private:
-  int signalFd;
+  int signalFd = -1;
 };
 
 }  // namespace pavoctl

@@ -112,4 +112,8 @@ std::string changesText(const Json& changes) {
   return join(parts, ", ");
 }
 
+std::string counted(std::size_t count, const std::string& noun) {
+  return std::to_string(count) + " " + noun + (count == 1 ? "" : "s");
+}
+
 }  // namespace pavoctl

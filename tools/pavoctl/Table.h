@@ -18,6 +18,9 @@ std::string profileTable(const Json& profiles);
 // One line "name: value" for each member of a profile's JSON.
 std::string profileText(const Json& profile);
 
+// "1 profile", "3 profiles".
+std::string counted(std::size_t count, const std::string& noun);
+
 // "apnName: a -> b, ...", from changes().
 std::string changesText(const Json& changes);
 

@@ -92,7 +92,10 @@ Drift compare(const Snapshot& cache, const Snapshot& modem, Secrets secrets) {
     if (++count[id] > 1) {
       byId[id] = entry(profile, "twice");
     } else if (real == onModem.end()) {
-      byId[id] = entry(profile, "missing");
+      // It may be one of those that could not be read.
+      if (modem.unreadable == 0) {
+        byId[id] = entry(profile, "missing");
+      }
     } else if (Json changes = differences(profile, *real->second, secrets); !changes.empty()) {
       byId[id] = entry(profile, "differs");
       byId[id]["changes"] = std::move(changes);

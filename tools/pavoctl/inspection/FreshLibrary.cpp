@@ -13,10 +13,12 @@ constexpr std::chrono::milliseconds pollInterval{20};
 }  // namespace
 
 FreshLibrary::FreshLibrary(const Session::Options& sessionOptions) : options(sessionOptions) {
+  const Patience patience(options.timeout, lateText());
   manager.init(options.subscription, options.useAndroidLog);
 }
 
 Snapshot FreshLibrary::read() {
+  const Patience patience(options.timeout, lateText());
   const auto deadline = std::chrono::steady_clock::now() + options.timeout;
   while (true) {
     manager.refresh(pavo::PDC_REFRESH_COMPLETED);
@@ -27,10 +29,14 @@ Snapshot FreshLibrary::read() {
       return Snapshot::takeOf(manager);
     }
     if (std::chrono::steady_clock::now() >= deadline) {
-      throw Failure("the modem could not be read afresh");
+      throw NoAnswer(lateText());
     }
     std::this_thread::sleep_for(pollInterval);
   }
+}
+
+std::string FreshLibrary::lateText() const {
+  return "the modem could not be read afresh: " + Session::noAnswerText(options.timeout);
 }
 
 }  // namespace pavoctl

@@ -1,6 +1,8 @@
 // A second library in this process, with a cache of its own: the modem's own word.
 #pragma once
 
+#include <string>
+
 #include "session/Session.h"
 #include "session/Snapshot.h"
 
@@ -10,10 +12,13 @@ class FreshLibrary {
  public:
   explicit FreshLibrary(const Session::Options& sessionOptions);
 
-  // Reads all profiles from the modem. Throws Failure when that cannot be done in time.
+  // Reads all profiles from the modem. Throws NoAnswer when that cannot be done in time; a wait
+  // for longer ends the process.
   Snapshot read();
 
  private:
+  std::string lateText() const;
+
   const Session::Options options;
   pavo::Manager manager;
 };

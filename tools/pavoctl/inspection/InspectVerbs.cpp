@@ -5,6 +5,7 @@
 
 #include "Context.h"
 #include "Options.h"
+#include "Table.h"
 #include "Verbs.h"
 #include "inspection/Drift.h"
 #include "inspection/FreshLibrary.h"
@@ -27,7 +28,7 @@ Json driftJson(const Drift& drift, std::size_t profiles) {
 
 ExitStatus verify(const CommandLine& line, Context& context) {
   StopSignal* const stop = line.watchTime.count() > 0 ? &context.stopSignal() : nullptr;
-  context.session(line.session);
+  const Session& session = context.session(line.session);
   if (stop != nullptr) {
     stop->waitFor(/*wakeFd=*/-1, static_cast<int>(line.watchTime.count()));
   }
@@ -35,11 +36,12 @@ ExitStatus verify(const CommandLine& line, Context& context) {
   const auto deadline = std::chrono::steady_clock::now() + line.settleTime;
   Snapshot modem = fresh.read();
   const auto look = [&] {
+    const Patience patience = session.waiting();
     return compare(Snapshot::takeOf(pavo::Manager::getInstance()), modem, line.secrets);
   };
   Drift drift = look();
   // What the modem tells is on its way for a while.
-  while (!drift.isNone() && std::chrono::steady_clock::now() < deadline) {
+  while ((!drift.isNone() || modem.unreadable > 0) && std::chrono::steady_clock::now() < deadline) {
     std::this_thread::sleep_for(lookInterval);
     modem = fresh.read();
     drift = look();
@@ -47,9 +49,11 @@ ExitStatus verify(const CommandLine& line, Context& context) {
   if (line.isJson) {
     context.output.line(dumpJson(driftJson(drift, modem.profiles.size()), /*indent=*/2));
   } else {
-    context.output.write(drift.isNone() ? "the cache and the modem agree on " +
-                                              std::to_string(modem.profiles.size()) + " profiles\n"
-                                        : driftText(drift));
+    context.output.write(driftText(drift));
+    if (drift.isNone() && modem.unreadable == 0) {
+      context.output.line("the cache and the modem agree on " +
+                          counted(modem.profiles.size(), "profile"));
+    }
   }
   if (modem.unreadable > 0) {
     throw Failure(std::to_string(modem.unreadable) + " of the modem's profiles could not be read");
@@ -95,16 +99,15 @@ void declareInspection(VerbRegistry& verbs) {
        "be: profiles that differ, are missing or unknown, indications that never came.\n\n"
        "Examples:\n  pavoctl verify\n  pavoctl verify --for 60 --json\n",
        verify});
-  addTime(verifying, "--for", "Let the cache follow the modem that long before (not at all)",
-          line.watchTime);
+  addTime(verifying, "--for", "Let the cache follow the modem that long first (0)", line.watchTime);
   addTime(verifying, "--settle", "A difference counts when it lasts that long (1)",
           line.settleTime);
   CLI::App& using_ = verbs.add(
-      {"usage", "What the slots of the modem's table are taken for",
+      {"usage", "Show the slots of the modem's table, their owners and keys",
        "The table's size is not known through the library. Keys are those of this process.\n\n"
        "Examples:\n  pavoctl usage\n  pavoctl usage --capacity 16 --json\n",
        usage});
-  addValue(using_, "--capacity", "N", "The size of the table: tells the free slots too",
+  addValue(using_, "--capacity", "N", "Size of the table; lists the free slots too",
            [&line](const auto& value) {
              line.capacity = static_cast<int>(parseNumber("--capacity", value, 1, profileIndexMax));
            });

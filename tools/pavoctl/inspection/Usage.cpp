@@ -10,7 +10,7 @@ namespace pavoctl {
 namespace {
 
 const char* ownerOf(const pavo::ProfileParams& params) {
-  return params.getIsIAProfile()     ? "library, initial attach"
+  return params.getIsIAProfile()     ? "library for initial attach"
          : params.getIsPavoProfile() ? "library"
                                      : "modem";
 }
@@ -28,7 +28,7 @@ std::string numbersText(const Json& numbers) {
 Json usageOf(const Snapshot& snapshot, const std::map<int, int>& keys,
              std::optional<int> capacity) {
   std::map<int, Json> slots;
-  Json owners{{"modem", 0}, {"library", 0}, {"library, initial attach", 0}};
+  Json owners{{"modem", 0}, {"library", 0}, {"library for initial attach", 0}};
   for (const auto& cached : snapshot.profiles) {
     const auto& params = cached.profile.params;
     const int id = cached.profile.id;
@@ -77,7 +77,7 @@ std::string usageText(const Json& usage) {
   for (const auto& [owner, count] : usage["owners"].items()) {
     owners.push_back(valueText(count) + " of the " + owner);
   }
-  std::string text = aligned(rows) + valueText(usage["used"]) + " slots used";
+  std::string text = aligned(rows) + counted(usage["used"], "slot") + " used";
   text += usage.contains("capacity") ? " of " + valueText(usage["capacity"]) : "";
   text += ": " + join(owners, ", ") + "\n";
   if (usage["unreadable"] != 0) {

@@ -85,7 +85,7 @@ void Watch::run(StopSignal& stop) {
     profiles.push_back(toJson(known.profile, secrets));
   }
   print(Json{{"event", "watching"}, {"profiles", profiles}},
-        "watching " + std::to_string(seen.size()) + " profiles");
+        "watching " + counted(seen.size(), "profile"));
   noticeUnreadable(Session::dump());
   while (!stop.waitFor(*wakeFd, lookIntervalMs)) {
     look();
@@ -218,7 +218,7 @@ void Watch::compare(const SeenById& now) {
   }
 }
 
-void Watch::print(Json event, const std::string& text) {
+void Watch::print(const Json& event, const std::string& text) {
   if (!isJson) {
     output.line(timeNow() + " " + text);
     return;

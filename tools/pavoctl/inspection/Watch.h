@@ -45,7 +45,7 @@ class Watch {
   bool scan();
   bool collect(SeenById& now);
   void compare(const SeenById& now);
-  void print(Json event, const std::string& text);
+  void print(const Json& event, const std::string& text);
 
   Session& session;
   Output& output;

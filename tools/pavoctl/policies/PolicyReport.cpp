@@ -138,7 +138,8 @@ std::string PolicyReport::refusals() const {
     names.push_back(id == unknownId ? "the new profile" : "profile " + std::to_string(id));
   }
   return "the modem refused " + std::to_string(outcome.refused.size()) + " of " +
-         std::to_string(edits.size()) + " edits or did not answer: " + join(names, ", ");
+         std::to_string(edits.size()) + " edits or did not answer: " + join(names, ", ") +
+         (outcome.isUnsure ? "; what it did not answer may be done all the same" : "");
 }
 
 }  // namespace pavoctl

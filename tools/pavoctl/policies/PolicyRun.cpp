@@ -3,6 +3,7 @@
 #include <pavo/Util.h>
 
 #include <algorithm>
+#include <chrono>
 
 #include "Errors.h"
 #include "policies/Foresight.h"
@@ -93,6 +94,7 @@ PolicyOutcome foresee(const PolicyCall& call, const Snapshot& snapshot, Secrets 
 PolicyResult perform(const PolicyCall& call, Session& session, Secrets secrets) {
   const Snapshot before = session.snapshot();
   LogRecorder recorder;
+  const auto start = std::chrono::steady_clock::now();
   Answer answer = ask(call);
   const auto messages = recorder.finish();
   PolicyResult result;
@@ -100,6 +102,8 @@ PolicyResult perform(const PolicyCall& call, Session& session, Secrets secrets) 
     result.outcome = readProfiles(call, before, session, secrets);
   }
   result.outcome.isMatching = answer.isMatching;
+  result.outcome.isUnsure =
+      !result.outcome.refused.empty() && Session::silenceSince(start) != Session::Silence::none;
   if (answer.key) {
     result.outcome.result = tokenOf(*answer.key);
   }
@@ -112,6 +116,7 @@ Session::Listing explainList(Session& session, const pavo::FilterProfileParams& 
   const auto isLike = [](const CachedProfile& a, const CachedProfile& b) {
     return a.token == b.token && a.dump == b.dump;
   };
+  const Patience patience = session.waiting();
   while (true) {
     const Snapshot before = session.snapshot();
     std::vector<Token> found;

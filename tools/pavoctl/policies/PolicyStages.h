@@ -23,6 +23,7 @@ struct PolicyOutcome {
   bool isMatching = false;  // matchAttach
   // Changes and creations that the modem refused or did not answer: ids, unknownId for a creation.
   std::vector<int> refused;
+  bool isUnsure = false;  // The modem may have made some of them and not have answered.
 };
 
 // Goes through the stages with these answers.

@@ -56,10 +56,13 @@ ExitStatus report(const CommandLine& line, Context& context, const PolicyCall& c
 }
 
 PolicyResult performInTime(const CommandLine& line, Session& session, const PolicyCall& call) {
+  const std::string name = nameOf(call.policy);
+  const std::string state =
+      "; what was done until now stays, and the last edit may be done all the same: see pavoctl "
+      "list";
   const Patience patience(line.session.timeout,
-                          std::string(nameOf(call.policy)) +
-                              " takes too long: the modem does not answer; what was done until now "
-                              "stays, see pavoctl list");
+                          name + " takes too long: the modem does not answer" + state,
+                          name + ": " + Session::signalText + state);
   return perform(call, session, line.secrets);
 }
 
@@ -75,6 +78,9 @@ ExitStatus runPolicy(const CommandLine& line, Context& context) {
                   foresee(call, context.session(line.session).snapshot(), line.secrets));
   }
   Hold hold(line, context);
+  if (!line.isHeld) {
+    context.obeySignals();
+  }
   PolicyResult result = performInTime(line, context.session(line.session), call);
   const ExitStatus status = report(line, context, call, result.outcome);
   bool isClean = true;
@@ -90,6 +96,7 @@ struct PolicyVerb {
   Policy policy;
   const char* help;
   const char* footer;
+  const char* allowUpdateHelp = "Profiles that are found may be changed to what is wanted";
 };
 
 constexpr std::array policyVerbs{
@@ -103,26 +110,30 @@ constexpr std::array policyVerbs{
     PolicyVerb{Policy::emergency, "Find or create the profile for an emergency call",
                "Any profile that supports emergency calls will do; one that is created is\n"
                "persistent. Profiles are never changed.\n\n"
-               "Examples:\n  pavoctl emergency --apn sos --explain\n"},
+               "Examples:\n  pavoctl emergency --apn sos --explain\n",
+               "Makes no difference: what is found is not changed"},
     PolicyVerb{Policy::lteAttach, "Find, change or create the profile for LTE attach",
                "Found in four stages, and given the wanted settings; one that is created is\n"
                "persistent and for initial attach.\n\n"
                "Examples:\n  pavoctl lte-attach apn=internet,home-ip=V4V6,user=me --explain\n"
                "  pavoctl lte-attach --apn internet --dry-run\n"},
-    PolicyVerb{Policy::matchAttach, "Whether a profile may be used for LTE attach",
+    PolicyVerb{Policy::matchAttach, "Tell whether a profile may be used for LTE attach",
                "Status 1 when it may not. Nothing is changed.\n\n"
-               "Examples:\n  pavoctl match-attach 3 apn=internet,home-ip=V4 --explain\n"},
+               "Examples:\n  pavoctl match-attach 3 apn=internet,home-ip=V4 --explain\n",
+               "IP types have to be equal: they could be changed"},
     PolicyVerb{
         Policy::apnClass, "Bring the profiles of APN classes in line with a list",
         "Every profile of an element's class gets its attributes; a class without a profile\n"
         "gets one.\n\n"
         "Examples:\n  pavoctl apn-class class=IMS,apn=ims class=INET,apn=internet\n"
-        "  pavoctl apn-class --file classes.json --dry-run\n"},
+        "  pavoctl apn-class --file classes.json --dry-run\n",
+        "Makes no difference: the class's profiles are changed in any case"},
     PolicyVerb{Policy::apnTypes, "Bring the APN types of profiles in line with a list",
                "The types that the list asks for, by name and home IP type, are written to the\n"
                "profiles of that name; with --allow-update all of them to all.\n\n"
                "Examples:\n  pavoctl apn-types apn=internet,home-ip=V4,types=DEFAULT|SUPL\n"
-               "  pavoctl list --json --show-secrets | pavoctl apn-types --file - --dry-run\n"},
+               "  pavoctl list --json --show-secrets | pavoctl apn-types --file - --dry-run\n",
+               "Write all of the types to all profiles of the name"},
 };
 
 // Words are attributes of the one profile that is wanted, or an element of the list each.
@@ -137,8 +148,9 @@ void addWanted(CLI::App& app, CommandLine& line, Policy policy) {
            }
            return true;
          },
-         isForList(policy) ? "An element: apnName=internet,apnTypesMask=DEFAULT|SUPL"
-                           : "Attributes: apnName=internet,homeIPType=V4")
+         policy == Policy::apnClass   ? "An element: apnClass=IMS,apnName=ims"
+         : policy == Policy::apnTypes ? "An element: apnName=internet,apnTypesMask=DEFAULT|SUPL"
+                                      : "Attributes: apnName=internet,homeIPType=V4")
       ->type_name("")
       ->expected(0, CLI::detail::expected_max_vector_size)
       ->allow_extra_args();
@@ -166,8 +178,7 @@ void declarePolicy(VerbRegistry& verbs, const PolicyVerb& verb) {
   if (policy == Policy::setupDataCall) {
     app.add_flag("--hold", line.isHeld, "Stay until stopped; a new profile is deleted then");
   }
-  app.add_flag("--allow-update", line.call.isUpdateAllowed,
-               "Profiles that are found may be changed to what is wanted");
+  app.add_flag("--allow-update", line.call.isUpdateAllowed, verb.allowUpdateHelp);
   app.add_flag("--explain", line.isExplained, "Tell every step and why profiles did not match");
   addDryRun(app, line.isDryRun);
 }

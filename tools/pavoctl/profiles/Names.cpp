@@ -86,6 +86,7 @@ std::optional<std::string> nameIn(const Table& table, Value value) {
 template <typename Table>
 std::string allNames(const Table& table) {
   std::vector<std::string> names;
+  names.reserve(table.size());
   for (const auto& entry : table) {
     names.emplace_back(entry.name);
   }

@@ -1,6 +1,7 @@
 #include "session/Dump.h"
 
 #include <algorithm>
+#include <iterator>
 
 namespace pavoctl {
 namespace {
@@ -8,6 +9,14 @@ namespace {
 bool startsWith(std::string_view text, std::string_view start) {
   return text.substr(0, start.size()) == start;
 }
+
+// For loops from the latest line to the oldest.
+struct Backwards {
+  const std::vector<std::string>& lines;
+
+  auto begin() const { return lines.rbegin(); }
+  auto end() const { return lines.rend(); }
+};
 
 }  // namespace
 
@@ -48,16 +57,14 @@ std::optional<std::vector<std::string_view>> Dump::messagesSince(std::string_vie
     return std::nullopt;
   }
   std::vector<std::string_view> messages;
-  for (auto line = last.base(); line != log.end(); ++line) {
-    messages.push_back(messageOf(*line));
-  }
+  std::transform(last.base(), log.end(), std::back_inserter(messages), messageOf);
   return messages;
 }
 
 std::string_view Dump::lastLine(std::string_view start) const {
-  for (auto line = log.rbegin(); line != log.rend(); ++line) {
-    if (startsWith(messageOf(*line), start)) {
-      return *line;
+  for (const auto& line : Backwards{log}) {
+    if (startsWith(messageOf(line), start)) {
+      return line;
     }
   }
   return {};
@@ -74,11 +81,11 @@ std::size_t Dump::unreadable() const {
 }
 
 bool Dump::hasLostList() const {
-  for (auto line = log.rbegin(); line != log.rend(); ++line) {
-    if (messageOf(*line) == message::listRead) {
+  for (const auto& line : Backwards{log}) {
+    if (messageOf(line) == message::listRead) {
       return false;
     }
-    if (messageOf(*line) == message::listFailed) {
+    if (messageOf(line) == message::listFailed) {
       return true;
     }
   }
@@ -87,8 +94,8 @@ bool Dump::hasLostList() const {
 
 std::optional<bool> Dump::hasModemsProfiles() const {
   bool isRefreshed = false;
-  for (auto line = log.rbegin(); line != log.rend(); ++line) {
-    const std::string_view text = messageOf(*line);
+  for (const auto& line : Backwards{log}) {
+    const std::string_view text = messageOf(line);
     if (text == message::waitingForService || text == message::listFailed ||
         (isRefreshed && text == message::refreshed)) {
       return false;

@@ -19,6 +19,8 @@ constexpr int forever = -1;
 
 // Of the session that outlasts a modem; -1 when there is none.
 std::atomic<int> sessionSignalFd{-1};
+// Of the verb that a signal may end while it waits; -1 when there is none.
+std::atomic<int> verbSignalFd{-1};
 
 // Those that began at once and live, one inside the other.
 int depth = 0;
@@ -31,31 +33,38 @@ int makeEventFd() {
   return fd;
 }
 
-// Which of the two is readable: true for the first. An fd of -1 is never.
-bool isFirstReadable(int first, int second) {
+enum class Ready { first, second, none };
+
+// Which of the two is readable by then. An fd of -1 is never.
+Ready waitForEither(int first, int second, int timeoutMs = forever) {
   std::array<pollfd, 2> fds{pollfd{first, POLLIN, 0}, pollfd{second, POLLIN, 0}};
-  while (::poll(fds.data(), fds.size(), forever) < 0) {
+  while (::poll(fds.data(), fds.size(), timeoutMs) < 0) {
   }
-  return fds[0].revents != 0;
+  return fds[0].revents != 0 ? Ready::first : fds[1].revents != 0 ? Ready::second : Ready::none;
 }
 
 }  // namespace
 
-Patience::Patience(std::chrono::milliseconds limitFromNow, std::string text)
-    : Patience(limitFromNow, [text = std::move(text)] { return text; }) {}
+Patience::Patience(std::chrono::milliseconds limitFromNow, std::string text,
+                   std::string interruptionText)
+    : Patience(
+          /*startFd=*/-1, limitFromNow, [text = std::move(text)] { return text; },
+          std::move(interruptionText), exitFailed) {}
 
 Patience::Patience(std::chrono::milliseconds limitFromNow, std::function<std::string()> textThen)
-    : Patience(/*startFd=*/-1, limitFromNow, std::move(textThen), exitFailed) {}
+    : Patience(/*startFd=*/-1, limitFromNow, std::move(textThen), /*interruption=*/"", exitFailed) {
+}
 
 Patience::Patience(const StopSignal& stop, std::chrono::milliseconds limitFromThen)
-    : Patience(stop.fd(), limitFromThen, /*complaint=*/nullptr, exitDone) {}
+    : Patience(stop.fd(), limitFromThen, /*complaint=*/nullptr, /*interruption=*/"", exitDone) {}
 
 Patience::Patience(int fd, std::chrono::milliseconds time, std::function<std::string()> text,
-                   ExitStatus exitStatus)
+                   std::string interruptionText, ExitStatus exitStatus)
     : isOutermost(fd >= 0 || depth == 0),
       startFd(fd),
       limit(time),
       complaint(std::move(text)),
+      interruption(std::move(interruptionText)),
       status(exitStatus),
       doneFd(makeEventFd()) {
   if (startFd < 0) {
@@ -78,6 +87,8 @@ Patience::~Patience() {
   ::close(doneFd);
 }
 
+void Patience::obey(const StopSignal& stop) { verbSignalFd = stop.fd(); }
+
 void Patience::outlast(const StopSignal& stop) { sessionSignalFd = stop.fd(); }
 
 void Patience::limitExit(std::chrono::milliseconds limit, ExitStatus status) {
@@ -88,29 +99,29 @@ void Patience::limitExit(std::chrono::milliseconds limit, ExitStatus status) {
 }
 
 void Patience::run() {
-  if (startFd >= 0 && isFirstReadable(doneFd, startFd)) {
+  if (startFd >= 0 && waitForEither(doneFd, startFd) == Ready::first) {
     return;
   }
-  if (isDoneWithin(static_cast<int>(limit.count()))) {
-    return;
-  }
-  const int signalFd = startFd < 0 ? sessionSignalFd.load() : -1;
-  const bool isInSession = signalFd >= 0;
-  if (isInSession) {
-    complain(complaint() + "; still waiting, Ctrl-C ends the session");
-    if (isFirstReadable(doneFd, signalFd)) {
+  const int signalFd = interruption.empty() ? -1 : verbSignalFd.load();
+  switch (waitForEither(doneFd, signalFd, static_cast<int>(limit.count()))) {
+    case Ready::first:
       return;
-    }
+    case Ready::second:
+      complainAndExit(interruption, status);
+    case Ready::none:
+      runOut();
   }
-  complainAndExit(complaint && !isInSession ? complaint() : "", status);
 }
 
-bool Patience::isDoneWithin(int timeoutMs) const {
-  pollfd done{doneFd, POLLIN, 0};
-  int count = 0;
-  while ((count = ::poll(&done, 1, timeoutMs)) < 0) {
+void Patience::runOut() const {
+  const int signalFd = startFd < 0 ? sessionSignalFd.load() : -1;
+  if (signalFd < 0) {
+    complainAndExit(complaint ? complaint() : "", status);
   }
-  return count > 0;
+  complain(complaint() + "; still waiting, Ctrl-C ends the session");
+  if (waitForEither(doneFd, signalFd) == Ready::second) {
+    complainAndExit("", status);
+  }
 }
 
 }  // namespace pavoctl

@@ -18,8 +18,9 @@ namespace pavoctl {
 class Patience {
  public:
   // For that long from now on; then complaint and exitFailed. Inside another one it does nothing:
-  // the outer one's time and words count. Main thread only.
-  Patience(std::chrono::milliseconds limit, std::string complaint);
+  // the outer one's time and words count. Main thread only. An interruption is the complaint when
+  // the signal comes that obey() has named; without one the signal has to wait.
+  Patience(std::chrono::milliseconds limit, std::string complaint, std::string interruption = "");
   // The complaint is made when the time is over, on another thread.
   Patience(std::chrono::milliseconds limit, std::function<std::string()> complaint);
   // For that long from the moment the user stops the tool; then exitDone, in silence.
@@ -27,6 +28,9 @@ class Patience {
   Patience(const Patience&) = delete;
   Patience& operator=(const Patience&) = delete;
   ~Patience();
+
+  // From now on a signal ends what has an interruption.
+  static void obey(const StopSignal& stop);
 
   // In a session that is to outlive a modem that hangs: from now on, when a limit is over, the
   // complaint is printed and the waiting goes on; a signal ends the process then.
@@ -37,14 +41,16 @@ class Patience {
 
  private:
   Patience(int startFd, std::chrono::milliseconds limit, std::function<std::string()> complaint,
-           ExitStatus status);
+           std::string interruption, ExitStatus status);
   void run();
-  bool isDoneWithin(int timeoutMs) const;
+  // The time is over. Returns only in a session, when what took so long is done after all.
+  void runOut() const;
 
   const bool isOutermost;
   const int startFd;  // Readable when the time begins; -1: at once.
   const std::chrono::milliseconds limit;
   const std::function<std::string()> complaint;  // None: silence.
+  const std::string interruption;                // Empty: it is not to be interrupted.
   const ExitStatus status;
   const int doneFd;
   std::thread thread;

@@ -59,16 +59,19 @@ class Change {
   Change(std::string toDo, std::string mayBeDone, std::chrono::milliseconds timeout)
       : refusal("the modem refused " + std::move(toDo) + " or did not answer"),
         uncertainty("; " + std::move(mayBeDone) + " all the same"),
-        patience(timeout, "the modem did not answer within " + seconds(timeout) + uncertainty) {}
+        patience(timeout, "the modem did not answer within " + seconds(timeout) + uncertainty,
+                 std::string(Session::signalText) + uncertainty) {}
 
   [[noreturn]] void fail() const {
-    if (std::chrono::steady_clock::now() - start >= refusalTimeMax) {
-      throw NoAnswer("the modem did not answer" + uncertainty);
+    switch (Session::silenceSince(start)) {
+      case Session::Silence::unanswered:
+        throw NoAnswer("the modem did not answer" + uncertainty);
+      case Session::Silence::lost:
+        throw NoAnswer("the modem was lost before it answered" + uncertainty);
+      case Session::Silence::none:
+        throw Failure(refusal);
     }
-    if (isModemLost()) {
-      throw NoAnswer("the modem was lost before it answered" + uncertainty);
-    }
-    throw Failure(refusal);
+    std::abort();
   }
 
  private:
@@ -85,7 +88,7 @@ bool logged(const std::vector<std::string>& messages, std::string_view wanted) {
 }  // namespace
 
 Session::Session(const Options& sessionOptions) : options(sessionOptions) {
-  const Patience patience(options.timeout, noAnswerText(options.timeout));
+  const Patience patience = waiting();
   Manager::getInstance().init(options.subscription, options.useAndroidLog);
   readAll();
 }
@@ -102,7 +105,7 @@ void Session::resume(const Options& wanted) {
 }
 
 void Session::readAll() {
-  const Patience patience(options.timeout, noAnswerText(options.timeout));
+  const Patience patience = waiting();
   const auto deadline = std::chrono::steady_clock::now() + options.timeout;
   auto pollInterval = pollIntervalFirst;
   while (true) {
@@ -123,12 +126,13 @@ void Session::readAll() {
 }
 
 void Session::refresh() {
+  const Patience patience = waiting();
   Manager::getInstance().refresh(pavo::PDC_REFRESH_STARTED);
   readAll();
 }
 
 Session::Listing Session::list(const pavo::FilterProfileParams& filter) {
-  const Patience patience(options.timeout, noAnswerText(options.timeout));
+  const Patience patience = waiting();
   for (int attempt = 0; attempt < attemptsMax; ++attempt) {
     if (dump().hasLostList()) {
       readAll();
@@ -155,6 +159,7 @@ Session::Listing Session::list(const pavo::FilterProfileParams& filter) {
 }
 
 Snapshot Session::snapshot() {
+  const Patience patience = waiting();
   if (dump().hasLostList()) {
     readAll();
   }
@@ -162,7 +167,7 @@ Snapshot Session::snapshot() {
 }
 
 Key Session::keyOf(int id) {
-  const Patience patience(options.timeout, noAnswerText(options.timeout));
+  const Patience patience = waiting();
   if (dump().hasLostList()) {
     readAll();
   }
@@ -194,7 +199,7 @@ std::vector<std::string> Session::onProfile(int id, const std::string& entry,
 }
 
 Profile Session::get(int id) {
-  const Patience patience(options.timeout, noAnswerText(options.timeout));
+  const Patience patience = waiting();
   std::optional<pavo::ProfileParams> params;
   onProfile(id, "Manager::getProfile > ",
             [&](const Key& key) { params = Manager::getInstance().getProfile(key); });
@@ -272,6 +277,17 @@ Session::Release Session::release(Key key) {
 
 std::string Session::noAnswerText(std::chrono::milliseconds timeout) {
   return "no modem answered within " + seconds(timeout) + " (" + modemInUse() + ")";
+}
+
+Patience Session::waiting() const {
+  return {options.timeout, noAnswerText(options.timeout), signalText};
+}
+
+Session::Silence Session::silenceSince(std::chrono::steady_clock::time_point start) {
+  if (std::chrono::steady_clock::now() - start >= refusalTimeMax) {
+    return Silence::unanswered;
+  }
+  return isModemLost() ? Silence::lost : Silence::none;
 }
 
 Dump Session::dump() { return Dump::parse(Manager::getInstance().dump()); }

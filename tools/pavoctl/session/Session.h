@@ -12,6 +12,7 @@
 
 #include "profiles/Profile.h"
 #include "session/Dump.h"
+#include "session/Patience.h"
 #include "session/Snapshot.h"
 
 namespace pavoctl {
@@ -76,6 +77,17 @@ class Session {
   Key keyOf(int id);
 
   static Dump dump();
+
+  // Why something that was asked for at that time has failed.
+  enum class Silence {
+    none,  // The modem refused.
+    unanswered,
+    lost,  // It has gone.
+  };
+  static Silence silenceSince(std::chrono::steady_clock::time_point start);
+  // For what only asks.
+  Patience waiting() const;
+  static constexpr const char* signalText = "a signal came before the modem answered";
   // "no modem answered within 5 s (OVIX_MODEM=...)"
   static std::string noAnswerText(std::chrono::milliseconds timeout);
 

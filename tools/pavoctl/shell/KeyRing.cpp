@@ -64,10 +64,12 @@ int KeyRing::keep(Key key) {
 }
 
 std::vector<KeyRing::Entry> KeyRing::entries() const {
+  const Patience patience(timeout, "the modem keeps the library too busy to tell of the keys");
   std::vector<Entry> all;
   for (const auto& [number, held] : keys) {
-    const bool isKnown = pavo::Manager::getInstance().getProfile(held.key).has_value();
-    all.push_back({number, held.key->getProfileId(), held.key->dump(), isKnown, held.listener});
+    const auto params = pavo::Manager::getInstance().getProfile(held.key);
+    all.push_back({number, held.key->getProfileId(), held.key->dump(), params.has_value(),
+                   params && params->getIsPavoProfile(), held.listener});
   }
   return all;
 }

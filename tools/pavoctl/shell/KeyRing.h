@@ -22,6 +22,7 @@ class KeyRing {
     int profileId = 0;
     std::string text;      // The key's own: profile and token.
     bool isKnown = false;  // To the library: the profile is still the one that the key stands for.
+    bool isPavoProfile = false;  // Made by the library.
     Listener listener = Listener::none;
   };
 

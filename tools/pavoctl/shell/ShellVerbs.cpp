@@ -1,8 +1,11 @@
 #include <CLI/CLI.hpp>
+#include <algorithm>
+#include <map>
 
 #include "Context.h"
 #include "Hold.h"
 #include "Options.h"
+#include "Text.h"
 #include "Verbs.h"
 #include "profiles/Profile.h"
 #include "profiles/Values.h"
@@ -58,10 +61,56 @@ void tell(const CommandLine& line, Output& output, Json facts, const std::string
   output.line(line.isJson ? dumpJson(facts) : text);
 }
 
+// What releasing the key would come to.
+std::string fateText(const KeyRing::Entry& entry, bool isLast) {
+  const std::string name = "profile " + std::to_string(entry.profileId);
+  if (!entry.isKnown) {
+    return name + " would stay, the library no longer knows the key";
+  }
+  if (!isLast) {
+    return name + " would stay, this process has other keys of it";
+  }
+  return "it is the last key of " + name + " in this process; the profile would " +
+         (entry.isPavoProfile ? "be deleted from the modem if the library made it in this process "
+                                "without --persistent, and stay otherwise"
+                              : "stay, the library has not made it");
+}
+
+// One after the other; nothing is released.
+ExitStatus wouldRelease(const CommandLine& line, Context& context,
+                        const std::vector<int>& numbers) {
+  const auto entries = context.keys->entries();
+  std::map<std::string, int> left;
+  for (const auto& entry : entries) {
+    ++left[entry.text];
+  }
+  for (const int number : numbers) {
+    const auto entry = std::find_if(entries.begin(), entries.end(),
+                                    [&](const auto& held) { return held.number == number; });
+    if (entry == entries.end()) {
+      throw Failure("there is no key " + std::to_string(number));
+    }
+    const bool isLast = --left[entry->text] == 0;
+    tell(line, context.output,
+         Json{{"isDryRun", true},
+              {"would", "release"},
+              {"key", number},
+              {"profile", entry->profileId},
+              {"isKnown", entry->isKnown},
+              {"isLastKey", isLast},
+              {"isPavoProfile", entry->isPavoProfile}},
+         "key " + std::to_string(number) + " would be released: " + fateText(*entry, isLast));
+  }
+  return exitDone;
+}
+
 ExitStatus release(const CommandLine& line, Context& context) {
   std::vector<int> numbers{line.keyNumber};
   if (line.keyNumber == 0) {
     numbers = context.keys->numbers();
+  }
+  if (line.isDryRun) {
+    return wouldRelease(line, context, numbers);
   }
   ExitStatus status = exitDone;
   for (const int number : numbers) {
@@ -99,7 +148,12 @@ ExitStatus help(const CommandLine& line, Context& context) {
   if (!line.helpTopic.empty()) {
     words.insert(words.begin(), line.helpTopic);
   }
-  context.output.write(CommandLine::parseInShell(words, line).help);
+  const std::string text = CommandLine::parseInShell(words, line).help;
+  // The parser takes no notice of a word that it does not know.
+  if (!line.helpTopic.empty() && text == CommandLine::parseInShell({"--help"}, line).help) {
+    throw UsageError("help: " + quoted(line.helpTopic) + " is not a command (try help)");
+  }
+  context.output.write(text);
   return exitDone;
 }
 
@@ -116,7 +170,7 @@ void addKeyNumber(CLI::App& app, int& number, bool isAllPossible) {
 
 void declareShell(VerbRegistry& verbs) {
   verbs.add(
-      {"shell", "Commands one after the other, on one library",
+      {"shell", "Run commands one after the other, on one library",
        "Keys live on between the commands: what add, import and the others hold with --hold,\n"
        "and what hold takes. Lines come from a terminal, with editing, history and\n"
        "completion, or from anything else; help tells the commands. Errors do not end it.\n\n"
@@ -137,11 +191,14 @@ void declareShellVerbs(VerbRegistry& verbs) {
                           "persistent goes with its last one.\n\nExamples:\n  hold 3\n",
                           hold}),
                line.profileId);
-  addKeyNumber(verbs.add({"release", "Let go of a key",
-                          "Says whether the modem's profile went with it.\n\nExamples:\n"
-                          "  release 1\n  release all\n",
-                          release}),
-               line.keyNumber, /*isAllPossible=*/true);
+  CLI::App& releasing =
+      verbs.add({"release", "Let go of a key",
+                 "Says whether the modem's profile went with it: the last key of a profile that\n"
+                 "the library made and that is not persistent deletes it.\n\nExamples:\n"
+                 "  release 1\n  release all --dry-run\n",
+                 release});
+  addKeyNumber(releasing, line.keyNumber, /*isAllPossible=*/true);
+  addDryRun(releasing, line.isDryRun);
   addKeyNumber(verbs.add({"listen", "Say when the profile of a key goes or changes",
                           "A line is printed then, between commands. Each key has one listener.\n\n"
                           "Examples:\n  listen 1\n",
