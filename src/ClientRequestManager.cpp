@@ -32,7 +32,8 @@ Status statusOf(bool succeeded) { return succeeded ? Status::Success : Status::F
 
 ClientRequestManager::ClientRequestManager(int subscription)
     : port(RequestPort::create()),
-      profileCache(eventManager, subscription, port->getRequestFunction()) {
+      profileCache(
+          std::make_unique<ProfileCache>(eventManager, subscription, port->getRequestFunction())) {
   LogWrapper::log(LogLevel::Debug, logTag, "pavo::ClientRequestManager: constructor");
   startThread();
   requestFd.reset(::eventfd(/*initval=*/0, EFD_NONBLOCK | EFD_CLOEXEC));
@@ -70,6 +71,13 @@ void ClientRequestManager::stop() {
   thread.join();
   // Not before the join: the worker may have its event in hand.
   requestFd.reset();
+  std::unique_ptr<ProfileCache> ended;
+  {
+    const MutexLock lock(cacheMutex);
+    ended.swap(profileCache);
+  }
+  // Here and now: a dump or a call that overlaps may hold the object for a while, and its thread
+  // has nothing to do with the listeners.
 }
 
 void ClientRequestManager::runPavoThread() {
@@ -118,7 +126,7 @@ ClientRequestManager::Response ClientRequestManager::handle(const ClientRequest&
 // A release that is refused still ends the key, and the code of its listeners may be unloaded next.
 void ClientRequestManager::forgetListeners(const CallbackRequest& request) {
   if (request.hasReleaseToken()) {
-    profileCache.clearExpiredListeners(request.getReleaseToken());
+    profileCache->clearExpiredListeners(request.getReleaseToken());
   }
 }
 
@@ -171,35 +179,35 @@ ClientRequestManager::Response ClientRequestManager::perform(const ClientRequest
 ClientRequestManager::Response ClientRequestManager::add(const AddRequest& request) {
   // Success also with an empty key: the key tells.
   return std::make_shared<AddResponse>(Status::Success,
-                                       profileCache.add(request.getAddProfileParams()));
+                                       profileCache->add(request.getAddProfileParams()));
 }
 
 ClientRequestManager::Response ClientRequestManager::modify(const ModifyRequest& request) {
   const std::shared_ptr<ProfileKey> key = ownKey(request.getModifyProfileKey());
   return std::make_shared<ModifyResponse>(
-      statusOf(key != nullptr && profileCache.modify(request.getModifyProfileParams(), key)));
+      statusOf(key != nullptr && profileCache->modify(request.getModifyProfileParams(), key)));
 }
 
 ClientRequestManager::Response ClientRequestManager::remove(const DeleteRequest& request) {
   const std::shared_ptr<ProfileKey> key = ownKey(request.getDeleteProfileKey());
-  return std::make_shared<DeleteResponse>(statusOf(key != nullptr && profileCache.remove(key)));
+  return std::make_shared<DeleteResponse>(statusOf(key != nullptr && profileCache->remove(key)));
 }
 
 ClientRequestManager::Response ClientRequestManager::filter(const FilterRequest& request) {
   const std::list<std::shared_ptr<ProfileKey>> keys =
-      profileCache.filter(request.getFilterParams());
+      profileCache->filter(request.getFilterParams());
   return std::make_shared<FilterResponse>(
       Status::Success, std::list<std::shared_ptr<IProfileKey>>(keys.begin(), keys.end()));
 }
 
 ClientRequestManager::Response ClientRequestManager::match(const MatchRequest& request) {
   const std::shared_ptr<ProfileKey> key = ownKey(request.getMatchKey());
-  const bool matches = key != nullptr && profileCache.match(request.getMatchParams(), key);
+  const bool matches = key != nullptr && profileCache->match(request.getMatchParams(), key);
   return std::make_shared<MatchResponse>(statusOf(key != nullptr), matches);
 }
 
 ClientRequestManager::Response ClientRequestManager::get(const GetRequest& request) {
-  std::optional<ProfileParams> params = profileCache.get(ownKey(request.getProfileKey()));
+  std::optional<ProfileParams> params = profileCache->get(ownKey(request.getProfileKey()));
   const Status status = statusOf(params.has_value());
   return std::make_shared<GetResponse>(status, std::move(params));
 }
@@ -207,9 +215,9 @@ ClientRequestManager::Response ClientRequestManager::get(const GetRequest& reque
 ClientRequestManager::Response ClientRequestManager::callback(const CallbackRequest& request) {
   bool succeeded = false;
   if (request.hasReleaseToken()) {
-    succeeded = profileCache.releaseProfile(request.getReleaseToken());
+    succeeded = profileCache->releaseProfile(request.getReleaseToken());
   } else if (request.hasExpirationInfo()) {
-    succeeded = profileCache.registerExpirationListener(
+    succeeded = profileCache->registerExpirationListener(
         request.getExpirationCb(), request.getExpirationKey(), request.getExpirationToken());
   }
   return std::make_shared<CallbackResponse>(statusOf(succeeded));
@@ -220,11 +228,14 @@ ClientRequestManager::Response ClientRequestManager::refresh(const RefreshReques
     refreshInProgress = true;
   } else {
     refreshInProgress = false;
-    profileCache.refresh();
+    profileCache->refresh();
   }
   return std::make_shared<RefreshResponse>(Status::Success);
 }
 
-std::vector<std::string> ClientRequestManager::dump() { return profileCache.dump(); }
+std::vector<std::string> ClientRequestManager::dump() {
+  const MutexLock lock(cacheMutex);
+  return profileCache != nullptr ? profileCache->dump() : std::vector<std::string>();
+}
 
 }  // namespace pavo

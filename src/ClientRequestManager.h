@@ -1,12 +1,13 @@
 // The worker: one thread, the event loop that it runs, and the cache that only it touches.
 //
 // States: building -> running -> stopped. Building registers with the platform before the thread
-// runs; stopping joins the thread and leaves the cache to the destructor.
+// runs; stopping joins the thread and ends the cache, however long callers hold the object after.
 #pragma once
 
 #include "ClientRequest.h"
 #include "ClientResponse.h"
 #include "EventManager.h"
+#include "Mutex.h"
 #include "ProfileCache.h"
 #include "RequestPort.h"
 #include "UniqueFd.h"
@@ -26,16 +27,16 @@ class ClientRequestManager {
   explicit ClientRequestManager(int subscription);
   ClientRequestManager(const ClientRequestManager&) = delete;
   ClientRequestManager& operator=(const ClientRequestManager&) = delete;
-  // Stops, then destroys the cache: listeners of live keys run on the calling thread.
+  // Stops, unless that was done.
   ~ClientRequestManager();
 
   // Hands one request to the worker and waits; see RequestPort::submit.
   std::shared_ptr<ClientResponse> processClientRequest(
       const std::shared_ptr<ClientRequest>& request);
 
-  // Answers all waiting and later callers empty and joins the thread. Not on the worker's thread,
-  // and on one thread only: whoever took the worker out of its Manager, and then the destructor,
-  // whose call does nothing.
+  // Answers all waiting and later callers empty, joins the thread and destroys the cache: listeners
+  // of live keys run on the calling thread. Not on the worker's thread, and on one thread only:
+  // whoever took the worker out of its Manager, and then the destructor, whose call does nothing.
   void stop();
 
   // The body of the worker thread.
@@ -44,7 +45,7 @@ class ClientRequestManager {
   // The event loop's callback of the request eventfd; arg is the ClientRequestManager.
   static void handleClientRequest(int fd, void* arg);
 
-  // The cache's dump. Any thread.
+  // The cache's dump; empty when the worker has stopped. Any thread.
   std::vector<std::string> dump();
 
  private:
@@ -72,7 +73,9 @@ class ClientRequestManager {
   std::atomic<bool> stopRequested{false};
   UniqueFd requestFd;
   EventManager eventManager;
-  ProfileCache profileCache;
+  // Its end, which the worker does not see, and a dump exclude each other.
+  Mutex cacheMutex;
+  std::unique_ptr<ProfileCache> profileCache;
   // Worker only: the modem's configuration is being replaced, profile operations are refused.
   bool refreshInProgress = false;
 };

@@ -9,9 +9,11 @@
 
 #include <algorithm>
 #include <atomic>
+#include <chrono>
 #include <csignal>
 #include <cstdint>
 #include <functional>
+#include <future>
 #include <memory>
 #include <optional>
 #include <set>
@@ -20,6 +22,7 @@
 #include <vector>
 
 #include "Aliases.h"
+#include "Deadline.h"
 #include "FakePlatformTest.h"
 #include "FdLimit.h"
 #include "LogLines.h"
@@ -523,6 +526,54 @@ TEST_F(ClientRequestManagerTest, HandleClientRequest_ReadFails_ErrorAndGoesOn) {
   EXPECT_EQ(sequenceOf(platform.calls()),
             (Sequence{line::handlingRequest, "E Error while clearing the read buffer on fd -1"}));
   EXPECT_NE(worker.processClientRequest(std::make_shared<GetRequest>(nullptr)), nullptr);
+}
+
+// A dump or a call that overlaps holds the worker for longer than its Manager does.
+TEST_F(ClientRequestManagerTest, Stop_SomebodyElseHoldsTheWorker_EndsTheCacheHere) {
+  const auto worker = std::make_shared<ClientRequestManager>(/*subscription=*/0);
+  ASSERT_TRUE(platform.waitForLog("OvixWdsProxy config register request successful!"));
+  const auto added = std::static_pointer_cast<AddResponse>(
+      worker->processClientRequest(std::make_shared<AddRequest>(AddProfileParams(true, false))));
+  const Key key = added->getAddProfileKey();
+  ASSERT_NE(key, nullptr);
+  std::thread::id listenersThread;
+  key->registerExpirationListener([&] { listenersThread = std::this_thread::get_id(); });
+  EXPECT_FALSE(worker->dump().empty());
+  worker->stop();
+  EXPECT_EQ(listenersThread, std::this_thread::get_id());
+  EXPECT_EQ(worker->dump(), std::vector<std::string>());
+  EXPECT_FALSE(platform.indicateProfileChanged(1, WDS_PROFILE_EVENT_MODIFY_V01))
+      << "a client is open";
+}
+
+// The worker is kept busy with an indication, so that the request is still there for this thread.
+TEST_F(ClientRequestManagerTest, HandleClientRequest_AnyWakeUps_AnswersTheOneRequest) {
+  const UniqueFd twice(eventfd(/*count=*/2, EFD_NONBLOCK | EFD_CLOEXEC));
+  for (const int fd : {-1, twice.get()}) {
+    SCOPED_TRACE(fd);
+    auto busy = platform.blockNext(OVIX_WDS_GET_PROFILE_SETTINGS_REQ_V01);
+    ClientRequestManager worker(/*subscription=*/0);
+    ASSERT_TRUE(platform.waitForLog("OvixWdsProxy config register request successful!"));
+    platform.indicateProfileChanged(/*profileIndex=*/1, WDS_PROFILE_EVENT_CREATE_V01);
+    ASSERT_TRUE(busy.waitUntilEntered());
+    platform.clearCalls();
+    auto answer = std::async(std::launch::async, [&worker] {
+      return worker.processClientRequest(std::make_shared<DeleteRequest>(nullptr));
+    });
+    const auto isAnswered = [&answer] {
+      return answer.wait_for(std::chrono::seconds(0)) == std::future_status::ready;
+    };
+    EXPECT_TRUE(waitUntil([&] {
+      ClientRequestManager::handleClientRequest(fd, &worker);
+      return isAnswered();
+    }));
+    const Sequence lines = sequenceOf(platform.calls());
+    EXPECT_EQ(std::count(lines.begin(), lines.end(), "I Handling " + DeleteRequest(nullptr).dump()),
+              1)
+        << testing::PrintToString(lines);
+    busy.release();
+    EXPECT_EQ(statusOf(answer.get()), Status::Failure);
+  }
 }
 
 TEST_F(ClientRequestManagerTest, HandleClientRequest_NoRequest_NoLineOfOne) {
