@@ -107,8 +107,9 @@ Manager::~Manager() {
   }
   if (RequestPort::onWorkerThread()) {
     // A listener has called exit(): the worker cannot wait for itself, and the process is ending.
-    static auto& abandoned = *new std::shared_ptr<ClientRequestManager>;
-    abandoned.swap(last);
+    // Kept for ever, each of them, because there may be several Managers.
+    static auto& abandoned = *new std::vector<Worker>;
+    abandoned.push_back(std::move(last));
     return;
   }
   // Here, although a caller who overlaps may still hold the object: the thread ends now.

@@ -25,6 +25,16 @@ class ExitTest : public SystemTest {
     EXPECT_TRUE(waitUntil([&] { return control("show")["clients"] == 0; }));
   }
 
+  // The listener runs because another client deletes the profile.
+  void endInListener(const std::string& scenario) {
+    start(scenario);
+    ASSERT_TRUE(child->waitForOutput("ready\n")) << child->errors();
+    for (const auto& [index, profile] : table()) {
+      control("delete", {{"index", index}});
+    }
+    expectEndsCleanly();
+  }
+
   std::size_t expired() {
     const std::string text = child->output();
     std::size_t count = 0;
@@ -130,14 +140,16 @@ TEST_F(ExitTest, ExitOnAnotherThread_Ends) {
   expectEndsCleanly();
 }
 
-TEST_F(ExitTest, ExitInAListener_OnTheWorkerThread_Ends) {
-  start("exit-in-listener");
-  ASSERT_TRUE(child->waitForOutput("ready\n")) << child->errors();
-  for (const auto& [index, profile] : table()) {
-    control("delete", {{"index", index}});
-  }
+TEST_F(ExitTest, ExitInAListener_OfACallInProgress_Ends) {
+  start("exit-in-listener-during-a-call");
   expectEndsCleanly();
 }
+
+TEST_F(ExitTest, ExitInAListener_TwoManagers_Ends) {
+  endInListener("exit-in-listener-of-two-managers");
+}
+
+TEST_F(ExitTest, ExitInAListener_OnTheWorkerThread_Ends) { endInListener("exit-in-listener"); }
 
 TEST_F(ExitTest, Terminate_InTheMiddle_LeavesTheModemInOrder) {
   ChildProcess& program = start("exit-in-listener");

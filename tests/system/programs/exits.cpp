@@ -200,6 +200,22 @@ void exitInListener() {
   }
 }
 
+void exitInListenerOfTwoManagers() {
+  start(globalManager);
+  exitInListener();
+}
+
+void exitInListenerDuringACall() {
+  start(globalManager);
+  start();
+  keyBeforeManager = add("ims");
+  keyBeforeManager->registerExpirationListener([] {
+    ending();
+    std::exit(EXIT_SUCCESS);
+  });
+  Manager::getInstance().deleteProfile(keyBeforeManager);
+}
+
 void manyInits() {
   for (int i = 0; i < 20; ++i) {
     Manager::getInstance().init(i, /*useAndroidLog=*/i % 2 == 0);
@@ -223,6 +239,8 @@ const std::map<std::string, void (*)()>& scenarios() {
       {"busy-callers", busyCallers},
       {"exit-on-thread", exitOnThread},
       {"exit-in-listener", exitInListener},
+      {"exit-in-listener-of-two-managers", exitInListenerOfTwoManagers},
+      {"exit-in-listener-during-a-call", exitInListenerDuringACall},
       {"many-inits", manyInits},
   };
   return all;
