@@ -24,7 +24,10 @@ struct OpenPorts {
 
   std::uint64_t add(std::shared_ptr<RequestPort> port) {
     const MutexLock lock(mutex);
-    ports.emplace(++lastNumber, std::move(port));
+    if (__builtin_add_overflow(lastNumber, 1U, &lastNumber)) {
+      std::abort();
+    }
+    ports.emplace(lastNumber, std::move(port));
     return lastNumber;
   }
 
@@ -60,7 +63,9 @@ requestFunction RequestPort::getRequestFunction() const {
 
 std::shared_ptr<ClientResponse> RequestPort::submit(const std::shared_ptr<ClientRequest>& request) {
   if (onWorkerThread()) {
-    logOnWorkerThread(putOff(request) ? "put off" : "refused", request->text().c_str());
+    // Before another thread may have it: this may be the worker of another Manager.
+    const std::string& text = request->text();
+    logOnWorkerThread(putOff(request) ? "put off" : "refused", text.c_str());
     return nullptr;
   }
   const Turn turn(turns);
