@@ -116,10 +116,11 @@ OvixWdsProxy::OvixWdsProxy(EventManager& loop, int servedSubscription)
         LogWrapper::log(LogLevel::Debug, logTag,
                         "OvixWdsProxy::no profileChangedIndCb registered!");
       }) {
-  LiveProxies::instance().add(this);
   svcUpFd = watch(handleSvcUp);
   errorFd = watch(handleError);
   indicationFd = watch(handleIndication);
+  // Now the callbacks may write to these.
+  LiveProxies::instance().add(this);
   registerOvixSvcUp();
 }
 
@@ -173,7 +174,10 @@ void OvixWdsProxy::registerOvixSvcUp() {
   // A second error without a service-up in between finds the notifier armed.
   releaseNotifier();
   clear(osParams);
-  ovix_client_notifier_init(serviceObject, &osParams, &notifier);
+  if (ovix_client_notifier_init(serviceObject, &osParams, &notifier) != OVIX_CLIENT_NO_ERROR) {
+    // Not a handle to release, whatever was left there.
+    notifier = nullptr;
+  }
   ovix_client_register_notify_cb(notifier, ovixNotifyCb, this);
 }
 

@@ -58,6 +58,8 @@ struct Behaviour {
   bool serviceObjectPresent = true;
   FakePlatform::Announcement announcement = FakePlatform::Announcement::FromPlatformThread;
   ovix_client_error_type getAnyServiceResult = 0;
+  ovix_client_error_type notifierInitResult = 0;
+  ovix_client_error_type registerNotifyCbResult = 0;
   ovix_client_error_type clientInitResult = 0;
   ovix_client_error_type registerErrorCbResult = 0;
   ovix_client_error_type decodeResult = 0;
@@ -232,6 +234,16 @@ void FakePlatform::setAnnouncement(Announcement announcement) {
 void FakePlatform::setGetAnyServiceResult(ovix_client_error_type result) {
   const std::lock_guard lock(state->mutex);
   state->behaviour.getAnyServiceResult = result;
+}
+
+void FakePlatform::setNotifierInitResult(ovix_client_error_type result) {
+  const std::lock_guard lock(state->mutex);
+  state->behaviour.notifierInitResult = result;
+}
+
+void FakePlatform::setRegisterNotifyCbResult(ovix_client_error_type result) {
+  const std::lock_guard lock(state->mutex);
+  state->behaviour.registerNotifyCbResult = result;
 }
 
 void FakePlatform::setClientInitResult(ovix_client_error_type result) {
@@ -596,17 +608,26 @@ ovix_client_error_type FakePlatform::notifierInit(ovix_service_object_type servi
   state->expectZeroed("the notifier's parameter block", osParams, sizeof *osParams);
   // The block is the library's to use; who uses it again has to clear it.
   std::memset(osParams, 0xA5, sizeof *osParams);
+  const ovix_client_error_type result = state->behaviour.notifierInitResult;
+  // Set even when it fails: a caller must not take it for a notifier then.
   *notifier = state->newHandle();
-  state->notifiers.push_back({.handle = *notifier, .serviceObject = serviceObject});
-  state->record({.kind = Kind::NotifierInit, .handle = *notifier});
-  return OVIX_CLIENT_NO_ERROR;
+  if (result == OVIX_CLIENT_NO_ERROR) {
+    state->notifiers.push_back({.handle = *notifier, .serviceObject = serviceObject});
+  }
+  state->record({.kind = Kind::NotifierInit, .handle = *notifier, .result = result});
+  return result;
 }
 
 ovix_client_error_type FakePlatform::registerNotifyCb(ovix_client_type handle,
                                                       ovix_client_notify_cb callback, void* data) {
   auto announcement = Announcement::Never;
+  ovix_client_error_type result = OVIX_CLIENT_NO_ERROR;
   {
     const std::lock_guard lock(state->mutex);
+    if (handle == nullptr) {
+      state->record({.kind = Kind::RegisterNotifyCb, .result = OVIX_CLIENT_INVALID_HANDLE});
+      return OVIX_CLIENT_INVALID_HANDLE;
+    }
     Notifier* const notifier = State::findLive(state->notifiers, handle);
     if (notifier == nullptr) {
       state->misuse("a notify callback registered on a dead notifier");
@@ -614,7 +635,8 @@ ovix_client_error_type FakePlatform::registerNotifyCb(ovix_client_type handle,
     }
     notifier->callback = callback;
     notifier->data = data;
-    state->record({.kind = Kind::RegisterNotifyCb, .handle = handle});
+    result = state->behaviour.registerNotifyCbResult;
+    state->record({.kind = Kind::RegisterNotifyCb, .handle = handle, .result = result});
     announcement = state->behaviour.announcement;
   }
   const auto announce = [this, handle, callback, data] {
@@ -626,7 +648,7 @@ ovix_client_error_type FakePlatform::registerNotifyCb(ovix_client_type handle,
   } else if (announcement == Announcement::FromPlatformThread) {
     post(announce);
   }
-  return OVIX_CLIENT_NO_ERROR;
+  return result;
 }
 
 ovix_client_error_type FakePlatform::getAnyService(ovix_service_object_type,

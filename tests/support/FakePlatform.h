@@ -166,7 +166,10 @@ class FakePlatform {
   /// false: wds_get_service_object_internal_v01 returns null.
   void setServiceObjectPresent(bool present);
   void setAnnouncement(Announcement announcement);
-  /// What these functions return; with anything but 0, the first two do nothing else.
+  /// What these functions return; with anything but 0 they do nothing else, save that the callbacks
+  /// are registered and a failed init leaves a number where its handle should be.
+  void setNotifierInitResult(ovix_client_error_type result);
+  void setRegisterNotifyCbResult(ovix_client_error_type result);
   void setGetAnyServiceResult(ovix_client_error_type result);
   void setClientInitResult(ovix_client_error_type result);
   void setRegisterErrorCbResult(ovix_client_error_type result);

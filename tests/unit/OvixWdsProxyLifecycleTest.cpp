@@ -72,6 +72,22 @@ TEST_F(OvixWdsProxyLifecycleTest, Construct_Healthy_ServiceObjectThreeHandlersNo
   EXPECT_NE(notifier().serviceObject, nullptr);
 }
 
+TEST_F(OvixWdsProxyLifecycleTest, Construct_RegistrationRefused_NoLineAndReleasedAllTheSame) {
+  platform.setRegisterNotifyCbResult(OVIX_CLIENT_INTERNAL_ERROR);
+  platform.clearCalls();
+  construct();
+  EXPECT_EQ(recorded(), Sequence({"get service object", addLine, addLine, addLine}) + arming);
+  EXPECT_EQ(platform.armedNotifierCount(), 1U);
+}
+
+// What a failed init leaves in the handle's place is neither registered with nor released.
+TEST_F(OvixWdsProxyLifecycleTest, Construct_NoNotifier_NoLineAndNothingToRelease) {
+  platform.setNotifierInitResult(OVIX_CLIENT_INTERNAL_ERROR);
+  platform.clearCalls();
+  construct();
+  EXPECT_EQ(recorded(), Sequence({"get service object", addLine, addLine, addLine}) + arming);
+}
+
 TEST_F(OvixWdsProxyLifecycleTest, Construct_NoServiceObject_ErrorAndNoNotifier) {
   platform.setServiceObjectPresent(false);
   platform.clearCalls();
