@@ -97,9 +97,8 @@ bool ModemProfile::matchApnName(const FilterProfileParams& filter) const {
   // Normalises while it compares: this runs for every profile of every filter.
   const std::size_t length = std::min(wanted->size(), apnNameBytesMax);
   return apnName->size() == length &&
-         std::equal(apnName->begin(), apnName->end(), wanted->begin(), [](char own, char other) {
-           return own == other || own == convertToLower(other);
-         });
+         std::equal(apnName->begin(), apnName->end(), wanted->begin(),
+                    [](char own, char other) { return own == convertToLower(other); });
 }
 
 bool ModemProfile::match(const FilterProfileParams& filter) const {

@@ -324,9 +324,9 @@ std::shared_ptr<IProfileKey> Util::findOrCreateProfileForEmergencyDataCall(
 }
 
 bool Util::matchLteAttachProfileId(int profileId, const ProfileParams& params) noexcept {
-  std::ostringstream input;
-  input << "Profile id = " << profileId << " Input Params = " << params.dump();
-  LogWrapper::log(LogLevel::High, logTag, "pavo matchLteAttachProfileId > %s", input.str().c_str());
+  const std::string input =
+      "Profile id = " + std::to_string(profileId) + " Input Params = " + params.dump();
+  LogWrapper::log(LogLevel::High, logTag, "pavo matchLteAttachProfileId > %s", input.c_str());
   FilterProfileParams byId;
   byId.setFilterByProfileId(profileId);
   const Key key = firstOf(manager.filter(byId));

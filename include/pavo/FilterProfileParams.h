@@ -5,7 +5,9 @@
 namespace pavo {
 
 /// A query: which profiles match. An attribute that is absent is not compared; a profile that lacks
-/// an attribute that is present here does not match.
+/// an attribute that is present here does not match. For the IP types a profile has something in
+/// their place: at home its override type, else its common type; roaming its LTE and UMTS types,
+/// which have to be alike to match anything, else its common type.
 class PAVO_API FilterProfileParams : public ProfileParams {
  public:
   /// Matches every profile.

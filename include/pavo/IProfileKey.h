@@ -10,10 +10,12 @@ namespace pavo {
 /// A caller's hold on one profile in the library's cache. Only the library makes keys.
 ///
 /// Dropping the last handle of a key releases the profile: when that was the last key of a
-/// non-persistent profile that the library created, it is deleted from the modem. Dropping a key is
-/// a call into the library: it waits its turn and then for up to one second of modem time, so do
-/// not do it under a lock that a listener also takes. On the library's worker thread (in a
-/// listener) the release is put off until the event in hand is done.
+/// non-persistent profile that the library created, it is deleted from the modem. It stays there
+/// when it was read again meanwhile (a refresh, another client's change), when the modem refuses,
+/// during a configuration refresh, and when the worker was replaced. Dropping a key is a call into
+/// the library: it waits as every operation does (see Manager) and then for up to one second of
+/// modem time, so do not do it under a lock that a listener also takes. On the library's worker
+/// thread (in a listener) the release is put off until the event in hand is done.
 ///
 /// A key may outlive the library's worker (a second Manager::init, process exit); it is then
 /// harmless and unknown.

@@ -20,10 +20,13 @@ class ClientRequestManager;
 
 /// Manages the modem's packet-data profiles.
 ///
-/// Every operation hands a request to the library's one worker thread and blocks until that has
-/// answered. Modem requests take up to one second each (then they have failed): add, modify and
-/// delete cost one, a completed refresh one and one more for each profile, filter, match and get
-/// none. Callers on several threads take turns.
+/// Every operation may be called on any thread; it hands a request to the library's one worker
+/// thread and blocks until that has answered. Modem requests take up to one second each (then they
+/// have failed): add, modify and delete cost one, a completed refresh one and one more for each
+/// profile, filter, match and get none. Callers on several threads take turns, so the wait is for
+/// those before and for what the worker has in hand too: reading a profile that the modem says has
+/// changed (one request), registering with a modem that has come back (three), or reading all
+/// profiles after its power-up (one and one for each).
 ///
 /// Failures show only as empty results and in the log: before init(), during a refresh and when the
 /// modem refuses, keys and lists are empty, flags false, values absent. Nothing throws. On the
@@ -31,40 +34,53 @@ class ClientRequestManager;
 /// and answers empty.
 class PAVO_API Manager {
  public:
-  /// The process-wide instance, made on first use and destroyed at process exit.
+  /// The process-wide instance, made on first use and destroyed at process exit. Any thread.
+  /// Whoever hosts the library calls its init(); everybody else only uses it.
   PAVO_API static Manager& getInstance() {
     static Manager& mgr = processWide();
     return mgr;
   }
 
+  /// A Manager apart from the process-wide one has a worker, a cache and a connection to the modem
+  /// of its own; the log is shared. On any Manager's worker thread all of them refuse.
   Manager();
   Manager(const Manager&) = delete;
   Manager& operator=(const Manager&) = delete;
-  /// Stops the worker, waiting for a modem request in progress.
+  /// Stops the worker, waiting for a modem request in progress. Listeners of keys that are still
+  /// held run here, on this thread; the keys' profiles stay on the modem. Writes "wake()" to
+  /// standard output, as every end of a worker does. On a worker thread (a listener has called
+  /// exit()) nothing is waited for.
   ~Manager();
 
-  /// Starts the worker, or replaces it and with it the whole cache: earlier keys are then unknown.
-  /// The cache is empty until the first refresh, asked for or brought about by the modem.
-  /// Blocks until an earlier worker has ended. Ends the process when the system has no file
-  /// descriptor or thread left.
+  /// Starts the worker, or replaces it and with it the whole cache: earlier keys are then unknown,
+  /// their listeners run on this thread, and their profiles, also those that are not persistent,
+  /// stay on the modem. The cache is empty until the first refresh, asked for or brought about by
+  /// the modem. Blocks until an earlier worker has ended. Ends the process (abort, terminate) when
+  /// the system has no file descriptor or thread left.
   /// @param subscription the subscription to serve, sent to the modem unchanged
   /// @param useAndroidLog true: log to the Android log; false: to the modem's diagnostic channel
   void init(int subscription, bool useAndroidLog) noexcept;
 
-  /// Creates a profile on the modem. Empty when the modem refused, or did not answer.
+  /// Creates a profile on the modem. Keep the key: dropping the last one of a profile that is not
+  /// persistent deletes it.
+  /// @return empty when the modem refused, or did not answer
   std::shared_ptr<IProfileKey> addProfile(const AddProfileParams& params) noexcept;
 
-  /// Brings a profile's attributes in line with params; asks the modem only for what differs.
+  /// Brings a profile's attributes in line with params; asks the modem only for what differs. The
+  /// two flags of params are not attributes and count for nothing.
   /// @return true when the key is known, also when the modem refused the change (the log tells)
   bool modifyProfile(const ModifyProfileParams& params, std::shared_ptr<IProfileKey> key) noexcept;
 
-  /// Deletes a profile from the modem, whoever else holds a key of it.
+  /// Deletes a profile from the modem, whoever else holds a key of it: those keys are then unknown,
+  /// and the profile's listeners run.
+  /// @return false when the key is unknown or the modem refused or did not answer
   bool deleteProfile(std::shared_ptr<IProfileKey> key) noexcept;
 
   /// A new key for every profile that matches, in no particular order.
   std::list<std::shared_ptr<IProfileKey>> filter(const FilterProfileParams& params) noexcept;
 
-  /// What the cache knows of a profile.
+  /// What the cache knows of a profile; the modem is not asked.
+  /// @return absent when the key is unknown, or the profile could not be read from the modem
   std::optional<ProfileParams> getProfile(std::shared_ptr<IProfileKey> key) noexcept;
 
   /// Whether the key's profile matches.
@@ -75,8 +91,10 @@ class PAVO_API Manager {
   /// earlier key is then unknown and its listeners run.
   void refresh(PDCRefreshStatus status) noexcept;
 
-  /// The cache and the recent log lines, as text. Any thread at any moment, also in a listener;
-  /// does not wait for the modem. Holds passwords in clear.
+  /// The cache and the recent log, as lines: "Cache:" with a line for each profile by its token,
+  /// "Pending:" with the indications that are expected, an empty line, "Logs:" with at most 200
+  /// lines, oldest first. Without a worker there is no cache. Any thread at any moment, also in a
+  /// listener; does not wait for the modem. Holds passwords in clear.
   std::vector<std::string> dump() noexcept;
 
  private:

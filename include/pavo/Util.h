@@ -16,10 +16,12 @@ namespace pavo {
 ///
 /// An object holds nothing but its switch and may be made and dropped at will, on any thread but
 /// the library's worker; one object is for one thread at a time. Every operation is several calls
-/// of the Manager, each of which blocks as described there; other clients may change profiles in
+/// of the Manager, each of which blocks as described there: at most one request to the modem for a
+/// call or attach, one for each profile that a list reaches. Other clients may change profiles in
 /// between. Failures show only as empty results and in the log. Nothing throws.
 class PAVO_API Util {
  public:
+  /// Makes the process-wide Manager when there is none yet.
   Util();
   Util(const Util&) = delete;
   Util& operator=(const Util&) = delete;
@@ -33,20 +35,24 @@ class PAVO_API Util {
   /// The profile for a data call: the first with the APN name and, unless updates are allowed, with
   /// the home IP type, or one whose type contains it or is contained in it; else a new
   /// non-persistent one. With updates allowed a found profile is changed to params; whether the
-  /// modem took the change is not examined.
+  /// modem took the change is not examined. A name or type that is absent is not looked at: without
+  /// both, the first of all profiles is taken. The order of the profiles is none in particular.
   /// @return empty when nothing was found and the modem did not create one
   std::shared_ptr<IProfileKey> findOrCreateProfileForSetupDataCall(
       const ProfileParams& params) noexcept;
 
   /// The profile for an emergency data call (3GPP TS 23.401, 4.3.12): one that supports emergency
-  /// calls, preferably of the APN name; else a new persistent one for emergency use. Never changes
-  /// an existing profile.
+  /// calls, preferably of the APN name; else a new persistent one of params, but with EMERGENCY as
+  /// its only APN type. Never changes an existing profile.
+  /// @return empty when nothing was found and the modem did not create one
   std::shared_ptr<IProfileKey> findOrCreateProfileForEmergencyDataCall(
       const ProfileParams& params) noexcept;
 
   /// Whether the modem's profile of that index may be used for LTE attach with params: a profile of
-  /// the modem, or the library's own one for initial attach, that matches. Unless updates are
-  /// allowed, the IP types of a modem's profile need only contain, or be contained in, the wanted.
+  /// the modem, or the library's own one for initial attach, that matches in APN name, IP types,
+  /// user name, password and authentication. Unless updates are allowed, the IP types of a modem's
+  /// profile need only contain, or be contained in, the wanted.
+  /// @return false also when there is no such profile
   bool matchLteAttachProfileId(int profileId, const ProfileParams& params) noexcept;
 
   /// The profile for LTE attach (3GPP TS 23.401, 5.3.2): an exact match, a loose match, the
