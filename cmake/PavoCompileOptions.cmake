@@ -6,6 +6,10 @@ target_compile_options(pavo_options INTERFACE
   $<$<CXX_COMPILER_ID:Clang>:-Wthread-safety>
   $<$<BOOL:${PAVO_WARNINGS_AS_ERRORS}>:-Werror>)
 
+# What is tested ends where it reads an empty optional or beyond a container.
+target_compile_definitions(pavo_options INTERFACE
+  $<$<NOT:$<CONFIG:Release>>:_GLIBCXX_ASSERTIONS>)
+
 if(PAVO_SANITIZE)
   # For the whole build: a sanitizer that sees half of a process reports what is not there.
   add_compile_options(-fsanitize=${PAVO_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)

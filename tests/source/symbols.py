@@ -68,6 +68,9 @@ def main():
     problems = difference("exported", (HERE / "exports.txt").read_text().splitlines(), exports)
     problems += [f"exported: {name} is not of pavo" for name in exports if not OURS.match(name)]
     problems += difference("needed", platform, undefined(args.library))
+    # A listener or key that outlives its code would run what is not there any more.
+    if not re.search(r"\(FLAGS_1\).*NODELETE", run("readelf", "-d", args.library)):
+        problems.append("flags: the library can be unloaded")
     problems += [f"needed: no library that libpavor.so names has {name}"
                  for name in sorted(set(platform) - defined_by_needed(args.library))]
     print("\n".join(problems))

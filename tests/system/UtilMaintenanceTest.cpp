@@ -472,6 +472,21 @@ filter None: ApnName=internet, ->
       });
 }
 
+TEST_F(UtilMaskTest, NamesThatDifferInCase_OnlyAsciiLettersCount) {
+  expectMaskCases(
+      /*isUpdateAllowed=*/true, {{.name = "the letters at both ends, and what stands beside them",
+                                  .modem = R"({"apn": "az@[`{"})",
+                                  .params = "ApnName=AZ@[`{,HomeIPType=V4,ApnTypesMask=DEFAULT|,\n"
+                                            "ApnName=az@[`{,HomeIPType=V6,ApnTypesMask=MMS|,",
+                                  .log = R"(
+D pavo processing APN name az@[`{, V4 mask:0x1, v6 mask0x2:, v4v6 mask:0x0
+filter None: ApnName=az@[`{, -> 1
+D pavo updating profile id:#1, with combined mask0x3:
+modify 1 ApnTypesMask=DEFAULT|MMS|,
+)",
+                                  .requests = R"(modify #1 {"apnTypes": 5})"}});
+}
+
 TEST_F(UtilMaskTest, SeveralNames_AreTakenUpOnceEachInTheOrderOfTheirSet) {
   const std::vector<std::string> names = {"ims", "internet", "mms", "sos", ""};
   std::string params;

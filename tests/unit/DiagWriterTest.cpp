@@ -78,6 +78,16 @@ TEST_F(DiagWriterTest, ConvertPrio_AnyLevel_MaskOfTheChannel) {
   }
 }
 
+// The channel knows five levels.
+TEST_F(DiagWriterTest, Write_LevelThatTheChannelDoesNotKnow_Nothing) {
+  class Unknown : public DiagWriter {
+    int convertPrio(LogLevel) override { return 0x20; }
+  };
+  Unknown writer;
+  writer.write(LogLevel::High, "PAVO", "message");
+  EXPECT_TRUE(platform.calls(Kind::DiagMessage).empty());
+}
+
 TEST_F(DiagWriterTest, Construct_Any_ChannelOpenForAsLongAsItExists) {
   {
     DiagWriter writer;

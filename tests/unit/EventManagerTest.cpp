@@ -253,6 +253,7 @@ TEST_F(EventManagerTest, RemoveEventHandler_RegisteredFd_ClosedOnceButStillOpen)
 
 TEST_F(EventManagerTest, RemoveEventHandler_UnknownFd_ErrorAndNoEntryLeft) {
   const int fd = own(makeEventFd());
+  EventManager::addApprovedFd(fd);
   loop.removeEventHandler(fd);
   EXPECT_EQ(logged(), (Sequence{line::removingHandler, "E Cannot remove event handler"}));
   EXPECT_EQ(calls.closes, std::vector<int>());

@@ -335,6 +335,17 @@ TEST(MatchTest, Match_OfARecord_AsTheTableSays) {
   }
 }
 
+// A record's own name is taken as it was set; the filter's is always lowered.
+TEST(MatchTest, Match_NameThatWasSetInUpperCase_FitsNoFilter) {
+  Modem3gppProfile profile{ProfileParams()};
+  profile.setApnName("IMS");
+  for (const char* name : {"IMS", "ims"}) {
+    Filter filter;
+    filter.setApnName(name);
+    EXPECT_FALSE(profile.match(filter)) << name;
+  }
+}
+
 class MatchThroughManagerTest : public RunningManagerTest {};
 
 TEST_F(MatchThroughManagerTest, FilterAndMatch_OneProfile_AsTheTableSays) {

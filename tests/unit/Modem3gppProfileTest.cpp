@@ -610,6 +610,65 @@ TEST(Modem3gppProfileRecordTest, Getters_AbsentAttributes_ReadAsZero) {
   EXPECT_EQ(profile.getProfileName(), "");
 }
 
+// One attribute set: it alone is there, with its value.
+template <auto has, auto get, auto set, typename Value>
+void expectOwnPlace(Value value) {
+  Modem3gppProfile profile{ProfileParams()};
+  const auto present = [&profile] {
+    return std::array{profile.hasApnName(),
+                      profile.hasUserName(),
+                      profile.hasPassword(),
+                      profile.hasAuthType(),
+                      profile.hasApnTypesMask(),
+                      profile.hasApnClass(),
+                      profile.hasIsClatEnabled(),
+                      profile.hasCommonIPType(),
+                      profile.hasOverrideHomeIPType(),
+                      profile.hasLteRoamIPType(),
+                      profile.hasUmtsRoamIPType(),
+                      profile.hasMaxPdnsConnPerBlock(),
+                      profile.hasMaxPdnConnTimer(),
+                      profile.hasPdnReqWaitInterval(),
+                      profile.hasIsApnDisabled(),
+                      profile.hasIsEmergencySupported(),
+                      profile.hasProfileName()};
+  };
+  const auto before = present();
+  (profile.*set)(value);
+  EXPECT_TRUE((profile.*has)());
+  EXPECT_EQ((profile.*get)(), value);
+  const auto after = present();
+  int differences = 0;
+  for (std::size_t i = 0; i < after.size(); ++i) {
+    differences += before.at(i) == after.at(i) ? 0 : 1;
+  }
+  EXPECT_EQ(differences, 1);
+}
+
+TEST(Modem3gppProfileRecordTest, Accessors_AnyAttribute_ReachTheirOwnPlace) {
+  using P = Modem3gppProfile;
+  expectOwnPlace<&P::hasApnName, &P::getApnName, &P::setApnName>(std::string("a"));
+  expectOwnPlace<&P::hasUserName, &P::getUserName, &P::setUserName>(std::string("u"));
+  expectOwnPlace<&P::hasPassword, &P::getPassword, &P::setPassword>(std::string("p"));
+  expectOwnPlace<&P::hasAuthType, &P::getAuthType, &P::setAuthType>(AuthType::CHAP);
+  expectOwnPlace<&P::hasApnTypesMask, &P::getApnTypesMask, &P::setApnTypesMask>(7ULL);
+  expectOwnPlace<&P::hasApnClass, &P::getApnClass, &P::setApnClass>(ApnClass::IMS);
+  expectOwnPlace<&P::hasIsClatEnabled, &P::getIsClatEnabled, &P::setIsClatEnabled>(true);
+  expectOwnPlace<&P::hasCommonIPType, &P::getCommonIPType, &P::setCommonIPType>(IPType::V6);
+  expectOwnPlace<&P::hasOverrideHomeIPType, &P::getOverrideHomeIPType, &P::setOverrideHomeIPType>(
+      IPType::V4);
+  expectOwnPlace<&P::hasLteRoamIPType, &P::getLteRoamIPType, &P::setLteRoamIPType>(IPType::V6);
+  expectOwnPlace<&P::hasUmtsRoamIPType, &P::getUmtsRoamIPType, &P::setUmtsRoamIPType>(IPType::V4);
+  expectOwnPlace<&P::hasMaxPdnsConnPerBlock, &P::getMaxPdnsConnPerBlock,
+                 &P::setMaxPdnsConnPerBlock>(11);
+  expectOwnPlace<&P::hasMaxPdnConnTimer, &P::getMaxPdnConnTimer, &P::setMaxPdnConnTimer>(12);
+  expectOwnPlace<&P::hasPdnReqWaitInterval, &P::getPdnReqWaitInterval, &P::setPdnReqWaitInterval>(
+      13);
+  expectOwnPlace<&P::hasIsApnDisabled, &P::getIsApnDisabled, &P::setIsApnDisabled>(true);
+  expectOwnPlace<&P::hasIsEmergencySupported, &P::getIsEmergencySupported,
+                 &P::setIsEmergencySupported>(true);
+}
+
 TEST(Modem3gppProfileRecordTest, Setters_ZeroAndEmptyValues_AreStoredAndPresent) {
   Modem3gppProfile profile{ProfileParams()};
   profile.setLteRoamIPType(IPType::UNKNOWN);

@@ -121,6 +121,20 @@ TEST_F(ProfileCacheIndicationTest, Modify_Twice_CountAndListenersDoNotPassOn) {
   EXPECT_THAT(platform.sent(), IsEmpty());
 }
 
+// As if the modem had made it: no key counts any more.
+TEST_F(ProfileCacheIndicationTest, Modify_SeveralKeys_TheirCountDoesNotPassOn) {
+  const Key first = addConfirmed("ims");
+  const Key second = keyOf(1);
+  Key third = keyOf(1);
+  indicate(1, WDS_PROFILE_EVENT_MODIFY_V01);
+  const auto token = tokenOf(third);
+  takeKeptLines();
+  third.reset();
+  EXPECT_THAT(takeKeptLines(),
+              ElementsAre("ProfileCache: releaseProfile token=" + std::to_string(token),
+                          "ProfileCache: ignoring non-persistent or non-pavo created"));
+}
+
 TEST_F(ProfileCacheIndicationTest, Modify_ReadFails_NullUnderTheSameToken) {
   const Key key = addConfirmed("ims");
   platform.failNext(0x2B);
@@ -169,7 +183,21 @@ TEST_F(ProfileCacheIndicationTest, Refresh_DuringAClientsRefresh_LoadsAndStaysRe
   EXPECT_NE(add("ims"), nullptr);
 }
 
-TEST_F(ProfileCacheIndicationTest, Pending_ByIdAndEvent_OnlyTheFirstEqualEntryGoes) {
+TEST_F(ProfileCacheIndicationTest, Pending_TwoEqualEntries_TheFirstGoes) {
+  const Key first = addConfirmed("a");
+  const Key second = addConfirmed("b");
+  ModifyProfileParams params;
+  for (const auto& [key, user] :
+       {std::pair(first, "1"), std::pair(second, "2"), std::pair(first, "3")}) {
+    params.setUserName(user);
+    manager.modifyProfile(params, key);
+  }
+  EXPECT_THAT(pending(), ElementsAre("  1 Modify", "  2 Modify", "  1 Modify"));
+  indicate(1, WDS_PROFILE_EVENT_MODIFY_V01);
+  EXPECT_THAT(pending(), ElementsAre("  2 Modify", "  1 Modify"));
+}
+
+TEST_F(ProfileCacheIndicationTest, Pending_ByIdAndEvent_NoOtherEntryGoes) {
   const Key first = add("a");
   const Key second = add("b");
   takeKeptLines();

@@ -21,6 +21,23 @@
 namespace pavo::test {
 namespace {
 
+using Profiles = std::list<ProfileParams>;
+static_assert(noexcept(std::declval<Util&>().setProfileUpdateAllowed(true)));
+static_assert(noexcept(
+    std::declval<Util&>().findOrCreateProfileForSetupDataCall(std::declval<ProfileParams&>())));
+static_assert(noexcept(
+    std::declval<Util&>().findOrCreateProfileForEmergencyDataCall(std::declval<ProfileParams&>())));
+static_assert(noexcept(
+    std::declval<Util&>().findOrCreateProfileForLteAttach(std::declval<ProfileParams&>())));
+static_assert(
+    noexcept(std::declval<Util&>().matchLteAttachProfileId(1, std::declval<ProfileParams&>())));
+static_assert(
+    noexcept(std::declval<Util&>().updateModemProfileByApnClass(std::declval<Profiles&>())));
+static_assert(noexcept(
+    std::declval<Util&>().updateModemProfileByApnClassAndTechType(std::declval<ProfileParams&>())));
+static_assert(
+    noexcept(std::declval<Util&>().updateAPNTypeBitmaskOnModemProfile(std::declval<Profiles&>())));
+
 using testing::ElementsAre;
 
 const std::string dataCall = "pavo findOrCreateProfileForSetupDataCall";

@@ -3,7 +3,13 @@
 
 #include <iostream>
 #include <string>
+#include <type_traits>
 #include <vector>
+
+// What README shows: wishes are passed as they stand.
+using pavo::ProfileParams;
+static_assert(std::is_convertible_v<const ProfileParams&, pavo::FilterProfileParams>);
+static_assert(std::is_convertible_v<const ProfileParams&, pavo::ModifyProfileParams>);
 
 int main() {
   const std::vector<std::string> dump = pavo::Manager::getInstance().dump();
