@@ -7,7 +7,7 @@ namespace pavo::test::model {
 
 namespace {
 
-constexpr std::array names = {"internet", "ims", "IMS", "Mms.Net", "sos", ""};
+constexpr std::array apnNames = {"internet", "ims", "IMS", "Mms.Net", "sos", ""};
 constexpr int unknownMessage = 0x00A9;
 constexpr int unknownIndex = 200;
 // Beyond what the library waits for an answer.
@@ -31,7 +31,7 @@ json Wishes::wish(int percent) {
     }
   };
   if (chance(percent + 30)) {
-    wish["apn"] = names.at(static_cast<std::size_t>(number(names.size())));
+    wish["apn"] = apnNames.at(static_cast<std::size_t>(number(apnNames.size())));
   }
   maybe("user", chance(50) ? "user" : "other");
   maybe("password", chance(50) ? "secret" : "");

@@ -9,13 +9,13 @@ namespace pavo::test {
 namespace {
 
 // The request's lines in the library's log.
-struct Lines {
+struct ResultLines {
   const char* message;
   const char* done;
   const char* failed;
 };
 
-constexpr Lines allLines[] = {
+constexpr ResultLines allLines[] = {
     {"bind-subscription", "OvixWdsProxy bind register request successful!",
      "Unable send bind req message"},
     {"indication-register", "OvixWdsProxy indication register request successful!",
@@ -34,9 +34,9 @@ constexpr Lines allLines[] = {
      "Unable send OVIX_WDS_GET_PROFILE_SETTINGS_REQ_V01 message"},
 };
 
-const Lines& linesOf(const std::string& message) {
+const ResultLines& resultLinesOf(const std::string& message) {
   return *std::find_if(std::begin(allLines), std::end(allLines),
-                       [&](const Lines& lines) { return lines.message == message; });
+                       [&](const ResultLines& lines) { return lines.message == message; });
 }
 
 bool isRegistration(const std::string& message) {
@@ -131,7 +131,7 @@ class RequestFaultTest : public FaultTest, public testing::WithParamInterface<Sw
   }
 
   void expectLine(const std::string& message, const FaultEffect& effect, std::size_t position) {
-    const Lines& lines = linesOf(message);
+    const ResultLines& lines = resultLinesOf(message);
     const char* expected = isTaken(effect, message) ? lines.done : lines.failed;
     EXPECT_TRUE(log.waitFor(expected, position));
   }

@@ -15,9 +15,6 @@ using testing::MatchesRegex;
 using testing::StartsWith;
 using Json = nlohmann::json;
 
-constexpr ChildProcess::Exit done{.code = 0, .signal = 0};
-constexpr ChildProcess::Exit failed{.code = 1, .signal = 0};
-
 MATCHER(IsOneLine, "") { return !arg.empty() && arg.find('\n') == arg.size() - 1; }
 
 class FaultTest : public ToolTest {

@@ -15,8 +15,6 @@ using testing::MatchesRegex;
 using testing::Not;
 using Json = nlohmann::json;
 
-constexpr ChildProcess::Exit done{.code = 0, .signal = 0};
-constexpr ChildProcess::Exit failed{.code = 1, .signal = 0};
 constexpr const char* debiansList = "/usr/share/mobile-broadband-provider-info/apns-conf.xml";
 constexpr const char* debiansProviders =
     "/usr/share/mobile-broadband-provider-info/serviceproviders.xml";

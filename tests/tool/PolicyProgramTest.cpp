@@ -12,10 +12,6 @@ using testing::HasSubstr;
 using testing::StartsWith;
 using Json = nlohmann::json;
 
-constexpr ChildProcess::Exit done{.code = 0, .signal = 0};
-constexpr ChildProcess::Exit failed{.code = 1, .signal = 0};
-constexpr ChildProcess::Exit badUsage{.code = 2, .signal = 0};
-
 // Without the numbers of profiles that the modem has yet to make.
 Json withoutNewIds(Json json, int lastId) {
   if (!json.is_structured()) {

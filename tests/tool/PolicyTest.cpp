@@ -22,16 +22,17 @@ using pavoctl::PolicyOutcome;
 using pavoctl::PolicyResult;
 using pavoctl::Secrets;
 using pavoctl::Snapshot;
-using Json = nlohmann::ordered_json;
+using OrderedJson = nlohmann::ordered_json;
 
 constexpr std::array allPolicies{Policy::setupDataCall, Policy::emergency, Policy::lteAttach,
                                  Policy::matchAttach,   Policy::apnClass,  Policy::apnTypes};
 
 // Without what only the modem decides: the numbers of new profiles, and with them their places.
-Json withoutNewIds(Json json, const Snapshot& before) {
-  const auto isNew = [&](const Json& id) {
-    return std::none_of(before.profiles.begin(), before.profiles.end(),
-                        [&](const CachedProfile& cached) { return Json(cached.profile.id) == id; });
+OrderedJson withoutNewIds(OrderedJson json, const Snapshot& before) {
+  const auto isNew = [&](const OrderedJson& id) {
+    return std::none_of(
+        before.profiles.begin(), before.profiles.end(),
+        [&](const CachedProfile& cached) { return OrderedJson(cached.profile.id) == id; });
   };
   if (!json.is_structured()) {
     return json;
@@ -51,8 +52,9 @@ Json withoutNewIds(Json json, const Snapshot& before) {
 }
 
 // The profiles, new ones by their contents alone.
-std::vector<Json> contentsOf(const std::vector<CachedProfile>& profiles, const Snapshot& before) {
-  std::vector<Json> contents;
+std::vector<OrderedJson> contentsOf(const std::vector<CachedProfile>& profiles,
+                                    const Snapshot& before) {
+  std::vector<OrderedJson> contents;
   for (const auto& cached : profiles) {
     contents.push_back(withoutNewIds(pavoctl::toJson(cached.profile, Secrets::shown), before));
   }
@@ -77,22 +79,23 @@ class PolicyTest : public LibraryTest {
     SCOPED_TRACE(textOf(call));
     const Snapshot before = session.snapshot();
     const PolicyOutcome foreseen = pavoctl::foresee(call, before, Secrets::shown);
-    PolicyResult done = pavoctl::perform(call, session, Secrets::shown);
+    PolicyResult performed = pavoctl::perform(call, session, Secrets::shown);
     const Snapshot after = session.snapshot();
-    EXPECT_EQ(withoutNewIds(foreseen.steps, before), withoutNewIds(done.outcome.steps, before));
-    EXPECT_EQ(foreseen.isCreated, done.outcome.isCreated);
-    EXPECT_EQ(foreseen.isMatching, done.outcome.isMatching);
-    EXPECT_THAT(done.outcome.refused, testing::IsEmpty());
+    EXPECT_EQ(withoutNewIds(foreseen.steps, before),
+              withoutNewIds(performed.outcome.steps, before));
+    EXPECT_EQ(foreseen.isCreated, performed.outcome.isCreated);
+    EXPECT_EQ(foreseen.isMatching, performed.outcome.isMatching);
+    EXPECT_THAT(performed.outcome.refused, testing::IsEmpty());
     EXPECT_EQ(contentsOf(foreseen.profiles, before), contentsOf(after.profiles, before));
-    EXPECT_EQ(contentsOf(done.outcome.profiles, before), contentsOf(after.profiles, before));
-    for (const auto& step : done.outcome.steps) {
+    EXPECT_EQ(contentsOf(performed.outcome.profiles, before), contentsOf(after.profiles, before));
+    for (const auto& step : performed.outcome.steps) {
       EXPECT_FALSE(step.contains("unclear")) << step;
     }
     // Without the log, too.
     pavoctl::Hindsight answers(call, before, after);
     const PolicyOutcome told = pavoctl::follow(call, before.profiles, answers, Secrets::shown);
-    EXPECT_EQ(told.steps, done.outcome.steps);
-    return done;
+    EXPECT_EQ(told.steps, performed.outcome.steps);
+    return performed;
   }
 };
 

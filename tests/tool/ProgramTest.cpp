@@ -12,10 +12,6 @@ using testing::Not;
 using testing::StartsWith;
 using Json = nlohmann::json;
 
-constexpr ChildProcess::Exit done{.code = 0, .signal = 0};
-constexpr ChildProcess::Exit failed{.code = 1, .signal = 0};
-constexpr ChildProcess::Exit badUsage{.code = 2, .signal = 0};
-
 class ProgramTest : public ToolTest {};
 
 TEST_F(ProgramTest, List_Table_MasksPasswords) {

@@ -13,10 +13,6 @@ using testing::HasSubstr;
 using testing::Not;
 using Json = nlohmann::json;
 
-constexpr ChildProcess::Exit done{.code = 0, .signal = 0};
-constexpr ChildProcess::Exit failed{.code = 1, .signal = 0};
-constexpr ChildProcess::Exit badUsage{.code = 2, .signal = 0};
-
 class ShellTest : public ToolTest {
  protected:
   ToolResult shell(const std::string& lines) { return run({"shell"}, lines); }

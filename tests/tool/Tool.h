@@ -17,6 +17,11 @@ namespace pavo::test {
 using Arguments = std::vector<std::string>;
 
 // How a run of the program ended, and what it said.
+// How the tool ends.
+inline constexpr ChildProcess::Exit done{.code = 0, .signal = 0};
+inline constexpr ChildProcess::Exit failed{.code = 1, .signal = 0};
+inline constexpr ChildProcess::Exit badUsage{.code = 2, .signal = 0};
+
 struct ToolResult {
   ChildProcess::Exit exit;
   std::string output;

@@ -13,8 +13,6 @@ using testing::HasSubstr;
 using testing::Not;
 using Json = nlohmann::json;
 
-constexpr ChildProcess::Exit done{.code = 0, .signal = 0};
-
 class WatchTest : public ToolTest {
  protected:
   std::vector<Json> events(const ChildProcess& watcher) {

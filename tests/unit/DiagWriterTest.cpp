@@ -85,7 +85,7 @@ TEST_F(DiagWriterTest, Write_LevelThatTheChannelDoesNotKnow_Nothing) {
   };
   Unknown writer;
   writer.write(LogLevel::High, "PAVO", "message");
-  EXPECT_TRUE(platform.calls(Kind::DiagMessage).empty());
+  EXPECT_TRUE(platform.calls(FakePlatform::Kind::DiagMessage).empty());
 }
 
 TEST_F(DiagWriterTest, Construct_Any_ChannelOpenForAsLongAsItExists) {

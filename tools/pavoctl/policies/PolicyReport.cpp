@@ -17,7 +17,7 @@ Json profileJson(const CachedProfile& cached, Secrets secrets) {
   return json;
 }
 
-const char* nameOf(Source source) {
+const char* sourceName(Source source) {
   switch (source) {
     case Source::foresight:
       return "foresight";
@@ -64,7 +64,7 @@ Json PolicyReport::json() const {
       wanted.push_back(toJson(params, line.secrets));
     }
     report["explanation"] =
-        Json{{"source", nameOf(outcome.source)}, {"wanted", wanted}, {"steps", outcome.steps}};
+        Json{{"source", sourceName(outcome.source)}, {"wanted", wanted}, {"steps", outcome.steps}};
   }
   return report;
 }

@@ -42,41 +42,41 @@ bool isProfileName(std::string_view value) {
   return value == "pavo_profile" || value == "pavo_profile_ia";
 }
 
-struct Attribute {
+struct FieldForm {
   std::string_view key;
   bool (*isValue)(std::string_view);
 };
 
 // What may follow a password, in the client's and in the modem's records.
-constexpr std::array attributes{
-    Attribute{"AuthType", isAuthType},
-    Attribute{"HomeIPType", isIpType},
-    Attribute{"RoamIPType", isIpType},
-    Attribute{"CommonIPType", isIpType},
-    Attribute{"ApnTypesMask", isApnTypes},
-    Attribute{"ApnClass", isApnClass},
-    Attribute{"IsClatEnabled", isFlag},
-    Attribute{"OverrideHomeIPType", isIpType},
-    Attribute{"LteRoamIP", isIpType},
-    Attribute{"UmtsRoamIP", isIpType},
-    Attribute{"MaxPdnsConnPerBlock", isDecimal},
-    Attribute{"MaxPdnConnTimer", isDecimal},
-    Attribute{"PdnReqWaitInterval", isDecimal},
-    Attribute{"IsApnDisabled", isFlag},
-    Attribute{"IsEmergencySupported", isFlag},
-    Attribute{"IsPavoProfile", isFlag},
-    Attribute{"IsIAProfile", isFlag},
-    Attribute{"ProfileName", isProfileName},
+constexpr std::array fieldForms{
+    FieldForm{"AuthType", isAuthType},
+    FieldForm{"HomeIPType", isIpType},
+    FieldForm{"RoamIPType", isIpType},
+    FieldForm{"CommonIPType", isIpType},
+    FieldForm{"ApnTypesMask", isApnTypes},
+    FieldForm{"ApnClass", isApnClass},
+    FieldForm{"IsClatEnabled", isFlag},
+    FieldForm{"OverrideHomeIPType", isIpType},
+    FieldForm{"LteRoamIP", isIpType},
+    FieldForm{"UmtsRoamIP", isIpType},
+    FieldForm{"MaxPdnsConnPerBlock", isDecimal},
+    FieldForm{"MaxPdnConnTimer", isDecimal},
+    FieldForm{"PdnReqWaitInterval", isDecimal},
+    FieldForm{"IsApnDisabled", isFlag},
+    FieldForm{"IsEmergencySupported", isFlag},
+    FieldForm{"IsPavoProfile", isFlag},
+    FieldForm{"IsIAProfile", isFlag},
+    FieldForm{"ProfileName", isProfileName},
 };
 
-std::optional<std::size_t> attributeIndex(std::string_view field) {
+std::optional<std::size_t> formIndex(std::string_view field) {
   const auto equals = field.find('=');
   if (equals == std::string_view::npos) {
     return std::nullopt;
   }
-  for (std::size_t i = 0; i < attributes.size(); ++i) {
-    if (attributes[i].key == field.substr(0, equals) &&
-        attributes[i].isValue(field.substr(equals + 1))) {
+  for (std::size_t i = 0; i < fieldForms.size(); ++i) {
+    if (fieldForms[i].key == field.substr(0, equals) &&
+        fieldForms[i].isValue(field.substr(equals + 1))) {
       return i;
     }
   }
@@ -100,7 +100,7 @@ std::string maskPassword(std::string_view line) {
     tail -= 1;
     // The first field belongs to the password in any case.
     for (auto field = fields.rbegin(); field + 1 != fields.rend(); ++field) {
-      const auto index = attributeIndex(*field);
+      const auto index = formIndex(*field);
       if (!index || !seen.insert(*index).second) {
         break;
       }

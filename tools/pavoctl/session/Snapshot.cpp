@@ -12,7 +12,7 @@ namespace {
 using pavo::IPType;
 
 // More changes than this in a row, each between two steps, are no accident.
-constexpr int attemptsMax = 20;
+constexpr int readingsMax = 20;
 constexpr std::string_view tokenKey = "token=";
 // The bits of the modem's own mask that have a counterpart among the library's types.
 constexpr std::uint64_t modemTypesKnown = 0x1FFF;
@@ -122,7 +122,7 @@ bool readDump(std::string_view text, CachedProfile& cached) {
 }
 
 Snapshot Snapshot::takeOf(pavo::Manager& manager) {
-  for (int attempt = 0; attempt < attemptsMax; ++attempt) {
+  for (int attempt = 0; attempt < readingsMax; ++attempt) {
     if (auto snapshot = take(manager)) {
       return std::move(*snapshot);
     }

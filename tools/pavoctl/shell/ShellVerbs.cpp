@@ -15,7 +15,7 @@
 namespace pavoctl {
 namespace {
 
-const char* nameOf(KeyRing::Listener listener) {
+const char* listenerName(KeyRing::Listener listener) {
   switch (listener) {
     case KeyRing::Listener::none:
       return "none";
@@ -36,7 +36,7 @@ ExitStatus listKeys(const CommandLine& line, Context& context) {
                           {"profile", entry.profileId},
                           {"text", entry.text},
                           {"isKnown", entry.isKnown},
-                          {"listener", nameOf(entry.listener)}});
+                          {"listener", listenerName(entry.listener)}});
     }
     context.output.line(dumpJson(json, /*indent=*/2));
     return exitDone;
@@ -44,7 +44,7 @@ ExitStatus listKeys(const CommandLine& line, Context& context) {
   for (const auto& entry : entries) {
     context.output.line("key " + std::to_string(entry.number) + ": profile " + entry.text +
                         (entry.isKnown ? "" : ", unknown by now") + ", listener " +
-                        nameOf(entry.listener));
+                        listenerName(entry.listener));
   }
   if (entries.empty()) {
     context.output.line("no keys");
