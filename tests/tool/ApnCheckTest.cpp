@@ -27,13 +27,13 @@ std::string apns(const std::string& attributes) {
   return "<apns>\n<apn carrier='C' mcc='001' mnc='01' " + attributes + "/>\n</apns>";
 }
 
-struct Case {
+struct CheckCase {
   std::string attributes;
   Lines findings;
 };
 
 TEST(ApnCheck, Android_EachAttribute_IsLookedAt) {
-  for (const Case& c : std::vector<Case>{
+  for (const CheckCase& c : std::vector<CheckCase>{
            {"apn='a-b_c.d' type='default,mms' protocol='IPV4V6' authtype='0' user='u' password='p' "
             "carrier_enabled='true' mtu='1500' mmsport='80' mvno_type='spn' bearer_bitmask='1|2' "
             "skip_464xlat='-1' network_type_bitmask='' max_conns='' user_visible=''",

@@ -8,25 +8,27 @@ namespace {
 using testing::HasSubstr;
 using testing::Not;
 
-struct Case {
+struct MaskedText {
   const char* line;
   const char* masked;
 };
 
 TEST(Secrets, MaskPassword_Lines_KeepWhatIsNoPassword) {
-  for (const Case& c : {
-           Case{"ApnName=ims,", "ApnName=ims,"},
-           Case{"Password=x,", "Password=********,"},
-           Case{"Password=,", "Password=********,"},
-           Case{"UserName=me,Password=x,AuthType=PAP,HomeIPType=V4,ApnTypesMask=DEFAULT|IMS|,",
-                "UserName=me,Password=********,AuthType=PAP,HomeIPType=V4,"
-                "ApnTypesMask=DEFAULT|IMS|,"},
-           Case{"Password=x,AuthType=PAP_CHAP,CommonIPType=V4V6,ApnTypesMask=17,ApnClass=7,"
-                "IsClatEnabled=1,OverrideHomeIPType=V4,LteRoamIP=V6,UmtsRoamIP=V6,"
-                "MaxPdnConnTimer=9,ProfileName=pavo_profile_ia,",
-                "Password=********,AuthType=PAP_CHAP,CommonIPType=V4V6,ApnTypesMask=17,ApnClass=7,"
-                "IsClatEnabled=1,OverrideHomeIPType=V4,LteRoamIP=V6,UmtsRoamIP=V6,"
-                "MaxPdnConnTimer=9,ProfileName=pavo_profile_ia,"},
+  for (const MaskedText& c : {
+           MaskedText{"ApnName=ims,", "ApnName=ims,"},
+           MaskedText{"Password=x,", "Password=********,"},
+           MaskedText{"Password=,", "Password=********,"},
+           MaskedText{
+               "UserName=me,Password=x,AuthType=PAP,HomeIPType=V4,ApnTypesMask=DEFAULT|IMS|,",
+               "UserName=me,Password=********,AuthType=PAP,HomeIPType=V4,"
+               "ApnTypesMask=DEFAULT|IMS|,"},
+           MaskedText{
+               "Password=x,AuthType=PAP_CHAP,CommonIPType=V4V6,ApnTypesMask=17,ApnClass=7,"
+               "IsClatEnabled=1,OverrideHomeIPType=V4,LteRoamIP=V6,UmtsRoamIP=V6,"
+               "MaxPdnConnTimer=9,ProfileName=pavo_profile_ia,",
+               "Password=********,AuthType=PAP_CHAP,CommonIPType=V4V6,ApnTypesMask=17,ApnClass=7,"
+               "IsClatEnabled=1,OverrideHomeIPType=V4,LteRoamIP=V6,UmtsRoamIP=V6,"
+               "MaxPdnConnTimer=9,ProfileName=pavo_profile_ia,"},
        }) {
     EXPECT_EQ(maskPassword(c.line), c.masked) << c.line;
   }
