@@ -29,8 +29,7 @@ class ClientLink {
   // Tells the people in one line what is not as it should be.
   virtual void complain(const std::string& line) = 0;
 
- protected:
-  ~ClientLink() = default;
+  virtual ~ClientLink() = default;
 };
 
 enum class Ender { Client, Modem };
@@ -45,8 +44,7 @@ class ClientHandler {
   // The payload of a control request; the payload of its response.
   virtual nlohmann::json onControl(std::string_view request) = 0;
 
- protected:
-  ~ClientHandler() = default;
+  virtual ~ClientHandler() = default;
 };
 
 }  // namespace modem

@@ -19,6 +19,10 @@ struct Entry {
   Profile profile;
 };
 
+JsonError unknownMember(const std::string& place, const std::string& name) {
+  return JsonError(place + " has the unknown member \"" + name + "\"");
+}
+
 Entry readEntry(const json& object, const std::string& place, size_t capacity) {
   if (!object.is_object()) {
     throw JsonError(place + " has to be an object");
@@ -32,7 +36,7 @@ Entry readEntry(const json& object, const std::string& place, size_t capacity) {
       }
       entry.index = static_cast<uint8_t>(index);
     } else if (!isSettingName(name)) {
-      throw JsonError(place + " has the unknown member \"" + name + "\"");
+      throw unknownMember(place, name);
     }
   }
   try {

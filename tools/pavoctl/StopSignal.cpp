@@ -66,7 +66,7 @@ bool StopSignal::waitFor(int wakeFd, int timeoutMs) const {
 
 bool StopSignal::hasCome() const { return waitFor(/*wakeFd=*/-1, /*timeoutMs=*/0); }
 
-int StopSignal::take() {
+int StopSignal::take() const {
   signalfd_siginfo info;
   return ::read(signalFd, &info, sizeof info) == sizeof info ? static_cast<int>(info.ssi_signo) : 0;
 }

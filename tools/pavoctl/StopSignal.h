@@ -26,7 +26,7 @@ class StopSignal {
   // Whether a signal came. It stays so until take() has it.
   bool hasCome() const;
   // The signal, which counts as gone from then on; 0 when none came.
-  int take();
+  int take() const;
 
   // Readable when a signal came.
   int fd() const { return signalFd; }

@@ -56,7 +56,7 @@ Json usageOf(const Snapshot& snapshot, const std::map<int, int>& keys,
   if (capacity) {
     Json free = Json::array();
     for (int id = 1; id <= *capacity; ++id) {
-      if (slots.count(id) == 0) {
+      if (!slots.contains(id)) {
         free.push_back(id);
       }
     }

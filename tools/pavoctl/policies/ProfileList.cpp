@@ -59,7 +59,7 @@ std::list<pavo::ProfileParams> readProfileList(const std::string& path) {
   if (!json.is_array()) {
     throw UsageError(
         name + ": " +
-        (json.is_discarded() ? "not JSON" : "not a list, as in [{\"apnName\": \"internet\"}]"));
+        (json.is_discarded() ? "not JSON" : R"(not a list, as in [{"apnName": "internet"}])"));
   }
   std::list<pavo::ProfileParams> profiles;
   for (const auto& element : json) {
