@@ -17,12 +17,12 @@ ModemProcessOptions ownProfiles() {
 }
 
 // Where the tool gives up on the library it ends without joining threads, on purpose: a race
-// detector would call them leaks.
+// detector would call them leaks. It would also hold up the end of each process for a second.
 std::vector<std::string> environmentOf(const std::string& modemSocket) {
   const char* options = std::getenv("TSAN_OPTIONS");
-  return {
-      "OVIX_MODEM=" + modemSocket,
-      "TSAN_OPTIONS=" + std::string(options != nullptr ? options : "") + ":report_thread_leaks=0"};
+  return {"OVIX_MODEM=" + modemSocket,
+          "TSAN_OPTIONS=" + std::string(options != nullptr ? options : "") +
+              ":report_thread_leaks=0:atexit_sleep_ms=50"};
 }
 
 }  // namespace
