@@ -13,7 +13,7 @@ namespace {
 constexpr int seeds = rounds(200);
 constexpr int tests = 10;
 constexpr std::size_t stepsPerSeed = 300;
-constexpr int waitingPercentOfTests = 2;
+constexpr int waitingPercent = 2;
 
 class ModelTest : public testing::TestWithParam<int> {};
 
@@ -21,7 +21,7 @@ TEST_P(ModelTest, RandomSteps_AnySeed_LibraryAndModemAreAsTheModelSays) {
   Counts counts;
   for (int seed = GetParam(); seed < seeds; seed += tests) {
     const std::string difference =
-        check(static_cast<std::uint64_t>(seed), stepsPerSeed, waitingPercentOfTests, counts);
+        check(static_cast<std::uint64_t>(seed), stepsPerSeed, waitingPercent, counts);
     ASSERT_EQ(difference, "");
   }
   std::cout << "model: " << textOf(counts) << "\n";
