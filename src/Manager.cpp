@@ -112,7 +112,7 @@ Manager::~Manager() {
     abandoned.push_back(std::move(last));
     return;
   }
-  // Here, although a caller who overlaps may still hold the object: the thread ends now.
+  // Here, although a caller who overlaps may still hold the object: thread and cache end now.
   last->stop();
 }
 

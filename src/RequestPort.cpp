@@ -4,6 +4,7 @@
 #include "WakeFd.h"
 
 #include <cerrno>
+#include <cstdlib>
 #include <map>
 #include <utility>
 
