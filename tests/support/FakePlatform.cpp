@@ -103,6 +103,12 @@ struct FakePlatform::State {
   // A forked process has none of its parent's threads and starts its own.
   pid_t postedThreadOwner = 0;
 
+  template <typename Value>
+  void set(Value Behaviour::*member, Value value) {
+    const std::lock_guard lock(mutex);
+    behaviour.*member = value;
+  }
+
   void change() {
     ++version;
     changed.notify_all();
@@ -222,48 +228,39 @@ void FakePlatform::reset() {
 }
 
 void FakePlatform::setServiceObjectPresent(bool present) {
-  const std::lock_guard lock(state->mutex);
-  state->behaviour.serviceObjectPresent = present;
+  state->set(&Behaviour::serviceObjectPresent, present);
 }
 
 void FakePlatform::setAnnouncement(Announcement announcement) {
-  const std::lock_guard lock(state->mutex);
-  state->behaviour.announcement = announcement;
+  state->set(&Behaviour::announcement, announcement);
 }
 
 void FakePlatform::setGetAnyServiceResult(ovix_client_error_type result) {
-  const std::lock_guard lock(state->mutex);
-  state->behaviour.getAnyServiceResult = result;
+  state->set(&Behaviour::getAnyServiceResult, result);
 }
 
 void FakePlatform::setNotifierInitResult(ovix_client_error_type result) {
-  const std::lock_guard lock(state->mutex);
-  state->behaviour.notifierInitResult = result;
+  state->set(&Behaviour::notifierInitResult, result);
 }
 
 void FakePlatform::setRegisterNotifyCbResult(ovix_client_error_type result) {
-  const std::lock_guard lock(state->mutex);
-  state->behaviour.registerNotifyCbResult = result;
+  state->set(&Behaviour::registerNotifyCbResult, result);
 }
 
 void FakePlatform::setClientInitResult(ovix_client_error_type result) {
-  const std::lock_guard lock(state->mutex);
-  state->behaviour.clientInitResult = result;
+  state->set(&Behaviour::clientInitResult, result);
 }
 
 void FakePlatform::setRegisterErrorCbResult(ovix_client_error_type result) {
-  const std::lock_guard lock(state->mutex);
-  state->behaviour.registerErrorCbResult = result;
+  state->set(&Behaviour::registerErrorCbResult, result);
 }
 
 void FakePlatform::setDecodeResult(ovix_client_error_type result) {
-  const std::lock_guard lock(state->mutex);
-  state->behaviour.decodeResult = result;
+  state->set(&Behaviour::decodeResult, result);
 }
 
 void FakePlatform::setEmitsIndications(bool emits) {
-  const std::lock_guard lock(state->mutex);
-  state->behaviour.emitsIndications = emits;
+  state->set(&Behaviour::emitsIndications, emits);
 }
 
 void FakePlatform::onNext(unsigned int msgId, ModemHandler handler) {
