@@ -106,10 +106,16 @@ void Session::resume(const Options& wanted) {
 
 void Session::readAll() {
   const Patience patience = waiting();
-  const auto deadline = std::chrono::steady_clock::now() + options.timeout;
+  readAll(Manager::getInstance(), options.timeout, noAnswerText(options.timeout));
+}
+
+void Session::readAll(Manager& manager, std::chrono::milliseconds timeout,
+                      const std::string& lateText) {
+  const auto deadline = std::chrono::steady_clock::now() + timeout;
   auto pollInterval = pollIntervalFirst;
   while (true) {
-    Manager::getInstance().refresh(pavo::PDC_REFRESH_COMPLETED);
+    manager.refresh(pavo::PDC_REFRESH_COMPLETED);
+    // All instances write one log.
     const Dump now = dump();
     // Without a modem the library reads nothing and logs nothing about it. When the log no longer
     // shows where the refresh began, it has overflowed: only a long list of profiles does that.
@@ -118,7 +124,7 @@ void Session::readAll() {
       return;
     }
     if (std::chrono::steady_clock::now() >= deadline) {
-      throw NoAnswer(noAnswerText(options.timeout));
+      throw NoAnswer(lateText);
     }
     std::this_thread::sleep_for(pollInterval);
     pollInterval = std::min(2 * pollInterval, pollIntervalMax);

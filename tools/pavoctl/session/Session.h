@@ -57,6 +57,9 @@ class Session {
 
   // Has the library read all profiles from the modem, again and again until it could.
   void readAll();
+  // The same for any instance of the library; throws NoAnswer with that text when time is over.
+  static void readAll(pavo::Manager& manager, std::chrono::milliseconds timeout,
+                      const std::string& lateText);
   // The same as a modem configuration refresh that starts and completes.
   void refresh();
 
