@@ -1,8 +1,10 @@
 #include <cerrno>
 #include <cstring>
+#include <optional>
 #include <utility>
 
 #include "Commands.h"
+#include "FileLock.h"
 #include "LocalSocket.h"
 #include "ProfileFile.h"
 #include "RunningServer.h"
@@ -42,7 +44,9 @@ int serve(const ServeArguments& arguments) {
   Service::Options options = optionsFrom(arguments);
   // The socket first: a modem that is refused it must not touch the files of the one that has it.
   const ListeningSocket listener(arguments.socketPath);
+  std::optional<FileLock> storeLock;
   if (!arguments.storePath.empty()) {
+    storeLock.emplace(arguments.storePath);
     options.modem.store = std::make_unique<Store>(arguments.storePath, arguments.capacity);
   }
   if (!arguments.tracePath.empty()) {

@@ -128,6 +128,25 @@ TEST_F(ProcessTest, Start_BadStore_IsRefusedAndKept) {
   EXPECT_FALSE(std::filesystem::exists(socketPath()));
 }
 
+TEST_F(ProcessTest, Start_StoreOfALiveModem_IsRefusedUntilThatOneIsGone) {
+  ChildProcess first(command({"--store", folder.file("store")}));
+  ASSERT_TRUE(isReady(first));
+  const Words second = {PAVO_MODEM_PROGRAM, "--socket", folder.file("second"), "--store",
+                        folder.file("store")};
+  EXPECT_THAT(complaintOf(second, 1),
+              AllOf(HasSubstr(folder.file("store")), HasSubstr("another modem uses it")));
+  EXPECT_FALSE(std::filesystem::exists(folder.file("second")));
+  first.sendSignal(SIGKILL);
+  ASSERT_EQ(first.waitForExit(), (Exit{-1, SIGKILL}));
+  ChildProcess next(second);
+  EXPECT_TRUE(next.waitForOutput("pavo-modem: listening on " + folder.file("second") + "\n"));
+}
+
+TEST_F(ProcessTest, Start_StoreInNoFolder_IsRefused) {
+  EXPECT_THAT(complaintOf(command({"--store", folder.file("none/store")}), 1),
+              AllOf(HasSubstr("none/store.lock"), HasSubstr("No such file")));
+}
+
 TEST_F(ProcessTest, Start_BadUsage_Exits2) {
   complaintOf(command({"--capacity", "256"}), 2);
   complaintOf(command({"--nonsense"}), 2);
