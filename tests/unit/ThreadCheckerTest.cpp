@@ -1,0 +1,29 @@
+#include "ThreadChecker.h"
+
+#include <gtest/gtest.h>
+
+#include <thread>
+
+namespace pavo::test {
+namespace {
+
+TEST(ThreadCheckerTest, Check_OnOneThreadOtherThanTheBuilders_IsContent) {
+  ThreadChecker checker;
+  std::thread([&] {
+    checker.check();
+    checker.check();
+  }).join();
+}
+
+#ifndef NDEBUG
+TEST(ThreadCheckerTest, Check_OnASecondThread_EndsTheProcess) {
+  // A child with this process's other threads missing would not do.
+  GTEST_FLAG_SET(death_test_style, "threadsafe");
+  ThreadChecker checker;
+  checker.check();
+  EXPECT_DEATH(std::thread([&] { checker.check(); }).join(), "get_id");
+}
+#endif
+
+}  // namespace
+}  // namespace pavo::test
