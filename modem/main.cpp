@@ -66,6 +66,7 @@ int main(int argc, char** argv) {
   bool printReady = false;
   CLI::App app("An emulated modem that serves packet-data profiles on a Unix socket.",
                "pavo-modem");
+  app.set_version_flag("--version", "pavo-modem " PAVO_VERSION, "Print the version");
   describeServe(app, serving, printReady);
   CLI::App* replay = describeReplay(app, replaying, printReady);
   CLI::App* ctl = describeControl(app, controlling);

@@ -318,6 +318,12 @@ TEST(ProgramWithoutModem, BadUsage_AnyKind_IsOneLineAndStatus2) {
   }
 }
 
+TEST(ProgramWithoutModem, Version_Option_IsOneLine) {
+  const ToolResult result = runTool("/nonexistent", {"--version"});
+  EXPECT_EQ(result.exit, done) << result;
+  EXPECT_THAT(result.output, testing::MatchesRegex("pavoctl [0-9]+\\.[0-9]+\\.[0-9]+\n"));
+}
+
 TEST(ProgramWithoutModem, Help_AnyVerb_IsOutputAndStatus0) {
   for (const Arguments& arguments : std::vector<Arguments>{{"--help"}, {"watch", "--help"}}) {
     const ToolResult result = runTool("/nonexistent", arguments);

@@ -18,6 +18,7 @@ void addGlobals(CLI::App& app, CommandLine& line) {
   // At most one. That there is one is checked last, so that a misspelt one is named.
   app.require_subcommand(0, 1);
   app.set_help_all_flag("--help-all", "The help of every command");
+  app.set_version_flag("--version", "pavoctl " PAVO_VERSION, "Print the version");
   addValue(app, "--subscription", "N", "Subscription to serve (1)", [&line](const auto& value) {
     line.session.subscription = static_cast<int>(
         parseNumber("--subscription", value, std::numeric_limits<std::int32_t>::min(),
