@@ -588,6 +588,10 @@ bool FakePlatform::waitForLog(std::string_view message, std::size_t atLeast) {
   });
 }
 
+bool FakePlatform::waitForStart() {
+  return waitForLog("OvixWdsProxy config register request successful!");
+}
+
 bool FakePlatform::waitForRegistration(std::size_t atLeast) {
   return waitForSent(OVIX_WDS_CONFIGURE_PROFILE_EVENT_LIST_REQ_V01, atLeast);
 }

@@ -262,6 +262,8 @@ class FakePlatform {
   bool waitForCalls(Kind kind, std::size_t atLeast = 1);
   /// A log line with exactly this message.
   bool waitForLog(std::string_view message, std::size_t atLeast = 1);
+  /// The worker has said the last word of its start: that it is registered.
+  bool waitForStart();
   /// The library has opened a client and its three registration requests have been answered.
   bool waitForRegistration(std::size_t atLeast = 1);
 

@@ -41,7 +41,7 @@ class KeyLifetimeTest : public FakePlatformTest {
   KeyLifetimeTest() {
     manager.emplace();
     manager->init(/*subscription=*/0, /*useAndroidLog=*/true);
-    EXPECT_TRUE(platform.waitForLog("OvixWdsProxy config register request successful!"));
+    EXPECT_TRUE(platform.waitForStart());
     platform.clearCalls();
   }
 
@@ -223,7 +223,7 @@ TEST(KeyLifetimeDeathTest, Drop_AfterTheProcessWideManager_ExitEnds) {
   EXPECT_EXIT(
       {
         static Key held;
-        alarm(30);
+        alarm(120);
         Manager& manager = Manager::getInstance();
         manager.init(/*subscription=*/0, /*useAndroidLog=*/true);
         FakePlatform::instance().waitForRegistration();
@@ -236,7 +236,7 @@ TEST(KeyLifetimeDeathTest, Drop_AfterTheProcessWideManager_ExitEnds) {
 TEST(KeyLifetimeDeathTest, Listener_EndsTheProcess_ExitEnds) {
   EXPECT_EXIT(
       {
-        alarm(30);
+        alarm(120);
         Manager& manager = Manager::getInstance();
         manager.init(/*subscription=*/0, /*useAndroidLog=*/true);
         FakePlatform::instance().waitForRegistration();

@@ -36,7 +36,7 @@ class ManagerLifetimeTest : public RunningManagerTest {
   void initAgain() {
     platform.clearCalls();
     manager.init(/*subscription=*/1, /*useAndroidLog=*/true);
-    ASSERT_TRUE(platform.waitForRegistration());
+    ASSERT_TRUE(platform.waitForStart());
     captureLog();
   }
 

@@ -38,10 +38,11 @@ using testing::IsEmpty;
 // A Manager before init.
 class ManagerTest : public FakePlatformTest {
  protected:
-  ManagerTest() { forgetEarlierTests(); }
+  ManagerTest() { forgetManagers(); }
+  ~ManagerTest() override { forgetManagers(); }
 
-  // An earlier Manager has left its writer, whose end is a call into the platform.
-  void forgetEarlierTests() {
+  // A Manager leaves its writer, whose end is a call into the platform.
+  void forgetManagers() {
     LogWrapper::getInstance().setLogWriter(nullptr);
     platform.reset();
   }
@@ -141,7 +142,7 @@ TEST_F(ManagerTest, Dump_AfterInit_CacheThenKeptLinesOldestFirst) {
 TEST_F(ManagerTest, Init_AnySubscription_FirstLineAndBindRequest) {
   for (const int subscription : {0, 1, -1, INT_MAX, INT_MIN}) {
     SCOPED_TRACE(subscription);
-    forgetEarlierTests();
+    forgetManagers();
     {
       Manager manager;
       manager.init(subscription, /*useAndroidLog=*/true);
@@ -196,7 +197,7 @@ TEST_F(RunningManagerOperationsTest, Operations_InThePlainLog_SendBetweenTheTrac
   // Its lines go to the platform, so that one record tells the order of lines and requests.
   manager.init(/*subscription=*/0, /*useAndroidLog=*/true);
   ASSERT_TRUE(platform.waitForRegistration());
-  ASSERT_TRUE(platform.waitForLog("OvixWdsProxy config register request successful!"));
+  ASSERT_TRUE(platform.waitForStart());
   const auto record = [&](const std::function<void()>& operation) {
     platform.clearCalls();
     operation();
@@ -320,8 +321,7 @@ int requestEventFd() {
 [[noreturn]] void runWithoutWakeFd(const ManagerOperation& operation) {
   Manager& manager = Manager::getInstance();
   manager.init(/*subscription=*/0, /*useAndroidLog=*/true);
-  const bool isUp =
-      FakePlatform::instance().waitForLog("OvixWdsProxy config register request successful!");
+  const bool isUp = FakePlatform::instance().waitForStart();
   const CapturingLogWriter log;
   close(requestEventFd());
   const bool isEmpty = operation.isEmptyAnswer(manager, nullptr);

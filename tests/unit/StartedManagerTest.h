@@ -21,7 +21,7 @@ class StartedManagerTest : public FakePlatformTest {
       : owner(std::move(theManager)), manager(*owner) {
     manager.init(/*subscription=*/0, /*useAndroidLog=*/true);
     // The last line of the registration, after which the worker has nothing to do.
-    EXPECT_TRUE(platform.waitForLog("OvixWdsProxy config register request successful!"));
+    EXPECT_TRUE(platform.waitForStart());
     platform.clearCalls();
   }
 

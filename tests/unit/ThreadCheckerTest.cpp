@@ -17,8 +17,6 @@ TEST(ThreadCheckerTest, Check_OnOneThreadOtherThanTheBuilders_IsContent) {
 
 #ifndef NDEBUG
 TEST(ThreadCheckerTest, Check_OnASecondThread_EndsTheProcess) {
-  // A child with this process's other threads missing would not do.
-  GTEST_FLAG_SET(death_test_style, "threadsafe");
   ThreadChecker checker;
   checker.check();
   EXPECT_DEATH(std::thread([&] { checker.check(); }).join(), "get_id");
