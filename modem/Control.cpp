@@ -42,7 +42,7 @@ uint8_t indexOf(const json& args) {
 // Collects elements until the frame is full; then says where to go on.
 class PagedList {
  public:
-  PagedList(json& wholeReply, std::string listName) : reply(wholeReply), name(listName) {
+  PagedList(json& wholeReply, std::string listName) : reply(wholeReply), name(std::move(listName)) {
     reply[name] = json::array();
   }
 

@@ -37,7 +37,7 @@ Server& embeddedServer() {
     auto fresh = std::make_unique<Server>(Server::Options{});
     auto service = std::make_unique<Service>(Service::Options{}, *fresh);
     startServing(*fresh, *service);
-    service.release();
+    static_cast<void>(service.release());
     return *fresh.release();
   }();
   return server;

@@ -150,6 +150,7 @@ void Service::losePowerAround(ClientNumber client, const Frame& request, const L
 
 std::vector<Outgoing> Service::underFaults(const std::vector<Indication>& indications) {
   std::vector<Outgoing> told;
+  told.reserve(indications.size());
   for (const Indication& indication : indications) {
     told.push_back({indication.client,
                     {FrameKind::Indication, profileChanged, /*transaction=*/0, indication.payload},

@@ -27,7 +27,7 @@ Session& Context::session(const Session::Options& options) {
   return *running;
 }
 
-void Context::keepKey(Key key, bool isJson) {
+void Context::keepKey(Key key, bool isJson) const {
   const int profile = key->getProfileId();
   const int number = keys->keep(std::move(key));
   output.line(isJson

@@ -28,7 +28,7 @@ class Context {
   Session& session(const Session::Options& options);
 
   // A key that a verb is to hold goes to the shell, when there is one. Says its number there.
-  void keepKey(Key key, bool isJson);
+  void keepKey(Key key, bool isJson) const;
 
   Output& output;
   KeyRing* keys = nullptr;  // The shell's.

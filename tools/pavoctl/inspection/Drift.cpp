@@ -102,7 +102,7 @@ Drift compare(const Snapshot& cache, const Snapshot& modem, Secrets secrets) {
     }
   }
   for (const auto& [id, profile] : onModem) {
-    if (count.count(id) == 0) {
+    if (!count.contains(id)) {
       byId[id] = entry(*profile, "unknown");
     }
   }

@@ -191,7 +191,7 @@ bool Watch::collect(SeenById& now) {
 
 void Watch::compare(const SeenById& now) {
   for (const auto& [id, before] : seen) {
-    if (now.count(id) == 0) {
+    if (!now.contains(id)) {
       const Json profile = toJson(before.profile, secrets);
       print(Json{{"event", "deleted"}, {"id", id}, {"before", profile}},
             "profile " + std::to_string(id) +

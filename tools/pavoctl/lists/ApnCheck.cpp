@@ -153,7 +153,7 @@ class EntryCheck {
     std::vector<std::string> parts;
     for (const auto& [name, value] : entry.attributes) {
       if (name != "carrier" && !value.empty()) {
-        parts.push_back(name + '\t' + value);
+        parts.push_back(std::string(name).append(1, '\t').append(value));
       }
     }
     std::sort(parts.begin(), parts.end());

@@ -83,7 +83,7 @@ pavo::ProfileParams withIPTypes(const pavo::ProfileParams& params, const CachedP
   if (cached.lteRoamIPType && cached.lteRoamIPType == cached.umtsRoamIPType) {
     result.setRoamIPType(*cached.lteRoamIPType);
   }
-  return pavo::ProfileParams(result);
+  return static_cast<const pavo::ProfileParams&>(result);
 }
 
 }  // namespace
@@ -121,7 +121,7 @@ CachedProfile created(const pavo::AddProfileParams& params) {
   marks.setFilterByIsIAProfile(params.getIsIAProfile());
   copyPresent(asStored(params), marks);
   CachedProfile profile;
-  profile.profile.params = marks;
+  profile.profile.params = static_cast<const pavo::ProfileParams&>(marks);
   changeIPTypes(profile, params);
   profile.profile.params = withIPTypes(profile.profile.params, profile);
   return profile;

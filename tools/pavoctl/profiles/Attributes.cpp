@@ -168,7 +168,7 @@ void setFromText(ProfileParams& params, std::string_view text) {
 
 ProfileParams profileFromJson(const Json& json) {
   if (!json.is_object()) {
-    throw UsageError("a profile is an object, as in {\"apnName\": \"internet\"}");
+    throw UsageError(R"(a profile is an object, as in {"apnName": "internet"})");
   }
   ProfileParams params;
   for (const auto& [key, value] : json.items()) {

@@ -104,7 +104,7 @@ void Session::resume(const Options& wanted) {
   }
 }
 
-void Session::readAll() {
+void Session::readAll() const {
   const Patience patience = waiting();
   readAll(Manager::getInstance(), options.timeout, noAnswerText(options.timeout));
 }
@@ -131,13 +131,13 @@ void Session::readAll(Manager& manager, std::chrono::milliseconds timeout,
   }
 }
 
-void Session::refresh() {
+void Session::refresh() const {
   const Patience patience = waiting();
   Manager::getInstance().refresh(pavo::PDC_REFRESH_STARTED);
   readAll();
 }
 
-Session::Listing Session::list(const pavo::FilterProfileParams& filter) {
+Session::Listing Session::list(const pavo::FilterProfileParams& filter) const {
   const Patience patience = waiting();
   for (int attempt = 0; attempt < attemptsMax; ++attempt) {
     if (dump().hasLostList()) {
@@ -164,7 +164,7 @@ Session::Listing Session::list(const pavo::FilterProfileParams& filter) {
   throw Failure("the modem's profiles keep changing, no listing could be made");
 }
 
-Snapshot Session::snapshot() {
+Snapshot Session::snapshot() const {
   const Patience patience = waiting();
   if (dump().hasLostList()) {
     readAll();
@@ -172,7 +172,7 @@ Snapshot Session::snapshot() {
   return Snapshot::takeOf(Manager::getInstance());
 }
 
-Key Session::keyOf(int id) {
+Key Session::keyOf(int id) const {
   const Patience patience = waiting();
   if (dump().hasLostList()) {
     readAll();
@@ -190,8 +190,8 @@ Key Session::keyOf(int id) {
                 (isUnsure ? ", or it is one that could not be read from the modem" : ""));
 }
 
-std::vector<std::string> Session::onProfile(int id, const std::string& entry,
-                                            const std::function<void(const Key&)>& operation) {
+std::vector<std::string> Session::onProfile(
+    int id, const std::string& entry, const std::function<void(const Key&)>& operation) const {
   for (int attempt = 0; attempt < attemptsMax; ++attempt) {
     const Key key = keyOf(id);
     operation(key);
@@ -204,7 +204,7 @@ std::vector<std::string> Session::onProfile(int id, const std::string& entry,
   throw Failure("profile " + std::to_string(id) + " keeps changing");
 }
 
-Profile Session::get(int id) {
+Profile Session::get(int id) const {
   const Patience patience = waiting();
   std::optional<pavo::ProfileParams> params;
   onProfile(id, "Manager::getProfile > ",
@@ -215,7 +215,7 @@ Profile Session::get(int id) {
   return {id, std::move(*params)};
 }
 
-Session::Added Session::add(const pavo::AddProfileParams& params) {
+Session::Added Session::add(const pavo::AddProfileParams& params) const {
   Key key;
   {
     const Change change("the new profile", "it may have created the profile", options.timeout);
@@ -231,7 +231,7 @@ Session::Added Session::add(const pavo::AddProfileParams& params) {
   return {getAfter("created", id), std::move(key)};
 }
 
-Session::Modified Session::modify(int id, const pavo::ModifyProfileParams& params) {
+Session::Modified Session::modify(int id, const pavo::ModifyProfileParams& params) const {
   std::vector<std::string> messages;
   {
     const std::string name = "profile " + std::to_string(id);
@@ -249,7 +249,7 @@ Session::Modified Session::modify(int id, const pavo::ModifyProfileParams& param
   return {isChanged ? getAfter("changed", id) : get(id), isChanged};
 }
 
-Profile Session::getAfter(const std::string& what, int id) {
+Profile Session::getAfter(const std::string& what, int id) const {
   try {
     return get(id);
   } catch (const Failure& failure) {
@@ -258,7 +258,7 @@ Profile Session::getAfter(const std::string& what, int id) {
   }
 }
 
-void Session::remove(int id) {
+void Session::remove(int id) const {
   const std::string name = "profile " + std::to_string(id);
   const Change change("to delete " + name, "it may have deleted the profile", options.timeout);
   bool isDeleted = false;

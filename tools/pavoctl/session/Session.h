@@ -56,19 +56,19 @@ class Session {
   void resume(const Options& wanted);
 
   // Has the library read all profiles from the modem, again and again until it could.
-  void readAll();
+  void readAll() const;
   // The same for any instance of the library; throws NoAnswer with that text when time is over.
   static void readAll(pavo::Manager& manager, std::chrono::milliseconds timeout,
                       const std::string& lateText);
   // The same as a modem configuration refresh that starts and completes.
-  void refresh();
+  void refresh() const;
 
-  Listing list(const pavo::FilterProfileParams& filter);
-  Snapshot snapshot();
-  Profile get(int id);
-  Added add(const pavo::AddProfileParams& params);
-  Modified modify(int id, const pavo::ModifyProfileParams& params);
-  void remove(int id);
+  Listing list(const pavo::FilterProfileParams& filter) const;
+  Snapshot snapshot() const;
+  Profile get(int id) const;
+  Added add(const pavo::AddProfileParams& params) const;
+  Modified modify(int id, const pavo::ModifyProfileParams& params) const;
+  void remove(int id) const;
   // What became of the modem's profile when a key was dropped.
   enum class Release {
     deleted,  // It was the last key of a profile that the library had made.
@@ -77,7 +77,7 @@ class Session {
   };
   static Release release(Key key);
   // A key of the profile.
-  Key keyOf(int id);
+  Key keyOf(int id) const;
 
   static Dump dump();
 
@@ -98,9 +98,9 @@ class Session {
   // Runs the operation, whose entry line in the log begins with entry, on a key of the profile
   // until the key was good for it; returns what the library logged meanwhile.
   std::vector<std::string> onProfile(int id, const std::string& entry,
-                                     const std::function<void(const Key&)>& operation);
+                                     const std::function<void(const Key&)>& operation) const;
   // The profile as it is after what was done to it.
-  Profile getAfter(const std::string& what, int id);
+  Profile getAfter(const std::string& what, int id) const;
 
   Options options;
 };

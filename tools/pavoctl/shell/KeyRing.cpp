@@ -122,7 +122,7 @@ Session::Release KeyRing::release(int number) {
 int KeyRing::fd() const { return bell->fd(); }
 
 std::vector<KeyRing::Expired> KeyRing::takeExpired() {
-  const std::vector<Expired> all = bell->take();
+  std::vector<Expired> all = bell->take();
   for (const auto& expired : all) {
     if (const auto found = keys.find(expired.number); found != keys.end()) {
       found->second.listener = Listener::called;

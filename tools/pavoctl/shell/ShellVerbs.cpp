@@ -57,7 +57,7 @@ ExitStatus hold(const CommandLine& line, Context& context) {
   return exitDone;
 }
 
-void tell(const CommandLine& line, Output& output, Json facts, const std::string& text) {
+void tell(const CommandLine& line, Output& output, const Json& facts, const std::string& text) {
   output.line(line.isJson ? dumpJson(facts) : text);
 }
 
