@@ -38,7 +38,7 @@ std::string modemInUse() {
 // The library waits a second for the modem's answer; a refusal takes no time to speak of.
 constexpr std::chrono::milliseconds refusalTimeMax{900};
 // How long a lost connection takes to get into the library's log.
-constexpr std::chrono::milliseconds lossTimeMax{100};
+constexpr std::chrono::milliseconds lossTimeMax{300};
 
 bool isModemLost() {
   const auto deadline = std::chrono::steady_clock::now() + lossTimeMax;
@@ -290,10 +290,11 @@ Patience Session::waiting() const {
 }
 
 Session::Silence Session::silenceSince(std::chrono::steady_clock::time_point start) {
-  if (std::chrono::steady_clock::now() - start >= refusalTimeMax) {
-    return Silence::unanswered;
+  const bool isRefusal = std::chrono::steady_clock::now() - start < refusalTimeMax;
+  if (isModemLost()) {
+    return Silence::lost;
   }
-  return isModemLost() ? Silence::lost : Silence::none;
+  return isRefusal ? Silence::none : Silence::unanswered;
 }
 
 Dump Session::dump() { return Dump::parse(Manager::getInstance().dump()); }
