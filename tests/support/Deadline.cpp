@@ -17,7 +17,11 @@ constexpr std::chrono::milliseconds patienceTime{30'000};
 constexpr std::chrono::milliseconds patienceTime{10'000};
 #endif
 
+// A condition that takes long to come about is asked for less often: many tests ask another
+// process, which has better things to do.
 constexpr std::chrono::milliseconds pollInterval{1};
+constexpr std::chrono::milliseconds pollIntervalOfTheLong{5};
+constexpr int pollsBeforeItIsLong = 50;
 
 }  // namespace
 
@@ -25,11 +29,11 @@ std::chrono::milliseconds patience() { return patienceTime; }
 
 bool waitUntil(const std::function<bool()>& condition, std::chrono::milliseconds limit) {
   const auto deadline = std::chrono::steady_clock::now() + limit;
-  while (!condition()) {
+  for (int polls = 0; !condition(); ++polls) {
     if (std::chrono::steady_clock::now() >= deadline) {
       return false;
     }
-    std::this_thread::sleep_for(pollInterval);
+    std::this_thread::sleep_for(polls < pollsBeforeItIsLong ? pollInterval : pollIntervalOfTheLong);
   }
   return true;
 }

@@ -5,9 +5,11 @@
 set -u
 program=$1 filter=$2 count=$3
 folder=$(mktemp -d)
-trap 'rm -rf "$folder"' EXIT
-
 declare -A running=()
+# Killed itself, it leaves none of them behind.
+trap 'kill "${running[@]}" 2> /dev/null; rm -rf "$folder"' EXIT
+trap 'exit 1' INT TERM
+
 for ((i = 0; i < count; ++i)); do
   "$program" --gtest_filter="$filter/$i" > "$folder/$i" 2>&1 &
   running[$i]=$!
