@@ -11,7 +11,7 @@ constexpr std::array apnNames = {"internet", "ims", "IMS", "Mms.Net", "sos", ""}
 constexpr int unknownMessage = 0x00A9;
 constexpr int unknownIndex = 200;
 // Beyond what the library waits for an answer.
-constexpr int lateMs = 1100;
+constexpr int lateMs = 1600;
 constexpr std::array typeSets = {0x1U, 0x2U, 0x40U, 0x41U, 0x200U, 0x8005U, 0U};
 
 template <typename Value, typename Set>

@@ -19,7 +19,7 @@ using testing::StartsWith;
 
 // How long a modem request may take, less what a clock may be off; and when a late answer comes.
 constexpr milliseconds sendTimeout{990};
-constexpr int lateMs = 1300;
+constexpr int lateMs = 2500;
 
 class RefusalTest : public SystemTest {
  protected:
@@ -229,7 +229,7 @@ TEST_F(RefusalTest, Delete_LateAnswer_IsNoticed) {
 TEST_F(RefusalTest, Refresh_LateAnswer_IsNotTakenForThatOfTheNextRequest) {
   const Key key = add(transientProfile("ims"));
   // The list comes while the next requests are under way, which it must not answer.
-  control("fail", {{"message", "profile-list"}, {"delayMs", lateMs}});
+  control("fail", {{"message", "profile-list"}, {"delayMs", 1300}});
   refresh();
   control("fail", {{"message", "profile-list"}, {"delayMs", 600}});
   refresh();

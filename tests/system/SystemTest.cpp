@@ -19,6 +19,10 @@ constexpr int fenceFirst = 201;
 constexpr int fenceCount = 54;
 constexpr std::chrono::milliseconds fenceAgainAfter{1000};
 
+std::string fenceHandled(int index) {
+  return "ProfileCache: onIndication < " + std::to_string(index) + " Delete";
+}
+
 }  // namespace
 
 AddProfileParams transientProfile(const std::string& apn) {
@@ -98,7 +102,7 @@ void SystemTest::settle() {
   // Indications are handled in the order in which the modem sends them. One for a profile that
   // nobody has changes nothing and leaves a line.
   const int index = fenceFirst + fence++ % fenceCount;
-  const std::string handled = "ProfileCache: onIndication < " + std::to_string(index) + " Delete";
+  const std::string handled = fenceHandled(index);
   const std::size_t position = log.end();
   // Again when it does not come: it may have gone to the connection of a worker that has ended.
   const bool isHandled = waitUntil([&] {
@@ -108,6 +112,14 @@ void SystemTest::settle() {
   ASSERT_TRUE(isHandled) << control("show").dump(2);
   // A call that goes through the worker waits until it is done with that event.
   manager->getProfile(nullptr);
+}
+
+std::size_t SystemTest::fencesSince(std::size_t position) const {
+  std::size_t count = 0;
+  for (int index = fenceFirst; index < fenceFirst + fenceCount; ++index) {
+    count += log.count(fenceHandled(index), position);
+  }
+  return count;
 }
 
 void SystemTest::refresh() { manager->refresh(PDC_REFRESH_COMPLETED); }

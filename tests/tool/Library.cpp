@@ -13,7 +13,7 @@ struct Process {
   ModemProcess modem{
       ModemProcessOptions{.profiles = {}, .keepsStore = false, .arguments = {"--capacity", "255"}}};
   ModemEnvironment environment{modem.socketPath()};
-  pavoctl::Session session{{}};
+  pavoctl::Session session{{.timeout = patience()}};
 };
 
 Process& process() {

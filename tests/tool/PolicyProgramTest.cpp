@@ -50,7 +50,7 @@ class PolicyProgramTest : public ToolTest {
       const Json entries = modem.control("transcript")["entries"];
       return std::count_if(entries.begin(), entries.end(), [](const Json& entry) {
                return entry["direction"] == "out" && entry["message"] == "profile-settings";
-             }) == profiles;
+             }) >= profiles;
     }));
   }
 
@@ -347,7 +347,7 @@ TEST_F(PolicyProgramTest, Verify_ModemThatTellsNothing_IsDrift) {
 }
 
 TEST_F(PolicyProgramTest, Verify_ModemThatTellsEverything_IsFollowed) {
-  const auto verifier = start({"verify", "--for", "600"});
+  const auto verifier = start({"verify", "--for", "600", "--settle", "30"});
   awaitReading(2);
   modem.control("modify", {{"index", 1}, {"apn", "other"}});
   modem.control("delete", {{"index", 2}});

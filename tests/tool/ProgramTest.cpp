@@ -277,7 +277,7 @@ TEST(ProgramWithoutModem, List_NobodyAnswers_FailsInTime) {
 
 TEST(ProgramWithoutModem, Dump_NobodyAnswers_ShowsTheLogAllTheSame) {
   const TemporaryFolder folder;
-  const ToolResult result = runTool(folder.file("nobody"), {"dump", "--timeout", "0.3"});
+  const ToolResult result = runTool(folder.file("nobody"), {"dump", "--timeout", "3"});
   EXPECT_EQ(result.exit, failed);
   EXPECT_THAT(result.output, HasSubstr("OvixWdsProxy::registerOvixSvcUp"));
 }
