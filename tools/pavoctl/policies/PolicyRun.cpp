@@ -96,6 +96,7 @@ PolicyResult perform(const PolicyCall& call, Session& session, Secrets secrets) 
   LogRecorder recorder;
   const auto start = std::chrono::steady_clock::now();
   Answer answer = ask(call);
+  const auto time = std::chrono::steady_clock::now() - start;
   const auto messages = recorder.finish();
   PolicyResult result;
   if (!messages || !readLog(call, before, *messages, secrets, result.outcome)) {
@@ -103,7 +104,7 @@ PolicyResult perform(const PolicyCall& call, Session& session, Secrets secrets) 
   }
   result.outcome.isMatching = answer.isMatching;
   result.outcome.isUnsure =
-      !result.outcome.refused.empty() && Session::silenceSince(start) != Session::Silence::none;
+      !result.outcome.refused.empty() && Session::silenceAfter(time) != Session::Silence::none;
   if (answer.key) {
     result.outcome.result = tokenOf(*answer.key);
   }

@@ -63,7 +63,7 @@ class Change {
                  std::string(Session::signalText) + uncertainty) {}
 
   [[noreturn]] void fail() const {
-    switch (Session::silenceSince(start)) {
+    switch (Session::silenceAfter(std::chrono::steady_clock::now() - start)) {
       case Session::Silence::unanswered:
         throw NoAnswer("the modem did not answer" + uncertainty);
       case Session::Silence::lost:
@@ -289,12 +289,11 @@ Patience Session::waiting() const {
   return {options.timeout, noAnswerText(options.timeout), signalText};
 }
 
-Session::Silence Session::silenceSince(std::chrono::steady_clock::time_point start) {
-  const bool isRefusal = std::chrono::steady_clock::now() - start < refusalTimeMax;
+Session::Silence Session::silenceAfter(std::chrono::steady_clock::duration time) {
   if (isModemLost()) {
     return Silence::lost;
   }
-  return isRefusal ? Silence::none : Silence::unanswered;
+  return time < refusalTimeMax ? Silence::none : Silence::unanswered;
 }
 
 Dump Session::dump() { return Dump::parse(Manager::getInstance().dump()); }

@@ -81,13 +81,13 @@ class Session {
 
   static Dump dump();
 
-  // Why something that was asked for at that time has failed.
+  // Why something that the library was busy with for that long has failed.
   enum class Silence {
     none,  // The modem refused.
     unanswered,
     lost,  // It has gone.
   };
-  static Silence silenceSince(std::chrono::steady_clock::time_point start);
+  static Silence silenceAfter(std::chrono::steady_clock::duration time);
   // For what only asks.
   Patience waiting() const;
   static constexpr const char* signalText = "a signal came before the modem answered";
