@@ -240,6 +240,10 @@ TEST_F(ShellTest, Terminal_ModemThatHangs_IsOutlastedOrLeft) {
   ASSERT_TRUE(terminal->waitForOutput("no modem answered within 0.3 s")) << terminal->output();
   ASSERT_TRUE(terminal->waitForOutput("; still waiting, Ctrl-C ends the session"));
   ASSERT_TRUE(terminal->waitForOutput("pavoctl> ")) << terminal->output();
+  // Keeps the library busy until the Ctrl-C is there.
+  for (int profile = 3; profile <= 16; ++profile) {
+    modem.control("create", {{"apn", "other"}});
+  }
   modem.control("fail", {{"message", "profile-settings"}, {"silent", true}, {"count", 60}});
   terminal->type("refresh --timeout 0.3\r");
   ASSERT_TRUE(terminal->waitForOutput("; still waiting, Ctrl-C ends the session"));

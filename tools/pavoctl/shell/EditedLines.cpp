@@ -47,6 +47,8 @@ class EditedLines : public LineReader {
   }
 
   std::optional<std::string> next() override {
+    // Else the terminal would edit on its own what is typed at the sight of the prompt.
+    el_set(editor.get(), EL_PREP_TERM, 1);
     int count = 0;
     const char* typed = el_gets(editor.get(), &count);
     if (typed == nullptr || count <= 0) {
