@@ -125,7 +125,9 @@ const std::vector<Scenario>& scenarios() {
          stage.util.findOrCreateProfileForLteAttach(wanted("internet"));
          stage.util.updateModemProfileByApnClass({wanted("internet")});
        },
-       {"internet"}},
+       {"internet"},
+       /*startsWithoutModem=*/false,
+       /*racesWithTheModem=*/true},
       {"EmptyApnName",
        {profile("", "V4V6")},
        [](const Stage& stage) {

@@ -36,6 +36,8 @@ struct Scenario {
   /// The APN names on the modem when nothing has failed.
   std::multiset<std::string> expected;
   bool startsWithoutModem = false;
+  /// The modem comes back at any moment: one run has more requests than another.
+  bool racesWithTheModem = false;
 };
 
 /// Its name.

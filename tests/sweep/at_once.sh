@@ -6,7 +6,7 @@ set -u
 program=$1 filter=$2 count=$3
 folder=$(mktemp -d)
 declare -A running=()
-# Killed itself, it leaves none of them behind.
+# When a signal ends it, none of them is left behind.
 trap 'kill "${running[@]}" 2> /dev/null; rm -rf "$folder"' EXIT
 trap 'exit 1' INT TERM
 
@@ -25,5 +25,6 @@ for i in "${!running[@]}"; do
   else
     grep '^swept ' "$folder/$i"
   fi
+  unset "running[$i]"
 done
 exit "$status"
