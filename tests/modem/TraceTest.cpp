@@ -53,7 +53,7 @@ TEST_F(TraceTest, Write_Messages_CanBeReadByPeople) {
   writer.add(Direction::Out, 12, event, "");
   writer.addLost(12, event);
   writer.addEnd(12, Ender::Modem);
-  EXPECT_THAT(text(), ContainsRegex("[0-9]+\\.[0-9]{6} +1 > hello .*\"purpose\":\"open\""));
+  EXPECT_THAT(text(), ContainsRegex("\n +[0-9]+\\.[0-9]{6} +1 > hello .*\"purpose\":\"open\""));
   EXPECT_THAT(text(),
               ContainsRegex("1 > request +create-profile +3 .*\"apn\":\"a b #c\".*fault: error"));
   EXPECT_THAT(text(), ContainsRegex("1 < response .*failure 1, error 3 no resources"));

@@ -48,8 +48,8 @@ class SystemTest : public testing::Test {
   void awaitRegistered(int count = 1);
   /// Waits until the library has handled everything that the modem has sent it so far.
   void settle();
-  // How many indications of settle()'s own the library has handled since that place in the log. On
-  // a busy machine settle() sends more than one.
+  /// How many indications of settle()'s own the library has handled since that place in the log. On
+  /// a busy machine settle() sends more than one.
   std::size_t fencesSince(std::size_t position) const;
   void refresh();
 
