@@ -19,13 +19,12 @@ MATCHER(IsOneLine, "") { return !arg.empty() && arg.find('\n') == arg.size() - 1
 
 class FaultTest : public ToolTest {
  protected:
-  FaultTest() {
-    text = "<apns>\n";
-    for (int i = 0; i < 12; ++i) {
+  std::string fileOf(std::size_t entries) const {
+    std::string text = "<apns>\n";
+    for (std::size_t i = 0; i < entries; ++i) {
       text += "<apn mcc='001' mnc='01' type='default' apn='n" + std::to_string(i) + "'/>\n";
     }
-    text += "</apns>\n";
-    path = writeFile(folder, "apns.xml", text);
+    return writeFile(folder, "apns" + std::to_string(entries) + ".xml", text + "</apns>\n");
   }
 
   void hang() { modem.process().sendSignal(SIGSTOP); }
@@ -35,6 +34,30 @@ class FaultTest : public ToolTest {
     while (modem.control("show")["profiles"].size() < tableSize) {
       modem.control("create", {{"apn", "other"}});
     }
+  }
+
+  void tellNoProfile() {
+    modem.control("fail", {{"message", "profile-settings"}, {"silent", true}, {"count", 60}});
+  }
+
+  // Has the library read all profiles of a full table that the modem does not tell.
+  void keepLibraryBusy() {
+    fillTable();
+    tellNoProfile();
+    modem.control("indicate", {{"event", 5}, {"index", 255}});
+    ASSERT_TRUE(waitUntil([&] { return modem.control("faults")["faults"][0]["count"] < 60; }));
+  }
+
+  // Ends a tool that holds a profile.
+  void expectLeftBehind(const std::function<void()>& disturb) {
+    const auto holder = start({"add", "--apn", "held", "--hold", "--timeout", "3"});
+    ASSERT_TRUE(holder->waitForOutput("isIAProfile")) << holder->errors();
+    disturb();
+    holder->sendSignal(SIGTERM);
+    const ToolResult result = finish(*holder);
+    EXPECT_EQ(result.exit, failed) << result;
+    EXPECT_THAT(result.errors, AllOf(IsOneLine(), HasSubstr("may be left on the modem: it refused "
+                                                            "to delete it or did not answer")));
   }
 
   // Runs the command until the fault has befallen it.
@@ -92,8 +115,7 @@ class FaultTest : public ToolTest {
   static constexpr std::size_t tableSize = 16;
 
   const TemporaryFolder folder;
-  std::string text;
-  std::string path;
+  const std::string path = fileOf(12);
 };
 
 TEST_F(FaultTest, ModemThatHangs_EveryCommand_GivesUpInTime) {
@@ -115,14 +137,14 @@ TEST_F(FaultTest, ModemThatIsNotThere_EveryCommandThatAsksOne_GivesUpInTime) {
 
 TEST_F(FaultTest, ProfilesThatAreNotAnswered_List_GivesUpBeforeTheLibraryDoes) {
   // The library alone would wait a second for each profile.
-  modem.control("fail", {{"message", "profile-settings"}, {"silent", true}, {"count", 60}});
+  tellNoProfile();
   const ToolResult result = run({"list", "--timeout", "0.5"});
   EXPECT_EQ(result.exit, failed) << result;
   EXPECT_THAT(result.errors, AllOf(IsOneLine(), HasSubstr("no modem answered within 0.5 s")));
   // The log shows how far the library came.
   modem.control("clear");
   fillTable();
-  modem.control("fail", {{"message", "profile-settings"}, {"silent", true}, {"count", 60}});
+  tellNoProfile();
   const ToolResult dump = run({"dump", "--timeout", "3"});
   EXPECT_EQ(dump.exit, failed) << dump;
   EXPECT_THAT(dump.output, HasSubstr("OVIX_WDS_GET_PROFILE_LIST_REQ_V01 request successful"));
@@ -256,26 +278,23 @@ TEST_F(FaultTest, Signal_WhileTheModemIsAsked_SaysWhatMayBeDone) {
   }
 }
 
-TEST_F(FaultTest, Signal_WhileWhatIsToBeHeldIsCreated_DeletesItAgain) {
-  for (const Arguments& arguments : std::vector<Arguments>{
-           {"add", "--apn", "x", "--hold"}, {"setup-data-call", "apn=x", "--hold"}}) {
-    const auto tool = startUntil({{"message", "create-profile"}, {"delayMs", 300}}, arguments);
+TEST_F(FaultTest, Signal_WhileATemporaryProfileComesOrGoes_DeletesIt) {
+  struct Case {
+    const char* message;
+    Arguments arguments;
+  };
+  for (const Case& c : std::vector<Case>{
+           {"create-profile", {"add", "--apn", "x", "--hold"}},
+           {"create-profile", {"setup-data-call", "apn=x", "--hold"}},
+           {"delete-profile", {"setup-data-call", "apn=x"}},
+       }) {
+    const auto tool = startUntil({{"message", c.message}, {"delayMs", 300}}, c.arguments);
     tool->sendSignal(SIGTERM);
     const ToolResult result = finish(*tool);
     EXPECT_EQ(result.exit, done) << result;
     EXPECT_EQ(result.errors, "");
     EXPECT_EQ(profileOnModem(3), nullptr);
   }
-}
-
-TEST_F(FaultTest, Signal_WhileATemporaryProfileIsDeleted_DeletesItAllTheSame) {
-  const auto tool =
-      startUntil({{"message", "delete-profile"}, {"delayMs", 300}}, {"setup-data-call", "apn=x"});
-  tool->sendSignal(SIGTERM);
-  const ToolResult result = finish(*tool);
-  EXPECT_EQ(result.exit, done) << result;
-  EXPECT_EQ(result.errors, "");
-  EXPECT_EQ(profileOnModem(3), nullptr);
 }
 
 TEST_F(FaultTest, Verify_ModemHangsInTheFreshReading_GivesUpInTime) {
@@ -316,32 +335,23 @@ TEST_F(FaultTest, Verify_ModemDiesMeanwhile_IsSaid) {
   EXPECT_THAT(result.errors, AllOf(IsOneLine(), HasSubstr("no modem answered within 2 s")));
 }
 
+TEST_F(FaultTest, Hold_ModemRefusesAtTheEnd_SaysWhatMayBeLeft) {
+  expectLeftBehind([&] { modem.control("fail", {{"message", "delete-profile"}, {"error", 1}}); });
+}
+
 TEST_F(FaultTest, Hold_ModemHangsAtTheEnd_SaysWhatMayBeLeft) {
-  for (const bool isStopped : {false, true}) {
-    const auto holder = start({"add", "--apn", "held", "--hold"});
-    ASSERT_TRUE(holder->waitForOutput("isIAProfile")) << holder->errors();
-    if (isStopped) {
-      hang();
-    } else {
-      modem.control("fail", {{"message", "delete-profile"}, {"error", 1}});
-    }
-    holder->sendSignal(SIGTERM);
-    const ToolResult result = finish(*holder);
-    EXPECT_EQ(result.exit, failed) << result;
-    EXPECT_THAT(result.errors, AllOf(IsOneLine(), HasSubstr("may be left on the modem: it refused "
-                                                            "to delete it or did not answer")));
-  }
+  expectLeftBehind([&] { hang(); });
+}
+
+// For longer than the tool waits.
+TEST_F(FaultTest, Hold_LibraryIsBusyAtTheEnd_SaysWhatMayBeLeft) {
+  expectLeftBehind([&] { keepLibraryBusy(); });
 }
 
 TEST_F(FaultTest, Watch_ModemHangs_CanBeStopped) {
-  fillTable();
   const auto watcher = start({"watch", "--timeout", "3"});
   ASSERT_TRUE(watcher->waitForOutput("watching"));
-  modem.control("fail", {{"message", "profile-settings"}, {"silent", true}, {"count", 60}});
-  modem.control("indicate", {{"event", 5}, {"index", 255}});
-  ASSERT_TRUE(waitUntil([&] {
-    return modem.control("faults").dump().find("\"count\":60") == std::string::npos;
-  })) << modem.control("faults");
+  keepLibraryBusy();
   watcher->sendSignal(SIGINT);
   const ToolResult result = finish(*watcher);
   EXPECT_EQ(result.exit, done) << result;
@@ -371,16 +381,11 @@ TEST_F(FaultTest, Import_ModemDies_SaysHowFarItCame) {
 
 TEST_F(FaultTest, Import_Signal_SaysHowFarItCame) {
   constexpr std::size_t entries = 200;
-  std::string list = "<apns>\n";
-  for (std::size_t i = 0; i < entries; ++i) {
-    list += "<apn mcc='001' mnc='01' type='default' apn='n" + std::to_string(i) + "'/>\n";
-  }
   ModemProcess large({.profiles = {}, .keepsStore = false, .arguments = {"--capacity", "255"}});
   const auto profiles = [&] { return large.control("show")["profiles"].size(); };
   large.control("fail", {{"message", "create-profile"}, {"delayMs", 100}, {"count", entries}});
-  const auto import = startTool(
-      large.socketPath(),
-      {"import", writeFile(folder, "long.xml", list + "</apns>\n"), "--plmn", "00101", "--json"});
+  const auto import =
+      startTool(large.socketPath(), {"import", fileOf(entries), "--plmn", "00101", "--json"});
   ASSERT_TRUE(waitUntil([&] { return profiles() >= 2; }));
   import->sendSignal(SIGINT);
   const ToolResult result = finish(*import);
