@@ -92,7 +92,7 @@ void makeKeys(benchmark::State& state, const requestFunction& function) {
 void keyWithPort(benchmark::State& state) {
   const std::shared_ptr<RequestPort> port = RequestPort::create();
   const requestFunction function = port->getRequestFunction();
-  port->close();
+  port->end();
   makeKeys(state, function);
 }
 BENCHMARK(keyWithPort)->Name("Key");

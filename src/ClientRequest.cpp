@@ -81,6 +81,10 @@ std::string CallbackRequest::dump() const {
 
 void CallbackRequest::setReleaseToken(unsigned long long entry) { releaseToken = entry; }
 
+void CallbackRequest::setReleasedKey(std::weak_ptr<IProfileKey> key) {
+  releasedKey = std::move(key);
+}
+
 void CallbackRequest::setExpirationInfo(std::function<void()> callback,
                                         std::weak_ptr<IProfileKey> key, unsigned long long entry) {
   expirationCb = std::move(callback);

@@ -121,18 +121,22 @@ class CallbackRequest : public ClientRequest {
   std::string dump() const override;
 
   void setReleaseToken(unsigned long long token);
+  // The key that is released. It is gone already: this only identifies it.
+  void setReleasedKey(std::weak_ptr<IProfileKey> key);
   void setExpirationInfo(std::function<void()> callback, std::weak_ptr<IProfileKey> key,
                          unsigned long long token);
 
   bool hasReleaseToken() const { return releaseToken.has_value(); }
   bool hasExpirationInfo() const;
   unsigned long long getReleaseToken() const { return releaseToken.value_or(0); }
+  const std::weak_ptr<IProfileKey>& getReleasedKey() const { return releasedKey; }
   unsigned long long getExpirationToken() const { return expirationToken.value_or(0); }
   std::function<void()> getExpirationCb() const;
   std::weak_ptr<IProfileKey> getExpirationKey() const;
 
  private:
   std::optional<std::uint64_t> releaseToken;
+  std::weak_ptr<IProfileKey> releasedKey;
   std::optional<std::uint64_t> expirationToken;
   std::optional<std::function<void()>> expirationCb;
   // Weak, so that a request under way keeps no key alive.

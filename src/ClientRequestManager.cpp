@@ -42,8 +42,7 @@ ClientRequestManager::ClientRequestManager(int subscription)
     std::abort();
   }
   port->open(requestFd.get());
-  eventManager.addEventHandler(requestFd.get(), handleClientRequest, this,
-                               /*closeCallback=*/nullptr, EPOLLIN);
+  eventManager.addEssentialHandler(requestFd.get(), handleClientRequest, this, EPOLLIN);
 }
 
 // A thread that cannot be had ends the process: the exception does not leave a noexcept function.
@@ -57,18 +56,24 @@ void ClientRequestManager::startThread() noexcept {
 
 ClientRequestManager::~ClientRequestManager() { stop(); }
 
-void ClientRequestManager::stop() {
-  if (stopRequested.load()) {
-    return;
+bool ClientRequestManager::stop() {
+  if (eventManager.isStopRequested()) {
+    return true;
+  }
+  if (!port->beginEnd(thread.get_id())) {
+    return false;
   }
   LogWrapper::log(LogLevel::Debug, logTag, "pavo::ClientRequestManager: destructor");
-  // First, so that nobody waits for, or writes to the descriptor of, a worker that has ended.
+  // Before close(), which waits for the request in hand: a refresh stops between two requests.
+  eventManager.requestStop();
+  // Closed before the worker ends, so that no caller waits for it, or writes to its descriptor,
+  // when it has ended.
   port->close();
   eventManager.removeEventHandler(requestFd.get());
   running.store(false, std::memory_order_release);
-  stopRequested.store(true, std::memory_order_release);
   eventManager.wake();
   thread.join();
+  port->workerJoined();
   // Not before the join: the worker may have its event in hand.
   requestFd.reset();
   std::unique_ptr<ProfileCache> ended;
@@ -76,16 +81,18 @@ void ClientRequestManager::stop() {
     const MutexLock lock(cacheMutex);
     ended.swap(profileCache);
   }
-  // Here and now: a dump or a call that overlaps may hold the object for a while, and its thread
-  // has nothing to do with the listeners.
+  // The listeners run here. If the cache lived as long as this object, a dump or a call that
+  // overlaps could destroy it later, on a thread that has nothing to do with the listeners.
+  ended.reset();
+  port->end();
+  return true;
 }
 
 void ClientRequestManager::runPavoThread() {
   RequestPort::becomeWorkerThread();
   LogWrapper::log(LogLevel::High, logTag, "PAVO thread started");
   running.store(true, std::memory_order_release);
-  while (running.load(std::memory_order_acquire) &&
-         !stopRequested.load(std::memory_order_acquire)) {
+  while (running.load(std::memory_order_acquire) && !eventManager.isStopRequested()) {
     eventManager.processEvents();
   }
 }
@@ -115,23 +122,13 @@ ClientRequestManager::Response ClientRequestManager::handle(const ClientRequest&
     LogWrapper::log(LogLevel::Info, logTag, "Handling %s", request.text().c_str());
   }
   if (refreshInProgress && request.getRequestType() != ReqRespType::Refresh) {
-    if (request.getRequestType() == ReqRespType::Callback) {
-      forgetListeners(static_cast<const CallbackRequest&>(request));
-    }
-    return refuse(request.getRequestType());
+    return refuse(request);
   }
   return perform(request);
 }
 
-// A release that is refused still ends the key, and the code of its listeners may be unloaded next.
-void ClientRequestManager::forgetListeners(const CallbackRequest& request) {
-  if (request.hasReleaseToken()) {
-    profileCache->clearExpiredListeners(request.getReleaseToken());
-  }
-}
-
-ClientRequestManager::Response ClientRequestManager::refuse(ReqRespType type) {
-  switch (type) {
+ClientRequestManager::Response ClientRequestManager::refuse(const ClientRequest& request) {
+  switch (request.getRequestType()) {
     case ReqRespType::Add:
       return std::make_shared<AddResponse>(Status::Failure, nullptr);
     case ReqRespType::Modify:
@@ -146,11 +143,20 @@ ClientRequestManager::Response ClientRequestManager::refuse(ReqRespType type) {
     case ReqRespType::Get:
       return std::make_shared<GetResponse>(Status::Failure, std::nullopt);
     case ReqRespType::Callback:
-      return std::make_shared<CallbackResponse>(Status::Failure);
+      return refuse(static_cast<const CallbackRequest&>(request));
     case ReqRespType::Refresh:
     default:
       return nullptr;
   }
+}
+
+// A release that is refused still ends the key, and the code of its listeners may be unloaded next.
+ClientRequestManager::Response ClientRequestManager::refuse(const CallbackRequest& request) {
+  std::list<ExpirationListener> ended;
+  if (request.hasReleaseToken()) {
+    profileCache->takeEndedListeners(request.getReleaseToken(), request.getReleasedKey(), ended);
+  }
+  return std::make_shared<CallbackResponse>(Status::Failure, std::move(ended));
 }
 
 ClientRequestManager::Response ClientRequestManager::perform(const ClientRequest& request) {
@@ -214,13 +220,15 @@ ClientRequestManager::Response ClientRequestManager::get(const GetRequest& reque
 
 ClientRequestManager::Response ClientRequestManager::callback(const CallbackRequest& request) {
   bool succeeded = false;
+  std::list<ExpirationListener> ended;
   if (request.hasReleaseToken()) {
-    succeeded = profileCache->releaseProfile(request.getReleaseToken());
+    succeeded =
+        profileCache->releaseProfile(request.getReleaseToken(), request.getReleasedKey(), ended);
   } else if (request.hasExpirationInfo()) {
     succeeded = profileCache->registerExpirationListener(
         request.getExpirationCb(), request.getExpirationKey(), request.getExpirationToken());
   }
-  return std::make_shared<CallbackResponse>(statusOf(succeeded));
+  return std::make_shared<CallbackResponse>(statusOf(succeeded), std::move(ended));
 }
 
 ClientRequestManager::Response ClientRequestManager::refresh(const RefreshRequest& request) {

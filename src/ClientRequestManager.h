@@ -35,9 +35,16 @@ class ClientRequestManager {
       const std::shared_ptr<ClientRequest>& request);
 
   // Answers all waiting and later callers empty, joins the thread and destroys the cache: listeners
-  // of live keys run on the calling thread. Not on the worker's thread, and on one thread only:
-  // whoever took the worker out of its Manager, and then the destructor, whose call does nothing.
-  void stop();
+  // of live keys run on the calling thread. Waits for one modem request in progress at most. To be
+  // called on one thread only, the one that took the worker out of its Manager; the destructor's
+  // call then does nothing.
+  // False, and the worker goes on, where it cannot be waited for: on its own thread, on the thread
+  // of a worker that this one waits for, and in a forked child. The object must then be kept for
+  // ever.
+  bool stop();
+
+  // Whether this process is a forked child of the one that made the worker.
+  bool isInForkedChild() const { return port->isInForkedChild(); }
 
   // The body of the worker thread.
   void runPavoThread();
@@ -53,8 +60,8 @@ class ClientRequestManager {
 
   void startThread() noexcept;
   Response handle(const ClientRequest& request);
-  void forgetListeners(const CallbackRequest& request);
-  Response refuse(ReqRespType type);
+  Response refuse(const ClientRequest& request);
+  Response refuse(const CallbackRequest& request);
   Response perform(const ClientRequest& request);
   Response add(const AddRequest& request);
   Response modify(const ModifyRequest& request);
@@ -67,10 +74,9 @@ class ClientRequestManager {
 
   const std::shared_ptr<RequestPort> port;
   std::thread thread;
-  // Set by the thread when it runs. stopRequested is never cleared, so a stop that comes before the
-  // thread has begun is not lost.
+  // Set by the thread when it runs. The loop's request to stop is never cleared, so a stop that
+  // comes before the thread has begun is not lost.
   std::atomic<bool> running{false};
-  std::atomic<bool> stopRequested{false};
   UniqueFd requestFd;
   EventManager eventManager;
   // Its end, which the worker does not see, and a dump exclude each other.

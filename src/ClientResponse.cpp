@@ -77,7 +77,8 @@ std::string GetResponse::dump() const {
   return text;
 }
 
-CallbackResponse::CallbackResponse(Status newStatus) : ClientResponse(ReqRespType::Callback) {
+CallbackResponse::CallbackResponse(Status newStatus, std::list<ExpirationListener> listeners)
+    : ClientResponse(ReqRespType::Callback), endedListeners(std::move(listeners)) {
   status = newStatus;
 }
 

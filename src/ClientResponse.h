@@ -4,6 +4,7 @@
 #include <pavo/IProfileKey.h>
 #include <pavo/ProfileParams.h>
 
+#include "ExpirationListener.h"
 #include "ReqRespType.h"
 
 #include <list>
@@ -86,7 +87,12 @@ class GetResponse : public ClientResponse {
 
 class CallbackResponse : public ClientResponse {
  public:
-  explicit CallbackResponse(Status status);
+  explicit CallbackResponse(Status status, std::list<ExpirationListener> endedListeners = {});
+
+ private:
+  // A released key's. They end with the response on the thread that drops the key, because what a
+  // client's closure destroys there may take any lock.
+  const std::list<ExpirationListener> endedListeners;
 };
 
 class RefreshResponse : public ClientResponse {

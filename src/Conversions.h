@@ -2,21 +2,15 @@
 // value becomes UNKNOWN or 0, with a line in the log for a PDP or PDN type.
 #pragma once
 
-#include <pavo/IProfileKey.h>
 #include <pavo/ProfileTypes.h>
 
+#include "ExpirationListener.h"
 #include "wds_v01.h"
 
 #include <cstdint>
-#include <functional>
-#include <memory>
 #include <string>
-#include <utility>
 
 namespace pavo {
-
-// A client that waits for its profile's end, and the key that has to live for it to be told.
-using ExpirationListener = std::pair<std::function<void()>, std::weak_ptr<IProfileKey>>;
 
 IPType convertPdpType(wds_pdp_type_enum_v01 type);
 IPType convertPdpType(wds_common_pdp_type_enum_v01 type);

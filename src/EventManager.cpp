@@ -64,8 +64,7 @@ EventManager::EventManager() {
     LogWrapper::log(LogLevel::Error, logTag, "Cannot create eventfd instance");
     std::abort();
   }
-  addEventHandler(wakeFd.get(), clearRead, /*data=*/nullptr, /*closeCallback=*/nullptr,
-                  EPOLLIN | EPOLLHUP);
+  addEssentialHandler(wakeFd.get(), clearRead, /*data=*/nullptr, EPOLLIN | EPOLLHUP);
   LogWrapper::log(LogLevel::Verbose, logTag, "EventManager is ready. epollFd:%d", epollFd.get());
 }
 
@@ -73,21 +72,35 @@ EventManager::~EventManager() { removeEventHandler(wakeFd.get()); }
 
 bool EventManager::addEventHandler(int fd, EventCallback callback, void* data,
                                    CloseCallback closeCallback, int events) {
+  // A handler without the kernel counts as added: callers have always been told so.
+  return registerHandler(fd, {callback, closeCallback, data}, events) != Registered::No;
+}
+
+void EventManager::addEssentialHandler(int fd, EventCallback callback, void* data, int events) {
+  const HandlerObject handler{callback, /*closeCallback=*/nullptr, data};
+  if (registerHandler(fd, handler, events) != Registered::Yes) {
+    std::abort();
+  }
+}
+
+EventManager::Registered EventManager::registerHandler(int fd, const HandlerObject& handler,
+                                                       int events) {
   LogWrapper::log(LogLevel::Verbose, logTag,
                   "EventManager::addEventHandler(int %d, EventCallback %p, void* %p, "
                   "CloseCallback %p, events %d) EX",
-                  fd, asPointer(callback), data, asPointer(closeCallback), events);
+                  fd, asPointer(handler.callback), handler.data, asPointer(handler.closeCallback),
+                  events);
   bool added = false;
   {
     const MutexLock lock(handlersMutex);
-    added = handlers.emplace(fd, HandlerObject{callback, closeCallback, data}).second;
+    added = handlers.emplace(fd, handler).second;
     if (added) {
       addApprovedFd(fd);
     }
   }
   if (!added) {
     LogWrapper::log(LogLevel::Info, logTag, "fd=%d is already in handlers", fd);
-    return false;
+    return Registered::No;
   }
   // The tables know the descriptor before the first event can come: on another thread the loop may
   // be waiting already, and it closes what is not approved.
@@ -96,8 +109,9 @@ bool EventManager::addEventHandler(int fd, EventCallback callback, void* data,
   event.data.fd = fd;
   if (::epoll_ctl(epollFd.get(), EPOLL_CTL_ADD, fd, &event) != 0) {
     LogWrapper::log(LogLevel::Error, logTag, "Cannot add event handler");
+    return Registered::WithoutTheKernel;
   }
-  return true;
+  return Registered::Yes;
 }
 
 void EventManager::removeEventHandler(int fd) {

@@ -10,6 +10,7 @@
 
 #include <sys/epoll.h>
 
+#include <atomic>
 #include <map>
 #include <optional>
 
@@ -33,6 +34,10 @@ class EventManager {
   bool addEventHandler(int fd, EventCallback callback, void* data, CloseCallback closeCallback,
                        int events);
 
+  // As addEventHandler, for a descriptor without which the loop's owner cannot work: aborts the
+  // process when the kernel does not watch it.
+  void addEssentialHandler(int fd, EventCallback callback, void* data, int events);
+
   // Calls the handler's close callback, if it has one. Does not close fd.
   void removeEventHandler(int fd);
 
@@ -45,6 +50,11 @@ class EventManager {
   // Makes the current or next wait return. Any thread.
   void wake();
 
+  // Asks for the end of what the loop runs, for good: its owner stops calling processEvents(), and
+  // a callback that has several requests to the modem ahead sends no further one. Any thread.
+  void requestStop() { stopRequested.store(true, std::memory_order_release); }
+  bool isStopRequested() const { return stopRequested.load(std::memory_order_acquire); }
+
   // The descriptors, of all loops, whose events may be dispatched. Adding and removing handlers
   // keeps it; these are for whoever wants to take a descriptor out of service.
   static bool isApprovedFd(int fd);
@@ -53,6 +63,8 @@ class EventManager {
 
  private:
   static constexpr int eventsPerWaitMax = 4;
+
+  enum class Registered { No, WithoutTheKernel, Yes };
 
   struct HandlerObject {
     EventCallback callback = nullptr;
@@ -65,6 +77,8 @@ class EventManager {
     bool isApproved = false;
   };
 
+  Registered registerHandler(int fd, const HandlerObject& handler, int events)
+      EXCLUDES(handlersMutex);
   // Both at one moment: the owner may be removing fd on another thread.
   Registration find(int fd) EXCLUDES(handlersMutex);
   void closeRegistered(int fd, const Registration& registration);
@@ -73,6 +87,7 @@ class EventManager {
 
   UniqueFd epollFd;
   UniqueFd wakeFd;
+  std::atomic<bool> stopRequested{false};
   // A member, so that a wait allocates nothing; the loop's thread only.
   epoll_event readyEvents[eventsPerWaitMax] = {};
   Mutex handlersMutex;

@@ -1,5 +1,7 @@
 #include "LocalLogBuffer.h"
 
+#include "Fork.h"
+
 #include <sys/time.h>
 
 #include <cstdio>
@@ -9,6 +11,13 @@
 namespace pavo {
 
 namespace {
+
+// A mutex that is never destroyed and that a forked child finds free.
+Mutex& makeProcessMutex() {
+  Mutex& mutex = *new Mutex;
+  keepFreeAcrossFork(mutex);
+  return mutex;
+}
 
 constexpr const char* processBufferName = "PAVO";
 constexpr int processBufferCapacity = 200;
@@ -30,7 +39,7 @@ void refill(SecondText& cached, std::time_t second) {
   {
     // localtime_r need not read TZ again by itself, so tzset does. One thread at a time: the C
     // library locks its time zone, but no race detector sees that. Never destroyed, as the buffer.
-    static Mutex& timeZoneMutex = *new Mutex;
+    static Mutex& timeZoneMutex = makeProcessMutex();
     const MutexLock lock(timeZoneMutex);
     ::tzset();
   }
@@ -64,7 +73,11 @@ LocalLogBuffer::LocalLogBuffer(std::string bufferName, int linesMax)
     : name(std::move(bufferName)), capacity(linesMax) {}
 
 LocalLogBuffer& LocalLogBuffer::getInstance() {
-  static LocalLogBuffer& buffer = *new LocalLogBuffer(processBufferName, processBufferCapacity);
+  static LocalLogBuffer& buffer = []() -> LocalLogBuffer& {
+    auto& made = *new LocalLogBuffer(processBufferName, processBufferCapacity);
+    keepFreeAcrossFork(made.mutex);
+    return made;
+  }();
   return buffer;
 }
 

@@ -1,5 +1,6 @@
 #include "LogWrapper.h"
 
+#include "Fork.h"
 #include "LocalLogBuffer.h"
 
 #include <cstdarg>
@@ -11,14 +12,22 @@ namespace pavo {
 
 namespace {
 
-// Removes the writer at process exit, so that it can close its channel.
+// Removes the writer at process exit, so that it can close its channel. A forked child shares the
+// channel with its parent and leaves it open.
 struct WriterRemover {
   explicit WriterRemover(LogWrapper& logWrapper) : wrapper(logWrapper) {}
-  ~WriterRemover() { wrapper.setLogWriter(nullptr); }
+  ~WriterRemover() {
+    if (!process.isInForkedChild()) {
+      wrapper.setLogWriter(nullptr);
+    }
+  }
   LogWrapper& wrapper;
+  const ProcessMark process;
 };
 
 }  // namespace
+
+LogWrapper::LogWrapper() { keepFreeAcrossFork(mutex); }
 
 LogWrapper& LogWrapper::getInstance() {
   // Never destroyed: threads of the messaging library and late keys log until the very end.

@@ -35,7 +35,7 @@ class LogWrapper {
   }
 
  private:
-  LogWrapper() = default;
+  LogWrapper();
   static bool isKept(LogLevel level) { return level == LogLevel::Error || level == LogLevel::High; }
   std::shared_ptr<LogWriter> currentWriter() EXCLUDES(mutex);
 

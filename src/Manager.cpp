@@ -5,12 +5,14 @@
 #include "ClientRequestManager.h"
 #include "ClientResponse.h"
 #include "DiagWriter.h"
+#include "Fork.h"
 #include "LocalLogBuffer.h"
 #include "LogWrapper.h"
 #include "Mutex.h"
 #include "RequestPort.h"
 
 #include <utility>
+#include <vector>
 
 namespace pavo {
 
@@ -19,7 +21,11 @@ namespace {
 // Guards the worker pointer of every Manager: a leaf, held for a copy or a swap. Never destroyed:
 // callers' threads may be inside while the process exits.
 Mutex& workerMutex() {
-  static Mutex& mutex = *new Mutex;
+  static Mutex& mutex = []() -> Mutex& {
+    auto& made = *new Mutex;
+    keepFreeAcrossFork(made);
+    return made;
+  }();
   return mutex;
 }
 
@@ -30,6 +36,26 @@ using Worker = std::shared_ptr<ClientRequestManager>;
 Worker copyOf(const Worker& managersWorker) {
   const MutexLock lock(workerMutex());
   return managersWorker;
+}
+
+// Keeps a worker that cannot be stopped where its Manager ends. Never destroyed, as the workers.
+void abandon(Worker worker) {
+  struct Abandoned {
+    Mutex mutex;
+    std::vector<Worker> workers GUARDED_BY(mutex);
+  };
+  static auto& abandoned = *new Abandoned;
+  const MutexLock lock(abandoned.mutex);
+  abandoned.workers.push_back(std::move(worker));
+}
+
+// Whether a call has to be refused because its worker was made before this process was forked.
+bool isRefusedInForkedChild(const Worker& worker, const char* call) {
+  if (worker == nullptr || !worker->isInForkedChild()) {
+    return false;
+  }
+  RequestPort::logRefusalInForkedChild(call);
+  return true;
 }
 
 // What the log says of an operation.
@@ -72,6 +98,9 @@ std::shared_ptr<const Response> perform(const Operation& operation, const Worker
     LogWrapper::log(LogLevel::Error, logTag, "Manager not initialized!");
     return nullptr;
   }
+  if (isRefusedInForkedChild(worker, operation.name)) {
+    return nullptr;
+  }
   const auto request = std::make_shared<Request>(std::forward<Arguments>(arguments)...);
   LogWrapper::log(LogLevel::High, logTag, operation.entry, request->text().c_str());
   const std::shared_ptr<ClientResponse> response = worker->processClientRequest(request);
@@ -105,20 +134,20 @@ Manager::~Manager() {
   if (last == nullptr) {
     return;
   }
-  if (RequestPort::onWorkerThread()) {
-    // A listener has called exit(): the worker cannot wait for itself, and the process is ending.
-    // Kept for ever, each of them, because there may be several Managers.
-    static auto& abandoned = *new std::vector<Worker>;
-    abandoned.push_back(std::move(last));
-    return;
+  // The worker is stopped here, although a caller who overlaps may still hold it: its thread and
+  // its cache end now. Where that is impossible (a listener has called exit() on the worker's
+  // thread), the worker is kept.
+  if (!last->stop()) {
+    abandon(std::move(last));
   }
-  // Here, although a caller who overlaps may still hold the object: thread and cache end now.
-  last->stop();
 }
 
 void Manager::init(int subscription, bool useAndroidLog) noexcept {
   if (RequestPort::onWorkerThread()) {
     RequestPort::logRefusal("Manager::init");
+    return;
+  }
+  if (isRefusedInForkedChild(copyOf(worker), "Manager::init")) {
     return;
   }
   std::unique_ptr<LogWriter> writer;
@@ -189,7 +218,8 @@ void Manager::refresh(PDCRefreshStatus status) noexcept {
 
 std::vector<std::string> Manager::dump() noexcept {
   std::vector<std::string> lines;
-  if (const Worker current = copyOf(worker)) {
+  const Worker current = copyOf(worker);
+  if (current != nullptr && !isRefusedInForkedChild(current, "Manager::dump")) {
     lines = current->dump();
   }
   lines.emplace_back();

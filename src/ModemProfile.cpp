@@ -7,6 +7,7 @@
 
 #include <cstdlib>
 #include <cstring>
+#include <iterator>
 #include <utility>
 
 namespace pavo {
@@ -17,6 +18,15 @@ void ModemProfile::mapFields(const Codec& codec, Profile& profile, Message& mess
   codec(profile.apnTypesMask, MESSAGE_FIELD(message, apn_type_mask), AsMask{});
   codec(profile.isClatEnabled, MESSAGE_FIELD(message, clat_enabled), AsFlag{});
 }
+
+namespace {
+
+// Whether both are handles of one key, also when it is gone.
+bool isSame(const std::weak_ptr<IProfileKey>& one, const std::weak_ptr<IProfileKey>& other) {
+  return !one.owner_before(other) && !other.owner_before(one);
+}
+
+}  // namespace
 
 bool matchIPType(IPType wanted, IPType actual, bool subsetAllowed, bool supersetAllowed) {
   const auto wantedBits = static_cast<unsigned int>(wanted);
@@ -208,6 +218,18 @@ void ModemProfile::registerExpirationListener(std::function<void()> callback,
 }
 
 void ModemProfile::clearExpiredListeners() { listeners.remove_if(expired); }
+
+void ModemProfile::takeEndedListeners(const std::weak_ptr<IProfileKey>& key,
+                                      std::list<ExpirationListener>& ended) {
+  const bool ofAll = isSame(key, std::weak_ptr<IProfileKey>());
+  for (auto listener = listeners.begin(); listener != listeners.end();) {
+    const auto next = std::next(listener);
+    if (expired(*listener) && (ofAll || isSame(listener->second, key))) {
+      ended.splice(ended.end(), listeners, listener);
+    }
+    listener = next;
+  }
+}
 
 // An empty listener has nobody to tell, and what a client's listener throws must not end the
 // library or keep the next client from being told.

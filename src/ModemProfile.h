@@ -99,6 +99,10 @@ class ModemProfile {
 
   void registerExpirationListener(std::function<void()> callback, std::weak_ptr<IProfileKey> key);
   void clearExpiredListeners();
+  // Moves the listeners of a key that is gone to the end of ended; those of all keys that are gone
+  // when key is empty.
+  void takeEndedListeners(const std::weak_ptr<IProfileKey>& key,
+                          std::list<ExpirationListener>& ended);
 
  protected:
   // The override unless it is absent or UNKNOWN, else the common type.

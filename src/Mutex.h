@@ -17,6 +17,7 @@
 #define EXCLUDES(...) PAVO_THREAD_ANNOTATION(locks_excluded(__VA_ARGS__))
 #define ACQUIRE(...) PAVO_THREAD_ANNOTATION(acquire_capability(__VA_ARGS__))
 #define RELEASE(...) PAVO_THREAD_ANNOTATION(release_capability(__VA_ARGS__))
+#define NO_THREAD_SAFETY_ANALYSIS PAVO_THREAD_ANNOTATION(no_thread_safety_analysis)
 
 namespace pavo {
 

@@ -139,7 +139,7 @@ UniqueFd OvixWdsProxy::watch(EventManager::EventCallback callback) {
     LogWrapper::log(LogLevel::Error, logTag, "Cannot create eventfd instance");
     std::abort();
   }
-  eventManager.addEventHandler(fd.get(), callback, this, /*closeCallback=*/nullptr, EPOLLIN);
+  eventManager.addEssentialHandler(fd.get(), callback, this, EPOLLIN);
   return fd;
 }
 
@@ -155,14 +155,13 @@ void OvixWdsProxy::releaseClient() {
   }
   const ovix_client_type released = std::exchange(client, nullptr);
   ovix_client_release(released);
-  // What it still has in the queue can no longer be decoded, and tells of a modem that is gone.
+  // Its indications can no longer be decoded, and the modem that sent them is gone. So are those
+  // that were lost: the modem announces all its profiles when it comes back.
   const MutexLock lock(queueMutex);
-  indQueue.erase(std::remove_if(indQueue.begin(), indQueue.end(),
-                                [released](const std::unique_ptr<IndInfo_t>& indication) {
-                                  return indication != nullptr &&
-                                         indication->user_handle == released;
-                                }),
-                 indQueue.end());
+  std::erase_if(indQueue, [released](const std::unique_ptr<IndInfo_t>& indication) {
+    return indication != nullptr && indication->user_handle == released;
+  });
+  hasLostIndications = false;
 }
 
 void OvixWdsProxy::registerOvixSvcUp() {
@@ -260,6 +259,9 @@ void OvixWdsProxy::registerOvixIndications() {
   bind.subscription = subscription;
   report(send(OVIX_WDS_BIND_SUBSCRIPTION_REQ_V01, bind, response), LogLevel::Debug,
          "OvixWdsProxy bind register request successful!", "Unable send bind req message");
+  if (eventManager.isStopRequested()) {
+    return;
+  }
 
   wds_indication_register_req_msg_v01 indications;
   clear(indications);
@@ -268,6 +270,9 @@ void OvixWdsProxy::registerOvixIndications() {
   report(send(OVIX_WDS_INDICATION_REGISTER_REQ_V01, indications, response), LogLevel::Debug,
          "OvixWdsProxy indication register request successful!",
          "Unable send indication req message");
+  if (eventManager.isStopRequested()) {
+    return;
+  }
 
   wds_configure_profile_event_list_req_msg_v01 events;
   clear(events);
@@ -323,16 +328,27 @@ void OvixWdsProxy::ovixIndCb(ovix_client_type client, unsigned int msg_id, void*
     return;
   }
   WakeUp wakeUp;
+  bool isFirstLost = false;
   LiveProxies::instance().with(ind_cb_data, [&](OvixWdsProxy& self) {
     auto indication = std::make_unique<IndInfo_t>(IndInfo_t{
         client, msg_id, std::make_unique<std::uint8_t[]>(ind_buf_len), ind_buf_len, &self});
     std::memcpy(indication->ind_buf.get(), ind_buf, ind_buf_len);
     {
       const MutexLock lock(self.queueMutex);
+      if (self.indQueue.size() >= indicationsQueuedMax) {
+        // The queued indications have a wake-up already.
+        isFirstLost = !std::exchange(self.hasLostIndications, true);
+        return;
+      }
       self.indQueue.push_back(std::move(indication));
     }
     wakeUp.send(self.indicationFd);
   });
+  if (isFirstLost) {
+    LogWrapper::log(LogLevel::Error, logTag,
+                    "%d indications are queued, dropping more until they are handled",
+                    static_cast<int>(indicationsQueuedMax));
+  }
   if (wakeUp.hasFailed()) {
     LogWrapper::log(LogLevel::Error, logTag, "Error in writing rv: %d, error: %s", wakeUp.written,
                     errorText(wakeUp.error).c_str());
@@ -358,15 +374,28 @@ void OvixWdsProxy::handleIndication(int fd, void* proxy) {
     return;
   }
   auto& self = *static_cast<OvixWdsProxy*>(proxy);
-  // Until the queue is empty; but a modem that talks without a pause must keep the worker neither
-  // from its clients nor from ending. Only what came after the drain may be left for later: it has
-  // a wake-up of its own.
-  std::size_t queued = self.queueSize();
-  for (std::size_t due = std::max(queued, indicationsPerTurnMax);;
-       --due, queued = self.queueSize()) {
+  if (std::exchange(self.isGivingWay, false)) {
+    // The last turn was cut short. The kernel reports this descriptor before one that became ready
+    // meanwhile, so a client's request comes behind it in the same wait and is handled next.
+    notifyFd(fd);
+    return;
+  }
+  // Delivers until the queue is empty, unless that takes too long: each indication may cost a modem
+  // request, and clients and stop() wait meanwhile.
+  const auto turnEnd = std::chrono::steady_clock::now() + indicationTurnMax;
+  for (bool isFirst = true;; isFirst = false) {
+    const std::size_t queued = self.queueSize();
     LogWrapper::log(LogLevel::Debug, logTag, "OvixWdsProxy: handleIndication indQueue.size[%d]",
                     static_cast<int>(queued));
-    if (queued == 0 || due == 0) {
+    if (queued == 0) {
+      self.reportLost();
+      return;
+    }
+    if (!isFirst &&
+        (self.eventManager.isStopRequested() || std::chrono::steady_clock::now() >= turnEnd)) {
+      // What is left needs a wake-up of its own, because the descriptor has been drained.
+      self.isGivingWay = true;
+      notifyFd(fd);
       return;
     }
     const std::unique_ptr<IndInfo_t> indication = self.takeIndication();
@@ -377,6 +406,17 @@ void OvixWdsProxy::handleIndication(int fd, void* proxy) {
     if (!self.deliver(*indication)) {
       return;
     }
+  }
+}
+
+void OvixWdsProxy::reportLost() {
+  bool hasLost = false;
+  {
+    const MutexLock lock(queueMutex);
+    hasLost = std::exchange(hasLostIndications, false);
+  }
+  if (hasLost) {
+    indicationsLostCb();
   }
 }
 
@@ -407,6 +447,10 @@ bool OvixWdsProxy::deliver(const IndInfo_t& indication) {
 
 void OvixWdsProxy::registerProfileChangedInd(ProfileChangedIndCb callback) {
   profileChangedIndCb = std::move(callback);
+}
+
+void OvixWdsProxy::registerIndicationsLost(IndicationsLostCb callback) {
+  indicationsLostCb = std::move(callback);
 }
 
 void OvixWdsProxy::handleProfileChangedInd(const wds_profile_changed_event_type_v01& field) {
@@ -478,7 +522,7 @@ std::list<std::shared_ptr<ModemProfile>> OvixWdsProxy::getAllProfiles() {
   // A count beyond what the message can hold is a modem's mistake.
   const std::uint32_t count =
       std::min<std::uint32_t>(response.profile_list_len, OVIX_WDS_PROFILE_LIST_MAX_V01);
-  for (std::uint32_t i = 0; i < count; ++i) {
+  for (std::uint32_t i = 0; i < count && !eventManager.isStopRequested(); ++i) {
     profiles.push_back(get(response.profile_list[i].profile_index));
   }
   return profiles;

@@ -17,6 +17,7 @@
 #include "ovix_client.h"
 #include "wds_v01.h"
 
+#include <chrono>
 #include <cstdint>
 #include <deque>
 #include <functional>
@@ -39,6 +40,11 @@ struct IndInfo_t {
 class OvixWdsProxy {
  public:
   using ProfileChangedIndCb = std::function<void(ProfileChangedInd)>;
+  using IndicationsLostCb = std::function<void()>;
+
+  // More than any modem has reason to send before the worker takes the first: a burst beyond it is
+  // a modem gone wrong, and must not fill the device's memory.
+  static constexpr std::size_t indicationsQueuedMax = 16384;
 
   // Registers with the event loop and arms the notifier; the client opens when the service is up.
   OvixWdsProxy(EventManager& eventManager, int subscription);
@@ -50,6 +56,9 @@ class OvixWdsProxy {
   void registerOvixSvcUp();
   void registerOvixIndications();
   void registerProfileChangedInd(ProfileChangedIndCb callback);
+  // Has callback called on the worker thread when indications were dropped because the queue was
+  // full, once the queue has been emptied.
+  void registerIndicationsLost(IndicationsLostCb callback);
   void handleProfileChangedInd(const wds_profile_changed_event_type_v01& field);
 
   // The operations on profiles: each waits for the modem, for up to a second a request.
@@ -61,7 +70,8 @@ class OvixWdsProxy {
   bool remove(int profileId);
   // Empty when it cannot be read.
   std::shared_ptr<ModemProfile> get(int profileId);
-  // Every profile in the modem's order, empty ones for those that cannot be read.
+  // Every profile in the modem's order, empty ones for those that cannot be read. Those read so far
+  // when the loop is asked to stop meanwhile.
   std::list<std::shared_ptr<ModemProfile>> getAllProfiles();
 
   // The event loop's callbacks; the pointer is the proxy.
@@ -79,8 +89,9 @@ class OvixWdsProxy {
 
  private:
   static constexpr unsigned int sendTimeoutMs = 1000;
-  // More than the creates and modifies of a full table.
-  static constexpr std::size_t indicationsPerTurnMax = 512;
+  // How long indications may keep the worker from its clients before it looks for requests. The
+  // indication in hand is finished, which costs a modem request more.
+  static constexpr std::chrono::milliseconds indicationTurnMax{200};
 
   UniqueFd watch(EventManager::EventCallback callback);
   void openClient();
@@ -91,6 +102,7 @@ class OvixWdsProxy {
   std::size_t queueSize() EXCLUDES(queueMutex);
   std::unique_ptr<IndInfo_t> takeIndication() EXCLUDES(queueMutex);
   bool deliver(const IndInfo_t& indication);
+  void reportLost();
 
   // Constant after construction.
   EventManager& eventManager;
@@ -103,6 +115,8 @@ class OvixWdsProxy {
   // The messaging library's threads and the worker.
   Mutex queueMutex;
   std::deque<std::unique_ptr<IndInfo_t>> indQueue GUARDED_BY(queueMutex);
+  // Set when an indication is dropped, until the queue has been emptied.
+  bool hasLostIndications GUARDED_BY(queueMutex) = false;
 
   // The worker thread's.
   ThreadChecker workerThread;
@@ -110,6 +124,9 @@ class OvixWdsProxy {
   ovix_client_type notifier = nullptr;
   ovix_client_os_params osParams{};
   ProfileChangedIndCb profileChangedIndCb;
+  IndicationsLostCb indicationsLostCb = [] {};
+  // The last turn of indications ended before the queue was empty.
+  bool isGivingWay = false;
 };
 
 }  // namespace pavo

@@ -28,8 +28,9 @@ bool isOf(const std::shared_ptr<ModemProfile>& profile, int profileId) {
 }  // namespace
 
 ProfileCache::ProfileCache(EventManager& eventManager, int subscription, requestFunction function)
-    : sendRequest(std::move(function)), proxy(eventManager, subscription) {
+    : loop(eventManager), sendRequest(std::move(function)), proxy(eventManager, subscription) {
   proxy.registerProfileChangedInd([this](ProfileChangedInd ind) { onIndication(ind); });
+  proxy.registerIndicationsLost([this] { onIndicationsLost(); });
 }
 
 token nextToken(std::atomic<token>& counter) {
@@ -209,6 +210,12 @@ bool ProfileCache::registerExpirationListener(std::function<void()> listener,
 }
 
 bool ProfileCache::releaseProfile(token entryToken) {
+  std::list<ExpirationListener> ended;
+  return releaseProfile(entryToken, /*key=*/{}, ended);
+}
+
+bool ProfileCache::releaseProfile(token entryToken, const std::weak_ptr<IProfileKey>& key,
+                                  std::list<ExpirationListener>& ended) {
   LogWrapper::log(LogLevel::High, logTag, "ProfileCache: releaseProfile token=%d",
                   static_cast<int>(entryToken));
   const Profile* const entry = find(entryToken);
@@ -216,7 +223,7 @@ bool ProfileCache::releaseProfile(token entryToken) {
     return false;
   }
   ModemProfile& profile = **entry;
-  profile.clearExpiredListeners();
+  profile.takeEndedListeners(key, ended);
   if (profile.getRefCount() >= 2) {
     profile.decRefCount();
     return true;
@@ -239,11 +246,12 @@ bool ProfileCache::releaseProfile(token entryToken) {
   return true;
 }
 
-void ProfileCache::clearExpiredListeners(token entryToken) {
+void ProfileCache::takeEndedListeners(token entryToken, const std::weak_ptr<IProfileKey>& key,
+                                      std::list<ExpirationListener>& ended) {
   workerThread.check();
   const auto entry = profileMap.find(entryToken);
   if (entry != profileMap.end() && entry->second != nullptr) {
-    entry->second->clearExpiredListeners();
+    entry->second->takeEndedListeners(key, ended);
   }
 }
 
@@ -291,6 +299,17 @@ void ProfileCache::onIndication(ProfileChangedInd ind) {
   }
 }
 
+void ProfileCache::onIndicationsLost() {
+  workerThread.check();
+  {
+    // An expected indication may be among the lost ones. Left here, it would swallow the next one
+    // that another client's change brings.
+    const MutexLock lock(dumpMutex);
+    pendingTransactions.clear();
+  }
+  refresh();
+}
+
 void ProfileCache::forget(int profileId) {
   std::list<Profile> forgotten;
   {
@@ -317,10 +336,16 @@ void ProfileCache::readAgain(int profileId) {
     if (!isOf(profile, profileId)) {
       continue;
     }
-    // The old object after the swap, which dies with its turn of the loop.
-    Profile replacement = proxy.get(profileId);
-    const MutexLock lock(dumpMutex);
-    profile.swap(replacement);
+    Profile replaced = proxy.get(profileId);
+    {
+      const MutexLock lock(dumpMutex);
+      profile.swap(replaced);
+    }
+    // Runs the listeners, without dumpMutex.
+    replaced.reset();
+    if (loop.isStopRequested()) {
+      return;
+    }
   }
 }
 

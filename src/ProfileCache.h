@@ -54,11 +54,19 @@ class ProfileCache {
   // Always false: keys have never been told whether their listener is in place.
   bool registerExpirationListener(std::function<void()> listener, std::weak_ptr<IProfileKey> key,
                                   token entryToken);
-  // A key is gone. The last one deletes a non-persistent profile of the library's own making.
+  // A key is gone. The last one deletes a non-persistent profile of the library's own making. The
+  // key's listeners move to ended, so that the caller decides where the clients' closures end.
+  bool releaseProfile(token entryToken, const std::weak_ptr<IProfileKey>& key,
+                      std::list<ExpirationListener>& ended);
+  // The same; ends the listeners of all keys that are gone.
   bool releaseProfile(token entryToken);
-  // Drops the listeners of keys that are gone, without a word; also for a token that is not cached.
-  void clearExpiredListeners(token entryToken);
+  // Moves the listeners of a key that is gone to ended, without a log line; does nothing for a
+  // token that is not cached.
+  void takeEndedListeners(token entryToken, const std::weak_ptr<IProfileKey>& key,
+                          std::list<ExpirationListener>& ended);
   void onIndication(ProfileChangedInd ind);
+  // Indications have been lost: reads everything, and expects none of the earlier changes any more.
+  void onIndicationsLost();
 
   // Any thread, at any moment; does not wait for the modem.
   std::vector<std::string> dump() EXCLUDES(dumpMutex);
@@ -80,6 +88,7 @@ class ProfileCache {
   void forget(int profileId);
   void readAgain(int profileId);
 
+  const EventManager& loop;
   const requestFunction sendRequest;
   OvixWdsProxy proxy;
   // The worker changes the containers, and what a cached profile's dump shows, under dumpMutex, and

@@ -37,7 +37,10 @@ std::string ProfileKey::dump() noexcept {
 ProfileKey::~ProfileKey() {
   const auto request = std::make_shared<CallbackRequest>();
   request->setReleaseToken(token);
+  request->setReleasedKey(weak_from_this());
   if (sendRequest) {
+    // The response holds this key's listeners. They end here, with none of the library's locks
+    // held.
     sendRequest(request);
   }
   LogWrapper::log(LogLevel::Debug, logTag, "~ProfileKey");

@@ -6,42 +6,120 @@
 #include <cerrno>
 #include <cstdlib>
 #include <map>
+#include <optional>
 #include <utility>
 
 namespace pavo {
 
 namespace {
 
-// The open ports by number. Never destroyed: keys are dropped until the very end of the process.
-struct OpenPorts {
-  Mutex mutex;
-  std::uint64_t lastNumber GUARDED_BY(mutex) = 0;
-  std::map<std::uint64_t, std::shared_ptr<RequestPort>> ports GUARDED_BY(mutex);
+bool isRelease(const ClientRequest& request) {
+  return request.getRequestType() == ReqRespType::Callback &&
+         static_cast<const CallbackRequest&>(request).hasReleaseToken();
+}
 
-  static OpenPorts& instance() {
-    static OpenPorts& open = *new OpenPorts;
-    return open;
+// The ports that have not ended, by number, and which threads wait because one is ending. Never
+// destroyed: keys are dropped until the very end of the process.
+class Ports {
+ public:
+  static Ports& instance() {
+    static Ports& ports = *new Ports;
+    return ports;
   }
 
-  std::uint64_t add(std::shared_ptr<RequestPort> port) {
+  std::uint64_t add(std::shared_ptr<RequestPort> port) EXCLUDES(mutex) {
     const MutexLock lock(mutex);
     if (__builtin_add_overflow(lastNumber, 1U, &lastNumber)) {
       std::abort();
     }
-    ports.emplace(lastNumber, std::move(port));
+    ports.emplace(lastNumber, Entry{std::move(port), std::nullopt});
     return lastNumber;
   }
 
-  void remove(std::uint64_t number) {
-    const MutexLock lock(mutex);
-    ports.erase(number);
-  }
-
-  std::shared_ptr<RequestPort> find(std::uint64_t number) {
+  std::shared_ptr<RequestPort> find(std::uint64_t number) EXCLUDES(mutex) {
     const MutexLock lock(mutex);
     const auto found = ports.find(number);
-    return found != ports.end() ? found->second : nullptr;
+    return found != ports.end() ? found->second.port : nullptr;
   }
+
+  // The calling thread ends the port and waits for its worker. False when that would close a
+  // circle.
+  bool beginEnd(std::uint64_t number, std::thread::id workerThread) EXCLUDES(mutex) {
+    const MutexLock lock(mutex);
+    if (waitsForCallingThread(workerThread)) {
+      return false;
+    }
+    ports.at(number).endingThread = std::this_thread::get_id();
+    waits[std::this_thread::get_id()] = {number, workerThread};
+    return true;
+  }
+
+  void workerJoined() EXCLUDES(mutex) {
+    const MutexLock lock(mutex);
+    waits.erase(std::this_thread::get_id());
+  }
+
+  void end(std::uint64_t number) EXCLUDES(mutex) {
+    std::shared_ptr<RequestPort> ended;
+    {
+      const MutexLock lock(mutex);
+      const auto found = ports.find(number);
+      if (found == ports.end()) {
+        return;
+      }
+      ended = std::move(found->second.port);
+      ports.erase(found);
+      std::erase_if(waits, [number](const auto& wait) { return wait.second.port == number; });
+    }
+    portEnded.notifyAll();
+  }
+
+  // Waits until a port that is ending has ended, unless the thread that ends it is the calling one
+  // or waits for it.
+  void awaitEnd(std::uint64_t number) EXCLUDES(mutex) {
+    const MutexLock lock(mutex);
+    const auto found = ports.find(number);
+    if (found == ports.end() || !found->second.endingThread ||
+        waitsForCallingThread(*found->second.endingThread)) {
+      return;
+    }
+    waits[std::this_thread::get_id()] = {number, *found->second.endingThread};
+    while (ports.contains(number)) {
+      portEnded.wait(mutex);
+    }
+  }
+
+ private:
+  struct Entry {
+    std::shared_ptr<RequestPort> port;
+    std::optional<std::thread::id> endingThread;
+  };
+
+  // A wait for a thread, until it has done its part in the end of a port.
+  struct Wait {
+    std::uint64_t port;
+    std::thread::id thread;
+  };
+
+  Ports() { keepFreeAcrossFork(mutex); }
+
+  bool waitsForCallingThread(std::thread::id thread) const REQUIRES(mutex) {
+    while (thread != std::this_thread::get_id()) {
+      const auto wait = waits.find(thread);
+      if (wait == waits.end()) {
+        return false;
+      }
+      thread = wait->second.thread;
+    }
+    return true;
+  }
+
+  Mutex mutex;
+  CondVar portEnded;
+  std::uint64_t lastNumber GUARDED_BY(mutex) = 0;
+  std::map<std::uint64_t, Entry> ports GUARDED_BY(mutex);
+  // By the thread that waits. A thread waits for one other at a time.
+  std::map<std::thread::id, Wait> waits GUARDED_BY(mutex);
 };
 
 thread_local bool isWorkerThread = false;
@@ -50,25 +128,42 @@ thread_local bool isWorkerThread = false;
 
 std::shared_ptr<RequestPort> RequestPort::create() {
   std::shared_ptr<RequestPort> port(new RequestPort);
-  port->number = OpenPorts::instance().add(port);
+  port->number = Ports::instance().add(port);
   return port;
 }
 
 requestFunction RequestPort::getRequestFunction() const {
   const std::uint64_t portNumber = number;
   return [portNumber](const std::shared_ptr<ClientRequest>& request) {
-    const std::shared_ptr<RequestPort> port = OpenPorts::instance().find(portNumber);
+    const std::shared_ptr<RequestPort> port = Ports::instance().find(portNumber);
     return port != nullptr ? port->submit(request) : std::shared_ptr<ClientResponse>();
   };
 }
 
 std::shared_ptr<ClientResponse> RequestPort::submit(const std::shared_ptr<ClientRequest>& request) {
+  if (isInForkedChild()) {
+    // The profile of a key that is dropped here is its parent's.
+    if (!isRelease(*request)) {
+      logRefusalInForkedChild(request->text().c_str());
+    }
+    return nullptr;
+  }
   if (onWorkerThread()) {
     // Before another thread may have it: this may be the worker of another Manager.
     const std::string& text = request->text();
     logOnWorkerThread(putOff(request) ? "put off" : "refused", text.c_str());
     return nullptr;
   }
+  std::shared_ptr<ClientResponse> response = exchange(request);
+  if (response == nullptr && isRelease(*request)) {
+    // The worker has not seen the release. While it ends, the key's listener may be running.
+    Ports::instance().awaitEnd(number);
+  }
+  return response;
+}
+
+std::shared_ptr<ClientResponse> RequestPort::exchange(
+    const std::shared_ptr<ClientRequest>& request) {
   const Turn turn(turns);
   const MutexLock lock(slotMutex);
   if (closed) {
@@ -88,8 +183,11 @@ std::shared_ptr<ClientResponse> RequestPort::submit(const std::shared_ptr<Client
   return std::exchange(responseSlot, nullptr);
 }
 
+bool RequestPort::beginEnd(std::thread::id workerThread) {
+  return !isInForkedChild() && Ports::instance().beginEnd(number, workerThread);
+}
+
 void RequestPort::close() {
-  OpenPorts::instance().remove(number);
   // The slot's handle dies after the lock: it may be the last one of a key.
   std::shared_ptr<ClientRequest> unanswered;
   {
@@ -106,9 +204,12 @@ void RequestPort::close() {
   }
 }
 
+void RequestPort::workerJoined() { Ports::instance().workerJoined(); }
+
+void RequestPort::end() { Ports::instance().end(number); }
+
 bool RequestPort::putOff(const std::shared_ptr<ClientRequest>& request) {
-  if (request->getRequestType() != ReqRespType::Callback ||
-      !static_cast<const CallbackRequest&>(*request).hasReleaseToken()) {
+  if (!isRelease(*request)) {
     return false;
   }
   const MutexLock lock(putOffMutex);
@@ -131,6 +232,10 @@ bool RequestPort::onWorkerThread() { return isWorkerThread; }
 
 void RequestPort::logOnWorkerThread(const char* outcome, const char* call) {
   LogWrapper::log(LogLevel::Error, logTag, "called on the worker thread, %s: %s", outcome, call);
+}
+
+void RequestPort::logRefusalInForkedChild(const char* call) {
+  LogWrapper::log(LogLevel::Error, logTag, "called in a forked child, refused: %s", call);
 }
 
 }  // namespace pavo

@@ -18,7 +18,10 @@ namespace pavo {
 /// thread (in a listener) the release is put off until the event in hand is done.
 ///
 /// A key may outlive the library's worker (a second Manager::init, process exit); it is then
-/// harmless and unknown.
+/// harmless and unknown. A key that is dropped while its worker ends waits for the end of the
+/// worker's cache, so that its listener is over when the drop returns. The drop does not wait on a
+/// worker thread, on the thread that ends the worker, and on a thread that the ending thread waits
+/// for.
 class PAVO_API IProfileKey {
  public:
   virtual ~IProfileKey();
@@ -29,6 +32,9 @@ class PAVO_API IProfileKey {
   /// Has listener called once when the cached profile goes: it was deleted, changed by the modem or
   /// another client, or dropped by a refresh. It runs on the library's worker thread (or on the
   /// thread that replaces or destroys the worker) while this key exists, and not at all after.
+  /// When the key is dropped, listener is destroyed on the dropping thread; when the profile goes,
+  /// on the thread that has run it, where neither it nor what it captures may take a lock that is
+  /// held around a call of the library.
   /// On the worker thread the library's operations answer empty; on the thread that replaces the
   /// worker, this key's do, and the Manager's go to the new worker. An empty listener is ignored;
   /// what a listener throws is swallowed. Blocks until the worker has stored it; on the worker

@@ -24,14 +24,20 @@ class ClientRequestManager;
 /// thread and blocks until that has answered. Modem requests take up to one second each (then they
 /// have failed): add, modify and delete cost one, a completed refresh one and one more for each
 /// profile, filter, match and get none. Callers on several threads take turns, so the wait is for
-/// those before and for what the worker has in hand too: reading a profile that the modem says has
-/// changed (one request), registering with a modem that has come back (three), or reading all
-/// profiles after its power-up (one and one for each).
+/// those before and for what the worker has in hand too: profiles that the modem says have changed
+/// (up to 200 ms and one request; the worker serves callers before it goes on with the rest),
+/// registering with a modem that has come back (three requests), or reading all profiles after its
+/// power-up (one and one for each).
 ///
 /// Failures show only as empty results and in the log: before init(), during a refresh and when the
 /// modem refuses, keys and lists are empty, flags false, values absent. Nothing throws. On the
 /// library's worker thread (in an expiration listener) every operation but dump() logs one error
 /// and answers empty.
+///
+/// A child process that was forked after init() shares the descriptors and the modem connection of
+/// its parent and has no worker. In it, every operation of this Manager, init() included, logs one
+/// error and answers empty, and the destructor and the drop of a key leave everything alone. A child
+/// that needs the library makes a Manager of its own.
 class PAVO_API Manager {
  public:
   /// The process-wide instance, made on first use and destroyed at process exit. Any thread.
@@ -46,17 +52,18 @@ class PAVO_API Manager {
   Manager();
   Manager(const Manager&) = delete;
   Manager& operator=(const Manager&) = delete;
-  /// Stops the worker, waiting for a modem request in progress. Listeners of keys that are still
+  /// Stops the worker, waiting for one modem request in progress. Listeners of keys that are still
   /// held run here, on this thread; the keys' profiles stay on the modem. Writes "wake()" to
-  /// standard output, as every end of a worker does. On a worker thread (a listener has called
-  /// exit()) nothing is waited for.
+  /// standard output, as every end of a worker does. On this Manager's own worker thread (a listener
+  /// has called exit()) the worker cannot be waited for and goes on until the process has ended.
   ~Manager();
 
   /// Starts the worker, or replaces it and with it the whole cache: earlier keys are then unknown,
   /// their listeners run on this thread, and their profiles, also those that are not persistent,
   /// stay on the modem. The cache is empty until the first refresh, asked for or brought about by
-  /// the modem. Blocks until an earlier worker has ended. Ends the process (abort, terminate) when
-  /// the system has no file descriptor or thread left.
+  /// the modem. Blocks until an earlier worker has ended, for one modem request. Ends the process
+  /// (abort, terminate) when the system has no file descriptor, thread or memory to watch a
+  /// descriptor left.
   /// @param subscription the subscription to serve, sent to the modem unchanged
   /// @param useAndroidLog true: log to the Android log; false: to the modem's diagnostic channel
   void init(int subscription, bool useAndroidLog) noexcept;

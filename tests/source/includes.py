@@ -10,8 +10,9 @@ import re
 import sys
 
 LAYERS = {
-    0: "Mutex ThreadChecker TurnQueue UniqueFd",
-    1: "AddProfileParams DumpText Export FilterProfileParams IProfileKey ModifyProfileParams"
+    0: "Fork Mutex ThreadChecker TurnQueue UniqueFd",
+    1: "AddProfileParams DumpText ExpirationListener Export FilterProfileParams IProfileKey"
+       " ModifyProfileParams"
        " NamedValue PDCRefreshStatus ProfileParams ProfileTypes",
     2: "AdbWriter DiagWriter LocalLogBuffer LogLevel LogWrapper LogWriter",
     3: "ClientRequest ClientResponse EventManager ProfileKey ReqRespType RequestFunction"

@@ -64,6 +64,7 @@ struct Behaviour {
   ovix_client_error_type registerErrorCbResult = 0;
   ovix_client_error_type decodeResult = 0;
   bool emitsIndications = false;
+  std::function<void(const std::string&)> logHook;
   std::map<unsigned int, std::deque<ModemHandler>> next;
   std::map<unsigned int, ModemHandler> every;
   // By the number of the send since the reset.
@@ -812,6 +813,23 @@ void FakePlatform::record(PlatformCall call) {
   state->record(std::move(call));
 }
 
+void FakePlatform::setLogHook(std::function<void(const std::string&)> hook) {
+  state->set(&Behaviour::logHook, std::move(hook));
+}
+
+void FakePlatform::recordLogLine(PlatformCall call) {
+  const std::string message = call.message;
+  std::function<void(const std::string&)> hook;
+  {
+    const std::lock_guard lock(state->mutex);
+    state->record(std::move(call));
+    hook = state->behaviour.logHook;
+  }
+  if (hook) {
+    hook(message);
+  }
+}
+
 }  // namespace pavo::test
 
 using pavo::test::FakePlatform;
@@ -911,11 +929,11 @@ int __android_log_print(int prio, const char* tag, const char* fmt, ...) {
   std::string message(static_cast<std::size_t>(std::max(length, 0)), '\0');
   std::vsnprintf(message.data(), message.size() + 1, fmt, again);
   va_end(again);
-  FakePlatform::instance().record({.kind = FakePlatform::Kind::Log,
-                                   .priority = prio,
-                                   .tag = tag,
-                                   .format = fmt,
-                                   .message = std::move(message)});
+  FakePlatform::instance().recordLogLine({.kind = FakePlatform::Kind::Log,
+                                          .priority = prio,
+                                          .tag = tag,
+                                          .format = fmt,
+                                          .message = std::move(message)});
   return length;
 }
 }

@@ -177,6 +177,8 @@ class FakePlatform {
   /// Whether creates, modifies and deletes are followed by their indications, as on a real modem:
   /// create and modify, modify, delete, from the platform thread. Off at first.
   void setEmitsIndications(bool emits);
+  /// Runs with each line of the Android log, on the thread that logs it and with no lock held.
+  void setLogHook(std::function<void(const std::string& message)> hook);
 
   // How requests are answered. Scripts for one message are used up in the order in which they were
   // made; what is not scripted is answered by the modem itself.
@@ -288,6 +290,7 @@ class FakePlatform {
                                 unsigned int dstLength);
   ovix_client_error_type release(ovix_client_type handle);
   void record(PlatformCall call);
+  void recordLogLine(PlatformCall call);
 
  private:
   struct State;

@@ -293,7 +293,7 @@ TEST_F(OvixWdsProxyIndicationTest, Indicate_InsideTheProfileCallback_DeliveredBy
   EXPECT_EQ(deliveries(), (Sequence{"1 Create", "8 Create"}));
 }
 
-TEST_F(OvixWdsProxyIndicationTest, Indicate_ModemNeverPauses_TurnEnds) {
+TEST_F(OvixWdsProxyIndicationTest, Indicate_ModemNeverPauses_TurnEndsAndTheRestHasAWakeUp) {
   proxy->registerProfileChangedInd([this](ProfileChangedInd ind) {
     received.push_back(ind);
     indicate(1);
@@ -301,9 +301,68 @@ TEST_F(OvixWdsProxyIndicationTest, Indicate_ModemNeverPauses_TurnEnds) {
   indicate(1);
   loop.processEvents();
   const std::size_t ofOneTurn = received.size();
-  EXPECT_EQ(ofOneTurn, 512U);
+  // The last indication is the one that the turn left behind.
+  proxy->registerProfileChangedInd([this](ProfileChangedInd ind) { received.push_back(ind); });
   loop.processEvents();
-  EXPECT_EQ(received.size(), 2 * ofOneTurn);
+  EXPECT_EQ(received.size(), ofOneTurn) << "the turn gives way once";
+  loop.processEvents();
+  EXPECT_EQ(received.size(), ofOneTurn + 1);
+}
+
+TEST_F(OvixWdsProxyIndicationTest, Indicate_StopRequestedMeanwhile_TurnEndsAfterTheOneInHand) {
+  proxy->registerProfileChangedInd([this](ProfileChangedInd ind) {
+    received.push_back(ind);
+    loop.requestStop();
+  });
+  indicate(1);
+  indicate(2);
+  indicate(3);
+  EXPECT_EQ(process(), (Sequence{sizeLine(3), "decode", receivedLine, sizeLine(2)}));
+  EXPECT_EQ(deliveries(), Sequence{"1 Create"});
+}
+
+TEST_F(OvixWdsProxyIndicationTest,
+       Indicate_MoreThanTheQueueHolds_DroppedWithOneLineAndReportedOnce) {
+  constexpr auto queuedMax = static_cast<int>(OvixWdsProxy::indicationsQueuedMax);
+  const std::string dropping =
+      "E 16384 indications are queued, dropping more until they are handled";
+  int reports = 0;
+  std::size_t deliveredBeforeReport = 0;
+  proxy->registerIndicationsLost([&] {
+    ++reports;
+    deliveredBeforeReport = received.size();
+  });
+  for (int episode = 1; episode <= 2; ++episode) {
+    received.clear();
+    platform.clearCalls();
+    for (int i = 0; i < queuedMax; ++i) {
+      indicate(1);
+    }
+    EXPECT_THAT(recorded(), testing::Not(testing::Contains(dropping)));
+    for (int i = 0; i < 3; ++i) {
+      indicate(2);
+    }
+    EXPECT_THAT(recorded(), testing::Contains(dropping).Times(1));
+    while (reports < episode && !HasFailure()) {
+      loop.processEvents();
+    }
+    EXPECT_EQ(reports, episode);
+    EXPECT_EQ(deliveredBeforeReport, OvixWdsProxy::indicationsQueuedMax);
+    EXPECT_EQ(received.size(), OvixWdsProxy::indicationsQueuedMax);
+  }
+}
+
+TEST_F(OvixWdsProxyIndicationTest, HandleError_IndicationsWereDropped_NotReportedOfADeadClient) {
+  int reports = 0;
+  proxy->registerIndicationsLost([&] { ++reports; });
+  for (std::size_t i = 0; i <= OvixWdsProxy::indicationsQueuedMax; ++i) {
+    indicate(1);
+  }
+  platform.raiseError();
+  loop.processEvents();
+  loop.processEvents();
+  EXPECT_EQ(reports, 0);
+  EXPECT_EQ(received.size(), 0U);
 }
 
 // A log daemon that goes through the modem makes such things.

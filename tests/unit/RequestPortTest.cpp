@@ -16,6 +16,7 @@
 #include "ClientResponse.h"
 #include "Deadline.h"
 #include "Sequence.h"
+#include "ThreadState.h"
 #include "UniqueFd.h"
 #include "WakeFd.h"
 
@@ -49,6 +50,7 @@ class RequestPortTest : public testing::Test {
   ~RequestPortTest() override {
     stopServing();
     port->close();
+    port->end();
   }
 
   // 0 when the port has not been woken since the last look.
@@ -145,6 +147,7 @@ TEST_F(RequestPortTest, Submit_NoDescriptorYet_ErrorAndEmpty) {
   EXPECT_EQ(young->submit(makeRequest()), nullptr);
   EXPECT_EQ(logged(), Sequence{"E error in writing rv: -1 error: Bad file descriptor"});
   young->close();
+  young->end();
 }
 
 TEST_F(RequestPortTest, Serve_NoRequest_HandlerNotCalled) {
@@ -218,6 +221,7 @@ TEST(RequestPortLifetimeTest, GetRequestFunction_PortGone_EmptyWithoutLine) {
   auto port = RequestPort::create();
   const requestFunction function = port->getRequestFunction();
   port->close();
+  port->end();
   const std::weak_ptr<RequestPort> watched = port;
   port.reset();
   EXPECT_TRUE(watched.expired()) << "the function keeps the port alive";
@@ -229,6 +233,7 @@ TEST(RequestPortLifetimeTest, GetRequestFunction_AnotherPortOpened_NotTakenForTh
   auto first = RequestPort::create();
   const requestFunction function = first->getRequestFunction();
   first->close();
+  first->end();
   first.reset();
   const UniqueFd fd{eventfd(/*count=*/0, EFD_NONBLOCK | EFD_CLOEXEC)};
   const auto second = RequestPort::create();
@@ -237,6 +242,93 @@ TEST(RequestPortLifetimeTest, GetRequestFunction_AnotherPortOpened_NotTakenForTh
   std::uint64_t count = 0;
   EXPECT_EQ(read(fd.get(), &count, sizeof count), -1) << "the second port was woken";
   second->close();
+  second->end();
+}
+
+// The test's thread ends the port; the worker's thread is one that waits for nothing.
+class PortEndTest : public RequestPortTest {
+ protected:
+  PortEndTest() {
+    EXPECT_TRUE(port->beginEnd(idOfAnotherThread()));
+    port->close();
+    port->workerJoined();
+  }
+
+  static std::thread::id idOfAnotherThread() {
+    std::thread other([] {});
+    const std::thread::id id = other.get_id();
+    other.join();
+    return id;
+  }
+};
+
+TEST_F(PortEndTest, Submit_ReleaseOnAnotherThread_ReturnsWhenThePortHasEnded) {
+  std::atomic<int> id{0};
+  std::atomic<bool> hasReturned{false};
+  bool hasEnded = false;
+  bool hadEnded = false;
+  std::thread caller([&] {
+    id = gettid();
+    EXPECT_EQ(port->submit(makeRelease(3)), nullptr);
+    hasReturned = true;
+    hadEnded = hasEnded;
+  });
+  EXPECT_TRUE(waitUntil([&] { return hasReturned || (id != 0 && isAsleep(id)); }));
+  hasEnded = true;
+  port->end();
+  caller.join();
+  EXPECT_TRUE(hadEnded);
+}
+
+TEST_F(PortEndTest, Submit_OtherRequestOnAnotherThread_DoesNotWait) {
+  std::thread caller([&] { EXPECT_EQ(port->submit(makeRequest()), nullptr); });
+  caller.join();
+}
+
+TEST_F(PortEndTest, Submit_ReleaseOnTheEndingThread_DoesNotWait) {
+  EXPECT_EQ(port->submit(makeRelease(3)), nullptr);
+}
+
+TEST_F(PortEndTest, Submit_ReleaseOnAWorkerThread_DoesNotWait) {
+  std::thread caller([&] {
+    RequestPort::becomeWorkerThread();
+    EXPECT_EQ(port->submit(makeRelease(3)), nullptr);
+  });
+  caller.join();
+}
+
+// Two threads that end a port each, and drop a key of the other's port meanwhile.
+TEST_F(PortEndTest, Submit_ReleasesOfTwoEndingThreads_OneDoesNotWait) {
+  const auto second = RequestPort::create();
+  std::atomic<int> id{0};
+  std::thread ending([&] {
+    EXPECT_TRUE(second->beginEnd(idOfAnotherThread()));
+    second->workerJoined();
+    second->close();
+    id = gettid();
+    EXPECT_EQ(port->submit(makeRelease(3)), nullptr);
+    second->end();
+  });
+  EXPECT_TRUE(waitUntil([&] { return id != 0 && isAsleep(id); }));
+  EXPECT_EQ(second->submit(makeRelease(4)), nullptr);
+  port->end();
+  ending.join();
+}
+
+TEST_F(RequestPortTest, BeginEnd_OnTheWorkersThread_Refused) {
+  EXPECT_FALSE(port->beginEnd(std::this_thread::get_id()));
+}
+
+TEST_F(RequestPortTest, BeginEnd_WorkerWaitsForTheCaller_Refused) {
+  const auto second = RequestPort::create();
+  const std::thread::id first = std::this_thread::get_id();
+  std::thread::id other;
+  std::thread waiting([&] {
+    other = std::this_thread::get_id();
+    EXPECT_TRUE(port->beginEnd(first));
+  });
+  waiting.join();
+  EXPECT_FALSE(second->beginEnd(other));
 }
 
 class WorkerThreadTest : public RequestPortTest {

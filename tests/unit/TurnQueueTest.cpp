@@ -4,22 +4,14 @@
 #include <unistd.h>
 
 #include <atomic>
-#include <fstream>
-#include <string>
 #include <thread>
 #include <vector>
 
 #include "Deadline.h"
+#include "ThreadState.h"
 
 namespace pavo::test {
 namespace {
-
-bool isAsleep(int thread) {
-  std::ifstream file("/proc/self/task/" + std::to_string(thread) + "/stat");
-  const std::string stat{std::istreambuf_iterator<char>(file), {}};
-  const auto name = stat.rfind(')');
-  return name != std::string::npos && stat.substr(name, 3) == ") S";
-}
 
 TEST(TurnQueueTest, Leave_OthersWait_TheyComeFirstInTheirOrder) {
   TurnQueue queue;

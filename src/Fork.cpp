@@ -1,0 +1,69 @@
+#include "Fork.h"
+
+#include <pthread.h>
+
+#include <atomic>
+#include <vector>
+
+namespace pavo {
+
+namespace {
+
+// Counts the forks that lie between the process in which the library was loaded and this one.
+std::atomic<unsigned int> forks{0};
+
+// Never destroyed: a process may fork while it exits.
+struct ForkGuard {
+  Mutex mutex;
+  std::vector<Mutex*> keptFree GUARDED_BY(mutex);
+
+  static ForkGuard& instance() {
+    static ForkGuard& guard = *new ForkGuard;
+    return guard;
+  }
+
+  ForkGuard() { ::pthread_atfork(beforeFork, afterForkInParent, afterForkInChild); }
+
+  // The thread that forks holds all the mutexes across fork(). The analysis sees neither the loop
+  // nor that one call locks and another unlocks.
+  static void beforeFork() NO_THREAD_SAFETY_ANALYSIS {
+    ForkGuard& guard = instance();
+    guard.mutex.lock();
+    for (Mutex* const kept : guard.keptFree) {
+      kept->lock();
+    }
+  }
+
+  static void afterForkInParent() NO_THREAD_SAFETY_ANALYSIS {
+    ForkGuard& guard = instance();
+    for (auto kept = guard.keptFree.rbegin(); kept != guard.keptFree.rend(); ++kept) {
+      (*kept)->unlock();
+    }
+    guard.mutex.unlock();
+  }
+
+  static void afterForkInChild() {
+    forks.fetch_add(1, std::memory_order_relaxed);
+    afterForkInParent();
+  }
+};
+
+}  // namespace
+
+ProcessMark::ProcessMark() {
+  // The first mark has the forks counted.
+  ForkGuard::instance();
+  generation = forks.load(std::memory_order_relaxed);
+}
+
+bool ProcessMark::isInForkedChild() const {
+  return generation != forks.load(std::memory_order_relaxed);
+}
+
+void keepFreeAcrossFork(Mutex& mutex) {
+  ForkGuard& guard = ForkGuard::instance();
+  const MutexLock lock(guard.mutex);
+  guard.keptFree.push_back(&mutex);
+}
+
+}  // namespace pavo
