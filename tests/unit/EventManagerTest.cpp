@@ -9,10 +9,13 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <array>
 #include <atomic>
 #include <csignal>
+#include <cstddef>
 #include <cstdint>
 #include <cstdlib>
+#include <cstring>
 #include <iostream>
 #include <string>
 #include <thread>
@@ -32,6 +35,9 @@ namespace {
 // the kernel does not make on request.
 thread_local std::vector<epoll_event> scriptedEvents;
 
+// The last event that this thread gave to the kernel, in all its bytes.
+thread_local std::array<unsigned char, sizeof(epoll_event)> givenEvent;
+
 }  // namespace
 }  // namespace pavo::test
 
@@ -49,6 +55,16 @@ int __wrap_epoll_wait(int fd, epoll_event* events, int count, int timeout) {
   std::copy_n(scripted.begin(), ready, events);
   scripted.clear();
   return ready;
+}
+
+int __real_epoll_ctl(int fd, int operation, int target, epoll_event* event);
+
+int __wrap_epoll_ctl(int fd, int operation, int target, epoll_event* event);
+int __wrap_epoll_ctl(int fd, int operation, int target, epoll_event* event) {
+  if (event != nullptr) {
+    std::memcpy(pavo::test::givenEvent.data(), event, sizeof *event);
+  }
+  return __real_epoll_ctl(fd, operation, target, event);
 }
 }
 
@@ -191,6 +207,27 @@ TEST_F(EventManagerTest, Construct_Always_DescriptorsCloseOnExec) {
   EXPECT_EQ(fcntl(wakeFd, F_GETFD), FD_CLOEXEC);
   EXPECT_NE(fcntl(wakeFd, F_GETFL) & O_NONBLOCK, 0);
   EXPECT_TRUE(EventManager::isApprovedFd(wakeFd));
+}
+
+// Leaves no byte 0 in that part of the stack where the next function has its variables.
+[[gnu::noinline]] void soilStack() {
+  volatile unsigned char soil[8192];
+  for (volatile unsigned char& byte : soil) {
+    byte = 0xA5;
+  }
+}
+
+TEST_F(EventManagerTest, AddEventHandler_AnyFd_NoByteGivenToTheKernelIsLeftToChance) {
+  const int fd = own(makeEventFd());
+  givenEvent.fill(0xFF);
+  soilStack();
+  ASSERT_TRUE(loop.addEventHandler(fd, onEvent, &calls, onClose, EPOLLIN));
+  std::array<unsigned char, sizeof(epoll_event)> expected{};
+  const unsigned int events = EPOLLIN;
+  std::memcpy(expected.data() + offsetof(epoll_event, events), &events, sizeof events);
+  std::memcpy(expected.data() + offsetof(epoll_event, data), &fd, sizeof fd);
+  EXPECT_EQ(givenEvent, expected);
+  loop.removeEventHandler(fd);
 }
 
 TEST_F(EventManagerTest, AddEventHandler_NewFd_ApprovedAndLogged) {
