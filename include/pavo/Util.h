@@ -17,8 +17,10 @@ namespace pavo {
 /// An object holds nothing but its switch and may be made and dropped at will, on any thread but
 /// the library's worker; one object is for one thread at a time. Every operation is several calls
 /// of the Manager, each of which blocks as described there: at most one request to the modem for a
-/// call or attach, one for each profile that a list reaches. Other clients may change profiles in
-/// between. Failures show only as empty results and in the log. Nothing throws.
+/// call or attach; for a list one for each profile that an element's class or a name reaches, or
+/// two where a profile of type V4 or V6 gets its own types and then those of an IP type that has no
+/// profile. Other clients may change profiles in between. Failures show only as empty results and
+/// in the log. Nothing throws.
 class PAVO_API Util {
  public:
   /// Makes the process-wide Manager when there is none yet.

@@ -59,6 +59,7 @@ struct Behaviour {
   FakePlatform::Announcement announcement = FakePlatform::Announcement::FromPlatformThread;
   ovix_client_error_type getAnyServiceResult = 0;
   ovix_client_error_type notifierInitResult = 0;
+  bool failedInitMakesNotifier = false;
   ovix_client_error_type registerNotifyCbResult = 0;
   ovix_client_error_type clientInitResult = 0;
   ovix_client_error_type registerErrorCbResult = 0;
@@ -240,8 +241,9 @@ void FakePlatform::setGetAnyServiceResult(ovix_client_error_type result) {
   state->set(&Behaviour::getAnyServiceResult, result);
 }
 
-void FakePlatform::setNotifierInitResult(ovix_client_error_type result) {
+void FakePlatform::setNotifierInitResult(ovix_client_error_type result, bool makesNotifier) {
   state->set(&Behaviour::notifierInitResult, result);
+  state->set(&Behaviour::failedInitMakesNotifier, makesNotifier);
 }
 
 void FakePlatform::setRegisterNotifyCbResult(ovix_client_error_type result) {
@@ -611,9 +613,8 @@ ovix_client_error_type FakePlatform::notifierInit(ovix_service_object_type servi
   // The block is the library's to use; who uses it again has to clear it.
   std::memset(osParams, 0xA5, sizeof *osParams);
   const ovix_client_error_type result = state->behaviour.notifierInitResult;
-  // Set even when it fails: a caller must not take it for a notifier then.
-  *notifier = state->newHandle();
-  if (result == OVIX_CLIENT_NO_ERROR) {
+  if (result == OVIX_CLIENT_NO_ERROR || state->behaviour.failedInitMakesNotifier) {
+    *notifier = state->newHandle();
     state->notifiers.push_back({.handle = *notifier, .serviceObject = serviceObject});
   }
   state->record({.kind = Kind::NotifierInit, .handle = *notifier, .result = result});

@@ -167,8 +167,9 @@ class FakePlatform {
   void setServiceObjectPresent(bool present);
   void setAnnouncement(Announcement announcement);
   /// What these functions return; with anything but 0 they do nothing else, save that the callbacks
-  /// are registered and a failed init leaves a number where its handle should be.
-  void setNotifierInitResult(ovix_client_error_type result);
+  /// are registered and a failed client init leaves a number where its handle should be.
+  /// @param makesNotifier of the notifier's init: whether it makes one in spite of its error
+  void setNotifierInitResult(ovix_client_error_type result, bool makesNotifier = false);
   void setRegisterNotifyCbResult(ovix_client_error_type result);
   void setGetAnyServiceResult(ovix_client_error_type result);
   void setClientInitResult(ovix_client_error_type result);

@@ -9,7 +9,9 @@
 namespace pavoctl {
 namespace {
 
+using testing::AllOf;
 using testing::HasSubstr;
+using testing::Not;
 using testing::ThrowsMessage;
 
 CommandLine parse(std::vector<const char*> arguments) {
@@ -138,13 +140,13 @@ struct BadUsage {
 TEST(CommandLine, BadUsage_IsRefusedInOneLine) {
   for (const BadUsage& bad : std::vector<BadUsage>{
            {{}, "no command given"},
-           {{"frobnicate"}, "frobnicate"},
-           {{"list", "--frobnicate"}, "--frobnicate"},
-           {{"list", "extra"}, "extra"},
+           {{"frobnicate"}, "'frobnicate' is not a command"},
+           {{"list", "--frobnicate"}, "--frobnicate is not an option"},
+           {{"list", "extra"}, "an argument too many"},
            {{"get"}, "ID is required"},
            {{"get", "x"}, "ID: 'x' is not a number"},
            {{"get", "256"}, "ID: '256' is not a number from 0 to 255"},
-           {{"delete", "1", "2"}, "2"},
+           {{"delete", "1", "2"}, "an argument too many"},
            {{"add", "--apn", "x"}, "--persistent, or --hold"},
            {{"add", "--persistent", "--hold"}, "excludes"},
            {{"add", "--persistent", "--max-pdn", "65536"}, "--max-pdn: '65536'"},
@@ -172,6 +174,66 @@ TEST(CommandLine, BadUsage_IsRefusedInOneLine) {
       EXPECT_THAT(error.what(), HasSubstr(bad.message));
       EXPECT_EQ(std::string(error.what()).find('\n'), std::string::npos) << error.what();
     }
+  }
+}
+
+// A password behind a misspelt option reaches places that are not made for it.
+TEST(CommandLine, MisspeltWord_NamedWithoutWhatWasGivenToIt) {
+  for (const BadUsage& bad : std::vector<BadUsage>{
+           {{"add", "--pasword", "hunter2", "--persistent"}, "--pasword is not an option"},
+           {{"add", "--pasword=hunter2", "--persistent"}, "--pasword is not an option"},
+           {{"add", "-phunter2", "--persistent"}, "-p is not an option"},
+           {{"add", "-password", "hunter2", "--persistent"}, "-p is not an option"},
+           {{"add", "--pasword", "--hunter2", "--persistent"}, "--pasword is not an option"},
+           {{"modify", "3", "--pasword", "hunter2"}, "--pasword is not an option"},
+           {{"modify", "--pasword", "hunter2", "3"}, "--pasword is not an option"},
+           {{"modify", "--pasword", "hunter2"}, "--pasword is not an option"},
+           {{"modify", "3", "--password", "my", "hunter2"}, "an argument too many"},
+           {{"modify", "3", "password=hunter2"}, "an argument too many"},
+           {{"modify", "password=hunter2"}, "ID: 'password'=... is not a number"},
+           {{"import", "f", "--plmn", "all", "--pasword", "hunter2"}, "--pasword is not an option"},
+           {{"--pasword", "hunter2", "list"}, "--pasword is not an option"},
+           {{"--pasword", "hunter2"}, "--pasword is not an option"},
+           {{"ad", "--password", "hunter2"}, "'ad' is not a command"},
+           {{"pasword=hunter2"}, "'pasword' is not a command"},
+           {{"=hunter2"}, "'' is not a command"},
+           {{"list", ""}, "an argument too many"},
+           {{"list", "--json=hunter2"}, "json was given"},
+           {{"add", "--persistent=hunter2"}, "persistent was given"},
+           {{"add", "--password", "hunter2", "--password", "hunter2"}, "--password"},
+           {{"setup-data-call", "--pasword", "hunter2"}, "--pasword is not an option"},
+           {{"setup-data-call", "--pasword", "a=hunter2"}, "--pasword is not an option"},
+           {{"setup-data-call", "hunter2"}, "an argument is not ATTRIBUTE=VALUE"},
+           {{"setup-data-call", "pasword=hunter2"}, "'pasword' is not an attribute of a profile"},
+           {{"setup-data-call", "password=a,hunter2"}, "an argument is not ATTRIBUTE=VALUE"},
+           {{"setup-data-call", "password=a,hunter2=b"}, "an argument is not ATTRIBUTE=VALUE"},
+           {{"apn-class", "class=IMS,pasword=hunter2"}, "'pasword' is not an attribute"},
+           {{"match-attach", "password=hunter2"}, "ID: 'password'=... is not a number"},
+           {{"match-attach", "--pasword", "hunter2", "3"}, "--pasword is not an option"},
+       }) {
+    SCOPED_TRACE(bad.message);
+    EXPECT_THAT(
+        [&] { parse(bad.arguments); },
+        ThrowsMessage<UsageError>(AllOf(HasSubstr(bad.message), Not(HasSubstr("hunter2")))));
+  }
+}
+
+TEST(CommandLine, MisspeltWordInTheShell_NamedWithoutWhatWasGivenToIt) {
+  struct Case {
+    std::vector<std::string> words;
+    const char* message;
+  };
+  const CommandLine start = parse({"shell"});
+  for (const Case& c : std::vector<Case>{
+           {{"release", "--pasword", "hunter2"}, "--pasword is not an option (try help)"},
+           {{"listen", "password=hunter2"}, "KEY: 'password'=... is not a number"},
+           {{"hold", "3", "hunter2"}, "an argument too many (try help)"},
+           {{"help", "add", "hunter2"}, "an argument too many (try help)"},
+           {{"ad", "--password", "hunter2"}, "'ad' is not a command (try help)"},
+       }) {
+    SCOPED_TRACE(c.message);
+    EXPECT_THAT([&] { CommandLine::parseInShell(c.words, start); },
+                ThrowsMessage<UsageError>(AllOf(HasSubstr(c.message), Not(HasSubstr("hunter2")))));
   }
 }
 

@@ -239,8 +239,8 @@ TEST_F(PolicyProgramTest, BadInput_AnyKind_IsOneLineAndChangesNothing) {
   };
   modem.control("clear-transcript");
   for (const Case& c : std::vector<Case>{
-           {{"setup-data-call", "apn"}, badUsage, "'apn' is not ATTRIBUTE=VALUE"},
-           {{"setup-data-call", "apm=x"}, badUsage, "'apm=x' is not ATTRIBUTE=VALUE"},
+           {{"setup-data-call", "apn"}, badUsage, "an argument is not ATTRIBUTE=VALUE"},
+           {{"setup-data-call", "apm=x"}, badUsage, "'apm' is not an attribute of a profile"},
            {{"setup-data-call", "password=a,b"}, badUsage, "an argument is not ATTRIBUTE=VALUE"},
            {{"setup-data-call", "apn=a", "--apn", "b"}, badUsage, "apnName is given twice"},
            {{"setup-data-call", "homeIPType=V5"}, badUsage, "homeIPType: 'V5'"},
@@ -268,8 +268,8 @@ TEST_F(PolicyProgramTest, BadInput_AnyKind_IsOneLineAndChangesNothing) {
            {"{}", "not a list"},
            {"[3]", "element 1: a profile is an object"},
            {R"([{"apnClass": 1}, {"apn": "x"}])", "element 2 has no apnClass"},
-           {R"([{"apnName": 3}])", "element 1: apnName: 3 is not a value"},
-           {R"([{"apnClass": true}])", "element 1: apnClass: true is not a value"},
+           {R"([{"apnName": 3}])", "element 1: apnName: a number is not a value"},
+           {R"([{"apnClass": true}])", "element 1: apnClass: true or false is not a value"},
            {R"([{"apnClass": 256}])", "element 1: apnClass: '256'"},
            {R"([{"apnTypesMask": ["MMS", "X"]}])", "element 1: apnTypesMask: 'X'"},
            {R"([{"mcc": "234"}])", "element 1: 'mcc' is not an attribute"},

@@ -1,5 +1,6 @@
 #include "ClientRequestManager.h"
 
+#include <fcntl.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <pavo/Manager.h>
@@ -12,8 +13,11 @@
 #include <chrono>
 #include <csignal>
 #include <cstdint>
+#include <cstdio>
+#include <fstream>
 #include <functional>
 #include <future>
+#include <iterator>
 #include <memory>
 #include <optional>
 #include <set>
@@ -28,6 +32,7 @@
 #include "LogLines.h"
 #include "Sequence.h"
 #include "TextKey.h"
+#include "ThreadState.h"
 #include "UniqueFd.h"
 
 namespace pavo::test {
@@ -544,6 +549,54 @@ TEST_F(ClientRequestManagerTest, Stop_SomebodyElseHoldsTheWorker_EndsTheCacheHer
   EXPECT_EQ(worker->dump(), std::vector<std::string>());
   EXPECT_FALSE(platform.indicateProfileChanged(1, WDS_PROFILE_EVENT_MODIFY_V01))
       << "a client is open";
+}
+
+// The number of the descriptor may be another one's as soon as it is closed. The worker would then
+// drain, or close, what belongs to that one.
+TEST_F(ClientRequestManagerTest, Stop_WorkerHasTheRequestsEventInHand_DescriptorClosedAfterIt) {
+  platform.setAnnouncement(FakePlatform::Announcement::Never);
+  std::atomic<bool> isHeld{false};
+  std::promise<void> release;
+  const LogRecorder hooked([&](const std::string& message) {
+    if (message == ":77:handleClientRequest") {
+      isHeld = true;
+      release.get_future().wait();
+    }
+  });
+  ClientRequestManager worker(/*subscription=*/0);
+  int requestFd = -1;
+  for (const std::string& message : platform.logMessages()) {
+    // The last one that has been registered.
+    std::sscanf(message.c_str(), "EventManager::addEventHandler(int %d", &requestFd);
+  }
+  std::thread caller([&] { worker.processClientRequest(std::make_shared<GetRequest>(nullptr)); });
+  EXPECT_TRUE(waitUntil([&] { return isHeld.load(); }));
+  std::atomic<pid_t> stoppingThread{0};
+  std::thread stopping([&] {
+    stoppingThread = gettid();
+    worker.stop();
+  });
+  EXPECT_TRUE(platform.waitForLog("EventManager::wake() EX"));
+  EXPECT_TRUE(waitUntil([&] { return isAsleep(stoppingThread); })) << "it waits for the worker";
+  EXPECT_NE(fcntl(requestFd, F_GETFD), -1);
+  release.set_value();
+  stopping.join();
+  caller.join();
+  EXPECT_EQ(fcntl(requestFd, F_GETFD), -1);
+}
+
+// Whatever a client's code does in a log writer is known to be done on a worker.
+TEST_F(ClientRequestManagerTest, Construct_FirstLineOfTheThread_ThreadIsMarked) {
+  enum class Mark { unknown, present, missing };
+  std::atomic<Mark> mark{Mark::unknown};
+  const LogRecorder hooked([&](const std::string& message) {
+    if (message == "PAVO thread started") {
+      mark = RequestPort::onWorkerThread() ? Mark::present : Mark::missing;
+    }
+  });
+  const ClientRequestManager worker(/*subscription=*/0);
+  EXPECT_TRUE(waitUntil([&] { return mark != Mark::unknown; }));
+  EXPECT_EQ(mark, Mark::present);
 }
 
 // The worker is kept busy with an indication, so that the request is still there for this thread.

@@ -9,10 +9,13 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <array>
 #include <atomic>
 #include <csignal>
+#include <cstddef>
 #include <cstdint>
 #include <cstdlib>
+#include <cstring>
 #include <iostream>
 #include <string>
 #include <thread>
@@ -24,6 +27,7 @@
 #include "LogLines.h"
 #include "Sequence.h"
 #include "WakeFd.h"
+#include "WatchedByKernel.h"
 
 namespace pavo::test {
 namespace {
@@ -191,6 +195,27 @@ TEST_F(EventManagerTest, Construct_Always_DescriptorsCloseOnExec) {
   EXPECT_EQ(fcntl(wakeFd, F_GETFD), FD_CLOEXEC);
   EXPECT_NE(fcntl(wakeFd, F_GETFL) & O_NONBLOCK, 0);
   EXPECT_TRUE(EventManager::isApprovedFd(wakeFd));
+}
+
+// Leaves no byte 0 in that part of the stack where the next function has its variables.
+[[gnu::noinline]] void soilStack() {
+  volatile unsigned char soil[8192];
+  for (volatile unsigned char& byte : soil) {
+    byte = 0xA5;
+  }
+}
+
+TEST_F(EventManagerTest, AddEventHandler_AnyFd_NoByteGivenToTheKernelIsLeftToChance) {
+  const int fd = own(makeEventFd());
+  givenEvent.fill(0xFF);
+  soilStack();
+  ASSERT_TRUE(loop.addEventHandler(fd, onEvent, &calls, onClose, EPOLLIN));
+  std::array<unsigned char, sizeof(epoll_event)> expected{};
+  const unsigned int events = EPOLLIN;
+  std::memcpy(expected.data() + offsetof(epoll_event, events), &events, sizeof events);
+  std::memcpy(expected.data() + offsetof(epoll_event, data), &fd, sizeof fd);
+  EXPECT_EQ(givenEvent, expected);
+  loop.removeEventHandler(fd);
 }
 
 TEST_F(EventManagerTest, AddEventHandler_NewFd_ApprovedAndLogged) {

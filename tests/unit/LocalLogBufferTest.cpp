@@ -7,6 +7,7 @@
 
 #include <sys/time.h>
 
+#include <algorithm>
 #include <atomic>
 #include <cerrno>
 #include <cstdlib>
@@ -26,12 +27,14 @@ std::atomic<bool> isClockStopped{false};
 std::atomic<std::time_t> stoppedSeconds{0};
 std::atomic<int> stoppedMicroseconds{0};
 std::atomic<int> conversionsToFail{0};
+std::atomic<int> textsToFail{0};
 
 }  // namespace
 
 extern "C" {
 int __real_gettimeofday(timeval* now, void* zone);
 std::tm* __real_localtime_r(const std::time_t* time, std::tm* local);
+std::size_t __real_strftime(char* text, std::size_t size, const char* format, const std::tm* local);
 
 // The linker puts these in place of the system's.
 int __wrap_gettimeofday(timeval* now, void* zone) {
@@ -50,6 +53,17 @@ std::tm* __wrap_localtime_r(const std::time_t* time, std::tm* local) {
     return nullptr;
   }
   return __real_localtime_r(time, local);
+}
+
+// What a failed one leaves in the text is not defined.
+std::size_t __wrap_strftime(char* text, std::size_t size, const char* format,
+                            const std::tm* local) {
+  if (textsToFail > 0) {
+    --textsToFail;
+    std::fill_n(text, size, 'x');
+    return 0;
+  }
+  return __real_strftime(text, size, format, local);
 }
 }
 
@@ -175,6 +189,16 @@ TEST(LocalLogBufferTest, AddLog_ConversionFailsOnce_NextLineOfTheSameSecondHasIt
   buffer.addLogWithTimestamp("1");
   buffer.addLogWithTimestamp("2");
   EXPECT_EQ(buffer.getLogs(), (Lines{"    .007 [b]1", "    2023-11-14 22:13:30.007 [b]2"}));
+}
+
+TEST(LocalLogBufferTest, AddLog_TextDoesNotFitOnce_EmptyDateAndTheNextLineHasIts) {
+  const TimeZone utc("UTC0");
+  const StoppedClock clock(someSecond + 20, 7'000);
+  LocalLogBuffer buffer("b", /*capacity=*/10);
+  textsToFail = 1;
+  buffer.addLogWithTimestamp("1");
+  buffer.addLogWithTimestamp("2");
+  EXPECT_EQ(buffer.getLogs(), (Lines{"    .007 [b]1", "    2023-11-14 22:13:40.007 [b]2"}));
 }
 
 TEST(LocalLogBufferTest, AddLog_SystemClock_ShapeOfALine) {

@@ -1,9 +1,12 @@
 #include "ModemProfile.h"
 
+#include <sys/mman.h>
+
 #include <climits>
 #include <cstring>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -384,6 +387,59 @@ TEST(ModemProfileTest, ClearExpiredListeners_LiveAndDeadKeys_OnlyTheLiveStay) {
   }
   EXPECT_EQ(order, "ac");
   EXPECT_EQ(held, 0);
+}
+
+// A page for one shared object and its counts, which writes can be forbidden to.
+class GuardedPage {
+ public:
+  GuardedPage()
+      : start(mmap(/*addr=*/nullptr, bytes, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS,
+                   /*fd=*/-1, /*offset=*/0)) {}
+  GuardedPage(const GuardedPage&) = delete;
+  GuardedPage& operator=(const GuardedPage&) = delete;
+  ~GuardedPage() { munmap(start, bytes); }
+
+  bool forbidWrites() { return mprotect(start, bytes, PROT_READ) == 0; }
+  bool allowWrites() { return mprotect(start, bytes, PROT_READ | PROT_WRITE) == 0; }
+
+  static constexpr std::size_t bytes = 4096;
+  void* const start;
+};
+
+template <typename Object>
+struct PageAllocator {
+  using value_type = Object;
+  explicit PageAllocator(GuardedPage& guarded) : page(guarded) {}
+  template <typename Other>
+  explicit PageAllocator(const PageAllocator<Other>& other) : page(other.page) {}
+
+  Object* allocate(std::size_t count) {
+    static_assert(sizeof(Object) <= GuardedPage::bytes);
+    return count == 1 ? static_cast<Object*>(page.start) : nullptr;
+  }
+  void deallocate(Object*, std::size_t) {}
+
+  GuardedPage& page;
+};
+
+// A handle that is taken to look at the key, if only for a moment, writes to the count of handles.
+// It would be the last one when the client lets go just then, and the key would die on the worker.
+TEST(ModemProfileDeathTest, Listeners_ClearedAndTold_NoHandleOfTheirKeyIsTaken) {
+  EXPECT_EXIT(
+      {
+        GuardedPage page;
+        const auto key = std::allocate_shared<StubKey>(PageAllocator<StubKey>(page));
+        std::optional<BareProfile> profile(ProfileParams{});
+        bool isTold = false;
+        profile->registerExpirationListener([&] { isTold = page.allowWrites(); }, key);
+        if (!page.forbidWrites()) {
+          _exit(1);
+        }
+        profile->clearExpiredListeners();
+        profile.reset();
+        _exit(isTold ? 0 : 1);
+      },
+      testing::ExitedWithCode(0), "");
 }
 
 }  // namespace

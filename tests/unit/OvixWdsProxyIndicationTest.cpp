@@ -253,6 +253,27 @@ TEST_F(OvixWdsProxyIndicationTest, Indicate_NobodyRegistered_DefaultLine) {
                       "D OvixWdsProxy::no profileChangedIndCb registered!", sizeLine(0)}));
 }
 
+// The loop turns on another thread; here it turns inside the last line of the construction.
+TEST_F(OvixWdsProxyIndicationTest, Indicate_DuringConstruction_DefaultLine) {
+  const ovix_client_type opened = client().handle;
+  void* constructed = nullptr;
+  onLine = [&](const std::string& message) {
+    std::sscanf(message.c_str(),
+                "EventManager::addEventHandler(int %*d, EventCallback %*p, void* %p", &constructed);
+    if (message == "OvixWdsProxy::registerOvixSvcUp") {
+      auto indication =
+          FakePlatform::profileChanged(/*profileIndex=*/1, WDS_PROFILE_EVENT_CREATE_V01);
+      OvixWdsProxy::ovixIndCb(opened, OVIX_WDS_PROFILE_CHANGED_IND_V01, &indication,
+                              sizeof indication, constructed);
+      loop.processEvents();
+    }
+  };
+  const OvixWdsProxy another(loop, subscription);
+  onLine = [](const std::string&) {};
+  EXPECT_EQ(constructed, &another);
+  EXPECT_TRUE(platform.logged("OvixWdsProxy::no profileChangedIndCb registered!"));
+}
+
 TEST_F(OvixWdsProxyIndicationTest, RegisterProfileChangedInd_Again_Replaced) {
   Sequence second;
   proxy->registerProfileChangedInd([&](ProfileChangedInd ind) { second.push_back(ind.dump()); });

@@ -80,12 +80,25 @@ TEST_F(OvixWdsProxyLifecycleTest, Construct_RegistrationRefused_NoLineAndRelease
   EXPECT_EQ(platform.armedNotifierCount(), 1U);
 }
 
-// What a failed init leaves in the handle's place is neither registered with nor released.
 TEST_F(OvixWdsProxyLifecycleTest, Construct_NoNotifier_NoLineAndNothingToRelease) {
   platform.setNotifierInitResult(OVIX_CLIENT_INTERNAL_ERROR);
   platform.clearCalls();
   construct();
   EXPECT_EQ(recorded(), Sequence({"get service object", addLine, addLine, addLine}) + arming);
+  EXPECT_EQ(platform.calls(FakePlatform::Kind::RegisterNotifyCb).back().handle, nullptr);
+  platform.clearCalls();
+  destroy();
+  EXPECT_EQ(recorded(), Sequence(3, line::removingHandler));
+}
+
+// The handle counts, not the result.
+TEST_F(OvixWdsProxyLifecycleTest, Construct_NotifierInSpiteOfAnError_ServesAndIsReleased) {
+  platform.setNotifierInitResult(OVIX_CLIENT_INTERNAL_ERROR, /*makesNotifier=*/true);
+  construct();
+  ASSERT_TRUE(platform.notify());
+  platform.clearCalls();
+  loop.processEvents();
+  EXPECT_EQ(takeRecorded(), opening);
 }
 
 TEST_F(OvixWdsProxyLifecycleTest, Construct_NoServiceObject_ErrorAndNoNotifier) {
@@ -363,6 +376,22 @@ TEST_F(OvixWdsProxyLifecycleTest, HandleError_TwiceWithoutServiceUp_OneNotifierL
                                       "I Handling modem down", armLine, "release notifier",
                                       "init notifier", "register notify callback"}));
   EXPECT_EQ(platform.armedNotifierCount(), 1U);
+}
+
+// The handle that was released must not be left in place for the end to release again.
+TEST_F(OvixWdsProxyLifecycleTest, HandleError_ArmedAndNoNewNotifier_OldOneReleasedOnce) {
+  open();
+  const FakePlatform::Client lost = client();
+  platform.raiseError();
+  loop.processEvents();
+  const FakePlatform::Notifier armed = notifier();
+  platform.setNotifierInitResult(OVIX_CLIENT_INTERNAL_ERROR);
+  lost.errorCallback(lost.handle, OVIX_CLIENT_SERVICE_ERROR, lost.errorData);
+  loop.processEvents();
+  EXPECT_EQ(platform.releaseCount(armed.handle), 1U);
+  EXPECT_EQ(platform.calls(FakePlatform::Kind::RegisterNotifyCb).back().handle, nullptr);
+  destroy();
+  EXPECT_EQ(platform.releaseCount(armed.handle), 1U);
 }
 
 TEST_F(OvixWdsProxyLifecycleTest, HandleError_SeveralBeforeTheWorkerRuns_HandledOnce) {

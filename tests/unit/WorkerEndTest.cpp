@@ -1,10 +1,8 @@
 // What clients can rely on while a worker ends, is cut off from its modem or is copied by fork().
-#include <sys/epoll.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <atomic>
-#include <cerrno>
 #include <chrono>
 #include <cstdlib>
 #include <functional>
@@ -19,28 +17,7 @@
 #include "FdLimit.h"
 #include "RunningManagerTest.h"
 #include "ThreadState.h"
-
-namespace pavo::test {
-
-// Which EPOLL_CTL_ADD from now on fails, from 1; 0 for none.
-static std::atomic<int> failingRegistration{0};
-
-}  // namespace pavo::test
-
-extern "C" {
-
-int __real_epoll_ctl(int epoll, int operation, int fd, epoll_event* event);
-
-int __wrap_epoll_ctl(int epoll, int operation, int fd, epoll_event* event);
-int __wrap_epoll_ctl(int epoll, int operation, int fd, epoll_event* event) {
-  if (operation == EPOLL_CTL_ADD && pavo::test::failingRegistration > 0 &&
-      --pavo::test::failingRegistration == 0) {
-    errno = ENOSPC;
-    return -1;
-  }
-  return __real_epoll_ctl(epoll, operation, fd, event);
-}
-}
+#include "WatchedByKernel.h"
 
 namespace pavo::test {
 namespace {

@@ -68,10 +68,10 @@ class Parser {
     } else {
       declareShellVerbs(verbs);
     }
+    refuseFlagValues(app);
   }
 
   void run(int argc, const char* const* argv) {
-    const std::string hint = place == Place::program ? " (try pavoctl --help)" : " (try help)";
     try {
       app.parse(argc, argv);
     } catch (const CLI::Success& help) {
@@ -80,7 +80,11 @@ class Parser {
       line.help = text.str();
       return;
     } catch (const CLI::Error& error) {
+      refuseStranger();
       throw UsageError(printable(trimmed(error.what())) + hint);
+    } catch (const UsageError&) {
+      refuseStranger();
+      throw;
     }
     if (!line.description.empty()) {
       line.help = textOf(line.description);
@@ -92,6 +96,42 @@ class Parser {
   const CLI::App& parser() const { return app; }
 
  private:
+  // The parser's complaint about a flag's value would repeat the value.
+  static void refuseFlagValues(CLI::App& parser) {
+    for (CLI::Option* option : parser.get_options()) {
+      if (option->get_items_expected_max() == 0) {
+        option->disable_flag_override();
+      }
+    }
+    for (CLI::App* verb : parser.get_subcommands(/*filter=*/nullptr)) {
+      refuseFlagValues(*verb);
+    }
+  }
+
+  // Complains of the first word that the parser has found no place for. This comes before any other
+  // complaint, which may be about the value of a misspelt option that was taken for an argument.
+  // Only a name is repeated: what stands behind a misspelt option may be a password.
+  void refuseStranger() const {
+    auto strangers = app.remaining();
+    std::erase(strangers, "--");
+    if (strangers.empty()) {
+      return;
+    }
+    const std::string name = nameIn(strangers.front());
+    if (name.starts_with('-')) {
+      throw UsageError(name + " is not an option" + hint);
+    }
+    throw UsageError((app.get_subcommands().empty() ? quoted(name) + " is not a command"
+                                                    : "an argument too many") +
+                     hint);
+  }
+
+  // --name=value and -nvalue without the value.
+  static std::string nameIn(const std::string& word) {
+    const bool isShort = word.size() > 1 && word[0] == '-' && word[1] != '-';
+    return printable(isShort ? word.substr(0, 2) : word.substr(0, word.find('=')));
+  }
+
   static std::string textOf(const std::string& form) {
     const Descriptions all = CommandLine::describe();
     if (form == "json") {
@@ -107,6 +147,7 @@ class Parser {
   }
 
   const Place place;
+  const std::string hint = place == Place::program ? " (try pavoctl --help)" : " (try help)";
   CommandLine& line;
   CLI::App app;
 };

@@ -7,6 +7,8 @@
 #include <cerrno>
 #include <cstring>
 #include <memory>
+#include <optional>
+#include <string_view>
 
 #include "Errors.h"
 #include "Text.h"
@@ -17,6 +19,8 @@ namespace {
 
 // A list for every profile that a modem may have, with room to spare.
 constexpr std::size_t bytesMax = 1 << 20;
+// The list, a profile in it and the names of its types are three levels.
+constexpr std::size_t depthMax = 64;
 
 std::string readAll(int fd, const std::string& name) {
   std::string text;
@@ -49,18 +53,50 @@ std::string readFile(const std::string& path, const std::string& name) {
   return readAll(fd, name);
 }
 
-}  // namespace
+// The line of the first bracket that is nested too deep; nothing when there is none. What goes
+// through values calls itself for each level, so they are counted before anything is read.
+std::optional<std::size_t> lineTooDeep(std::string_view text) {
+  std::size_t line = 1;
+  std::size_t depth = 0;
+  bool isInString = false;
+  for (std::size_t i = 0; i < text.size(); ++i) {
+    const char c = text[i];
+    if (c == '\n') {
+      ++line;
+    } else if (c == '"') {
+      isInString = !isInString;
+    } else if (isInString) {
+      i += c == '\\' ? 1 : 0;
+    } else if (c == '[' || c == '{') {
+      if (++depth > depthMax) {
+        return line;
+      }
+    } else if ((c == ']' || c == '}') && depth > 0) {
+      --depth;
+    }
+  }
+  return std::nullopt;
+}
 
-std::list<pavo::ProfileParams> readProfileList(const std::string& path) {
-  const bool isInput = path == "-";
-  const std::string name = isInput ? "standard input" : printable(path);
-  const std::string text = isInput ? readAll(STDIN_FILENO, name) : readFile(path, name);
-  const Json json = Json::parse(text, /*cb=*/nullptr, /*allow_exceptions=*/false);
+Json parse(const std::string& text, const std::string& name) {
+  if (const auto line = lineTooDeep(text)) {
+    throw UsageError(name + ":" + std::to_string(*line) + ": values nested too deep");
+  }
+  Json json = Json::parse(text, /*cb=*/nullptr, /*allow_exceptions=*/false);
   if (!json.is_array()) {
     throw UsageError(
         name + ": " +
         (json.is_discarded() ? "not JSON" : R"(not a list, as in [{"apnName": "internet"}])"));
   }
+  return json;
+}
+
+}  // namespace
+
+std::list<pavo::ProfileParams> readProfileList(const std::string& path) {
+  const bool isInput = path == "-";
+  const std::string name = isInput ? "standard input" : printable(path);
+  const Json json = parse(isInput ? readAll(STDIN_FILENO, name) : readFile(path, name), name);
   std::list<pavo::ProfileParams> profiles;
   for (const auto& element : json) {
     try {

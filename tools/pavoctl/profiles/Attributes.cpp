@@ -115,14 +115,32 @@ bool fits(const Json& value, Form form) {
   return false;
 }
 
+const char* kindText(const Json& value) {
+  if (value.is_array()) {
+    return "an array";
+  }
+  if (value.is_object()) {
+    return "an object";
+  }
+  if (value.is_number()) {
+    return "a number";
+  }
+  return value.is_boolean() ? "true or false" : value.is_null() ? "null" : "a text";
+}
+
+[[noreturn]] void refuseName(std::string_view name) {
+  throw UsageError(quoted(name) + " is not an attribute of a profile");
+}
+
 void setFromJson(ProfileParams& params, const std::string& key, const Json& value) {
   const Attribute* const named = attributeNamed(key);
   if (named == nullptr) {
-    throw UsageError(pavoctl::quoted(key) + " is not an attribute of a profile");
+    refuseName(key);
   }
   const Attribute& attribute = *named;
   if (!fits(value, attribute.form)) {
-    throw UsageError(printable(key) + ": " + printable(dumpJson(value)) + " is not a value for it");
+    // Not the value itself: it may be a password, and nested to any depth.
+    throw UsageError(printable(key) + ": " + kindText(value) + " is not a value for it");
   }
   // valueText() is for people and would change a text.
   const std::string text = value.is_string() ? value.get<std::string>() : valueText(value);
@@ -157,10 +175,13 @@ void setFromText(ProfileParams& params, std::string_view text) {
     const auto equals = part.find('=');
     const std::string_view name = part.substr(0, equals);
     const Attribute* const attribute = attributeNamed(name);
-    if (equals == std::string_view::npos || attribute == nullptr) {
-      // Behind a password it may be the rest of that.
-      const std::string what = params.hasPassword() ? "an argument" : pavoctl::quoted(part);
-      throw UsageError(what + " is not ATTRIBUTE=VALUE (a value with a comma needs its option)");
+    // Without a = it may be the value of a misspelt option, behind a password the rest of that.
+    if (equals == std::string_view::npos || (attribute == nullptr && params.hasPassword())) {
+      throw UsageError(
+          "an argument is not ATTRIBUTE=VALUE (a value with a comma needs its option)");
+    }
+    if (attribute == nullptr) {
+      refuseName(name);
     }
     setOnce(*attribute, params, name, part.substr(equals + 1));
   }

@@ -12,9 +12,13 @@
 namespace pavoctl {
 namespace {
 
+// What looks like ATTRIBUTE=VALUE in a wrong place is repeated up to the =: it may be a password's.
 [[noreturn]] void refuse(std::string_view option, std::string_view text,
                          std::string_view expected) {
-  throw UsageError(std::string(option) + ": " + quoted(text) + " is not " + std::string(expected));
+  const auto equals = text.find('=');
+  const std::string shown =
+      quoted(text.substr(0, equals)) + (equals == std::string_view::npos ? "" : "=...");
+  throw UsageError(std::string(option) + ": " + shown + " is not " + std::string(expected));
 }
 
 bool isDigits(std::string_view text) {
