@@ -142,6 +142,13 @@ TEST_F(ProcessTest, Start_StoreOfALiveModem_IsRefusedUntilThatOneIsGone) {
   EXPECT_TRUE(next.waitForOutput("pavo-modem: listening on " + folder.file("second") + "\n"));
 }
 
+TEST_F(ProcessTest, Start_LinkInThePlaceOfTheStoresLock_IsRefused) {
+  std::filesystem::create_symlink(folder.file("victim"), folder.file("store.lock"));
+  EXPECT_THAT(complaintOf(command({"--store", folder.file("store")}), 1),
+              AllOf(HasSubstr(folder.file("store.lock")), HasSubstr("symbolic link")));
+  EXPECT_FALSE(std::filesystem::exists(folder.file("victim")));
+}
+
 TEST_F(ProcessTest, Start_StoreInNoFolder_IsRefused) {
   EXPECT_THAT(complaintOf(command({"--store", folder.file("none/store")}), 1),
               AllOf(HasSubstr("none/store.lock"), HasSubstr("No such file")));
