@@ -31,9 +31,17 @@ TEST_F(ClientTest, Open_WithoutModem_Fails) {
   EXPECT_EQ(client, nullptr);
 }
 
+TEST_F(ClientTest, Open_VariableNamesAnotherModemMeanwhile_StaysWithTheServices) {
+  RawModem modem(path);
+  const std::string elsewhere = folder.file("another");
+  const ScopedVariable changed("OVIX_MODEM", elsewhere.c_str());
+  openClient();
+  EXPECT_EQ(modem.hellos().size(), 1u);
+}
+
 TEST_F(ClientTest, Open_SocketPathTooLong_Fails) {
   const std::string longPath(200, 'x');
-  const ScopedVariable variable("OVIX_MODEM", longPath.c_str());
+  const ScopedModem longNamed(longPath.c_str());
   ovix_client_type client = nullptr;
   EXPECT_EQ(tryOpen(client), OVIX_CLIENT_SERVICE_ERROR);
 }
