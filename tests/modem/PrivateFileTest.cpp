@@ -6,8 +6,10 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <atomic>
 #include <filesystem>
 #include <fstream>
+#include <thread>
 
 #include "FileMode.h"
 #include "TemporaryFolder.h"
@@ -102,6 +104,23 @@ TEST_F(PrivateFileTest, Create_LeftOverLink_IsReplacedAndItsTargetKept) {
   write(createPrivateFile(path), "new");
   EXPECT_TRUE(std::filesystem::is_regular_file(std::filesystem::symlink_status(path)));
   EXPECT_EQ(readFile(path), "new");
+  EXPECT_EQ(readFile(victim), "precious");
+}
+
+TEST_F(PrivateFileTest, Create_LinkPlacedMeanwhile_IsNotFollowed) {
+  writeWithMode(victim, "precious", 0644);
+  std::atomic<bool> isOver = false;
+  std::thread other([&] {
+    while (!isOver) {
+      static_cast<void>(symlink(victim.c_str(), path.c_str()));
+    }
+  });
+  for (int i = 0; i < 2000; ++i) {
+    const PrivateFile file = createPrivateFile(path);
+    EXPECT_NE(file.fd.isOpen(), !file.problem.empty());
+  }
+  isOver = true;
+  other.join();
   EXPECT_EQ(readFile(victim), "precious");
 }
 

@@ -72,8 +72,8 @@ enum class Outcome { HungUp, Answered, Broken, NotConnected, NotTheOther };
 
 constexpr uid_t anotherUser = 65534;
 
-// In the child: nothing but system calls.
-Outcome connectAndSend(const sockaddr_un& address, const std::vector<uint8_t>& bytes) {
+// In the child: nothing but system calls. Closes the descriptor when all is said.
+Outcome connectAndSend(const sockaddr_un& address, const std::vector<uint8_t>& bytes, int saidFd) {
   if (setresuid(anotherUser, anotherUser, anotherUser) != 0) {
     return Outcome::NotTheOther;
   }
@@ -83,20 +83,30 @@ Outcome connectAndSend(const sockaddr_un& address, const std::vector<uint8_t>& b
   }
   // The modem may have hung up already.
   send(fd, bytes.data(), bytes.size(), MSG_NOSIGNAL);
+  close(saidFd);
   char answer = 0;
   const ssize_t count = recv(fd, &answer, sizeof answer, /*flags=*/0);
   return count == 0 ? Outcome::HungUp : count > 0 ? Outcome::Answered : Outcome::Broken;
 }
 
-Outcome connectAsAnotherUser(const std::string& path, const Frame& frame) {
+// The modem finds the connection when the frame is on it.
+Outcome connectAsAnotherUser(ChildProcess& modem, const std::string& path, const Frame& frame) {
   sockaddr_un address = {};
   address.sun_family = AF_UNIX;
   std::memcpy(address.sun_path, path.data(), path.size());
   const std::vector<uint8_t> bytes = encodeFrame(frame);
+  int said[2] = {-1, -1};
+  EXPECT_EQ(pipe2(said, O_CLOEXEC), 0);
+  modem.sendSignal(SIGSTOP);
   const pid_t child = fork();
   if (child == 0) {
-    _exit(static_cast<int>(connectAndSend(address, bytes)));
+    _exit(static_cast<int>(connectAndSend(address, bytes, said[1])));
   }
+  close(said[1]);
+  char nothing = 0;
+  EXPECT_EQ(read(said[0], &nothing, sizeof nothing), 0);
+  close(said[0]);
+  modem.sendSignal(SIGCONT);
   int status = 0;
   waitpid(child, &status, /*options=*/0);
   return static_cast<Outcome>(WEXITSTATUS(status));
@@ -363,8 +373,9 @@ TEST_F(ProcessTest, Connect_ProcessOfAnotherUser_IsHungUpOnAndToldInOneLine) {
   std::filesystem::permissions(socketPath(), all);
   const std::string show = R"({"verb": "show"})";
   const Frame control{FrameKind::ControlRequest, 0, 1, {show.begin(), show.end()}};
-  EXPECT_EQ(connectAsAnotherUser(socketPath(), control), Outcome::HungUp);
-  EXPECT_EQ(connectAsAnotherUser(socketPath(), {FrameKind::Hello, 0, 0, {0}}), Outcome::HungUp);
+  EXPECT_EQ(connectAsAnotherUser(process, socketPath(), control), Outcome::HungUp);
+  EXPECT_EQ(connectAsAnotherUser(process, socketPath(), {FrameKind::Hello, 0, 0, {0}}),
+            Outcome::HungUp);
   EXPECT_EQ(resultOf(newClient().request(profileList, {})), success);
   EXPECT_THAT(process.errors(),
               testing::StartsWith("pavo-modem: a connection was turned away, it is of user " +
