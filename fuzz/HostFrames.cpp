@@ -40,10 +40,11 @@ const std::string& socketPath() {
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  // Asked for before there is a modem to be asked about it.
+  // Asked for before there is a modem to be asked about it, but of the modem of that path.
+  static const std::string& path = socketPath();
   static const ovix_service_object_type service = wds_get_service_object_internal_v01(1, 257, 6);
   const Bytes answer(data, data + size);
-  const RawModem modem(socketPath(), [&answer](RawPeer& peer, const RawFrame&) {
+  const RawModem modem(path, [&answer](RawPeer& peer, const RawFrame&) {
     peer.send(answer);
     peer.hangUp();
   });

@@ -7,6 +7,7 @@
 // A connection that is closed for whatever reason stays closed and is swept away by the server.
 #pragma once
 
+#include <chrono>
 #include <cstdint>
 #include <string>
 #include <vector>
@@ -24,7 +25,11 @@ class Connection {
   // A peer that does not read is given up when this much waits for it.
   static constexpr size_t outputBytesMax = 1 << 20;
 
-  explicit Connection(UniqueFd socket) : fd(std::move(socket)) {}
+  using Clock = std::chrono::steady_clock;
+
+  // speakBy: when the first frame has to be there.
+  explicit Connection(UniqueFd socket, Clock::time_point speakBy = Clock::time_point::max())
+      : silenceEnd(speakBy), fd(std::move(socket)) {}
 
   int get() const { return fd.get(); }
   bool isOpen() const { return fd.isOpen(); }
@@ -46,10 +51,16 @@ class Connection {
 
   bool isMidFrame() const { return reader.isMidFrame(); }
 
+  // When this connection is to be closed, unless it has said by then what it is.
+  Clock::time_point closedForSilenceAt() const {
+    return role == Role::Unknown ? silenceEnd : Clock::time_point::max();
+  }
+
   Role role = Role::Unknown;
   ClientNumber client = 0;  // of a Client
 
  private:
+  const Clock::time_point silenceEnd;
   UniqueFd fd;
   FrameReader reader;
   std::vector<uint8_t> output;

@@ -12,7 +12,8 @@ namespace modem {
 
 class ControlClient {
  public:
-  // Connects to a modem's socket; throws SocketError.
+  // Connects to a modem's socket; throws SocketError. The modem does not wait long for the first
+  // call.
   explicit ControlClient(const std::string& socketPath);
   // Uses a connected socket, such as one from connectEmbedded(), and owns it.
   explicit ControlClient(int connectedSocket);

@@ -1,6 +1,6 @@
-// Claims a file for one process: beside it lies FILE.lock, which the claiming process holds locked.
-// The lock goes with the process, however that ends; the file stays, for removing it would let two
-// processes lock two different ones.
+// Claims a file for one process: beside it lies FILE.lock, a PrivateFile that the claiming process
+// holds locked. The lock goes with the process, however that ends; the file stays, for removing it
+// would let two processes lock two different ones.
 #pragma once
 
 #include <string>

@@ -10,6 +10,7 @@
 #include <cerrno>
 #include <cstring>
 #include <filesystem>
+#include <thread>
 #include <utility>
 
 namespace modem {
@@ -53,15 +54,32 @@ int tryConnect(int fd, const sockaddr_un& address) {
   return result == 0 ? 0 : errno;
 }
 
-// Whoever prepares a socket file holds the lock of its directory: two modems that start at once
-// cannot both find a stale file and then remove each other's fresh one. Unlike a lock file it
+// False when another process holds the lock beyond the deadline, or with errno when there is no
+// locking. Never blocks on the lock itself: every user who may read the directory may hold it, for
+// as long as that user likes.
+bool lockInTime(int fd) {
+  constexpr std::chrono::milliseconds again{10};
+  const auto deadline = std::chrono::steady_clock::now() + ListeningSocket::lockPatience;
+  while (flock(fd, LOCK_EX | LOCK_NB) != 0) {
+    if ((errno != EWOULDBLOCK && errno != EINTR) || std::chrono::steady_clock::now() >= deadline) {
+      return false;
+    }
+    std::this_thread::sleep_for(again);
+  }
+  return true;
+}
+
+// A process that prepares a socket file holds the lock of its directory: two modems that start at
+// once cannot both find a stale file and then remove each other's fresh one. Unlike a lock file it
 // leaves nothing behind.
 UniqueFd lockDirectoryOf(const std::string& path) {
   const std::string parent = std::filesystem::path(path).parent_path().string();
   const std::string directory = parent.empty() ? "." : parent;
   UniqueFd fd(open(directory.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-  if (!fd.isOpen() || flock(fd.get(), LOCK_EX) != 0) {
-    fail(path, "cannot use the directory: " + std::string(std::strerror(errno)));
+  if (!fd.isOpen() || !lockInTime(fd.get())) {
+    fail(path, errno == EWOULDBLOCK
+                   ? "another process keeps the directory " + directory + " locked"
+                   : "cannot use the directory: " + std::string(std::strerror(errno)));
   }
   return fd;
 }
@@ -93,13 +111,28 @@ UniqueFd connectToSocket(const std::string& path) {
   return fd;
 }
 
+bool mayConnect(uid_t peer, uid_t server) { return peer == server || peer == 0; }
+
+std::optional<uid_t> peerOf(int connectedSocket) {
+  ucred peer = {};
+  socklen_t size = sizeof peer;
+  if (getsockopt(connectedSocket, SOL_SOCKET, SO_PEERCRED, &peer, &size) != 0) {
+    return std::nullopt;
+  }
+  return peer.uid;
+}
+
 ListeningSocket::ListeningSocket(std::string socketPath) : path(std::move(socketPath)) {
   const sockaddr_un address = addressOf(path);
   const UniqueFd lock = lockDirectoryOf(path);
   removeStale(path, address);
   fd = newSocket(SOCK_NONBLOCK);
+  // The file gets the socket's own mode when it is made, so that it is never open to others: not
+  // even for the moment before a chmod of the path, which could hit another file by then. The umask
+  // would do too, but it is the whole process's, whose other threads make files of their own.
   struct stat status = {};
-  if (bind(fd.get(), reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0 ||
+  if (fchmod(fd.get(), S_IRUSR | S_IWUSR) != 0 ||
+      bind(fd.get(), reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0 ||
       listen(fd.get(), backlog) != 0 || lstat(path.c_str(), &status) != 0) {
     fail(path, std::string("cannot listen: ") + std::strerror(errno));
   }

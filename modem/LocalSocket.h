@@ -3,6 +3,8 @@
 
 #include <sys/types.h>
 
+#include <chrono>
+#include <optional>
 #include <stdexcept>
 #include <string>
 
@@ -19,11 +21,22 @@ class SocketError : public std::runtime_error {
 // Throws SocketError.
 UniqueFd connectToSocket(const std::string& path);
 
-// Listens on a path. A socket file that a dead process left there is replaced; one that is served,
-// or a file of another kind, is a SocketError. The destructor removes the file if it is still the
-// one that this object made. Accepting never blocks.
+// Who may use what the user "server" serves on a socket: that user and root. The socket's mode says
+// the same, but its folder's owner may change that.
+bool mayConnect(uid_t peer, uid_t server);
+
+// The user who made the connection at the other end; empty when the system does not know.
+std::optional<uid_t> peerOf(int connectedSocket);
+
+// Listens on a path, for its own user. A socket file that a dead process left there is replaced;
+// one that is served, or a file of another kind, is a SocketError. The destructor removes the file
+// if it is still the one that this object made. Accepting never blocks.
 class ListeningSocket {
  public:
+  // How long another process may hold the lock of the socket's folder. A modem that starts there
+  // holds it for an instant.
+  static constexpr std::chrono::seconds lockPatience{1};
+
   explicit ListeningSocket(std::string path);
   ~ListeningSocket();
   ListeningSocket(const ListeningSocket&) = delete;

@@ -11,7 +11,8 @@ namespace modem {
 // A line for people on the standard error.
 void tellPeople(const std::string& line);
 
-// Serves the socket until SIGTERM, SIGINT or the handler ends it.
+// Serves the socket until SIGTERM, SIGINT or the handler ends it. Afterwards these signals are
+// ignored. For a process of one thread.
 void runServer(Server& server, ClientHandler& handler, const std::string& socketPath, int readyFd);
 
 }  // namespace modem

@@ -22,6 +22,15 @@ namespace {
 // otherwise the same connection would wake the loop without end.
 constexpr std::chrono::milliseconds acceptPause(100);
 
+// A peer that has spoken already sees an ordinary end, and not a reset, when nothing it has said is
+// left unread.
+void turnAway(const UniqueFd& socket) {
+  shutdown(socket.get(), SHUT_RDWR);
+  char unread[4096];
+  while (recv(socket.get(), unread, sizeof unread, MSG_DONTWAIT) > 0) {
+  }
+}
+
 }  // namespace
 
 Server::Server(Options options)
@@ -38,6 +47,7 @@ void Server::run(ClientHandler& clientHandler) {
   while (!isStopping) {
     waitForEvents();
     runTimers();
+    closeSilent();
     sweepClosed();
   }
 }
@@ -106,11 +116,22 @@ void Server::acceptAll() {
       }
       return;
     }
-    if (connections.size() < connectionsMax) {
-      connections.push_back(std::make_unique<Connection>(std::move(socket)));
-    } else {
-      complain("a connection was turned away, there are " + std::to_string(connectionsMax));
-    }
+    take(std::move(socket));
+  }
+}
+
+void Server::take(UniqueFd socket) {
+  const auto peer = peerOf(socket.get());
+  if (!peer || !mayConnect(*peer, geteuid())) {
+    turnAway(socket);
+    complainAtTimes("a connection was turned away, it is of " +
+                    (peer ? "user " + std::to_string(*peer) : "an unknown user"));
+  } else if (connections.size() >= connectionsMax) {
+    turnAway(socket);
+    complainAtTimes("a connection was turned away, there are " + std::to_string(connectionsMax));
+  } else {
+    connections.push_back(
+        std::make_unique<Connection>(std::move(socket), Clock::now() + silenceMax));
   }
 }
 
@@ -125,6 +146,20 @@ void Server::serve(Connection& connection) {
   }
 }
 
+void Server::closeSilent() {
+  const Clock::time_point now = Clock::now();
+  for (const auto& connection : connections) {
+    if (!connection->isOpen() || connection->closedForSilenceAt() > now) {
+      continue;
+    }
+    // A server that was held up itself may not have heard it yet.
+    serve(*connection);
+    if (connection->role == Role::Unknown) {
+      connection->close(Ender::Modem, "it has not said what it is");
+    }
+  }
+}
+
 void Server::sweepClosed() {
   for (const auto& connection : connections) {
     if (connection->isOpen()) {
@@ -134,9 +169,16 @@ void Server::sweepClosed() {
     if (isClient) {
       handler->onEnd(connection->client, connection->endedBy());
     }
-    if (!connection->closeReason().empty()) {
-      complain((isClient ? "client " + std::to_string(connection->client) : "a connection") +
-               " was closed: " + connection->closeReason());
+    if (connection->closeReason().empty()) {
+      continue;
+    }
+    const std::string line =
+        (isClient ? "client " + std::to_string(connection->client) : "a connection") +
+        " was closed: " + connection->closeReason();
+    if (connection->role == Role::Unknown) {
+      complainAtTimes(line);
+    } else {
+      complain(line);
     }
   }
   std::erase_if(connections, [](const auto& connection) { return !connection->isOpen(); });
@@ -152,11 +194,14 @@ void Server::runTimers() {
 }
 
 int Server::timeoutMs() const {
-  if (timers.empty()) {
+  auto next = timers.empty() ? Clock::time_point::max() : timers.begin()->first;
+  for (const auto& connection : connections) {
+    next = std::min(next, connection->closedForSilenceAt());
+  }
+  if (next == Clock::time_point::max()) {
     return -1;
   }
-  const auto left =
-      std::chrono::ceil<std::chrono::milliseconds>(timers.begin()->first - Clock::now());
+  const auto left = std::chrono::ceil<std::chrono::milliseconds>(next - Clock::now());
   return static_cast<int>(std::max<std::chrono::milliseconds::rep>(left.count(), 0));
 }
 
@@ -235,6 +280,12 @@ void Server::after(std::chrono::microseconds delay, std::function<void()> action
 void Server::complain(const std::string& line) {
   if (complaints) {
     complaints(line);
+  }
+}
+
+void Server::complainAtTimes(const std::string& line) {
+  if (const auto written = strangersLines.admit(line)) {
+    complain(*written);
   }
 }
 

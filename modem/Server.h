@@ -1,6 +1,7 @@
 // Serves any number of clients and control connections, all on the thread that is in run(): bytes
 // and frames, rounds and timers, and no idea of what is said. Connections come from a listening
-// socket, from adopt(), or from both.
+// socket, from adopt(), or from both. Those from the listening socket come from anywhere: they have
+// to be of this process's user, or of root, and to say within silenceMax what they are.
 #pragma once
 
 #include <atomic>
@@ -14,6 +15,7 @@
 
 #include "ClientHandler.h"
 #include "Connection.h"
+#include "LineLimit.h"
 #include "UniqueFd.h"
 
 namespace modem {
@@ -21,6 +23,7 @@ namespace modem {
 class Server final : public ClientLink {
  public:
   static constexpr size_t connectionsMax = 256;
+  static constexpr std::chrono::seconds silenceMax{1};
 
   struct Options {
     int listenFd = -1;  // the caller's, outlives the server; -1: adopted connections only
@@ -54,8 +57,11 @@ class Server final : public ClientLink {
   void waitForEvents();
   void drainWake();
   void acceptAll();
+  void take(UniqueFd socket);
   void serve(Connection& connection);
+  void closeSilent();
   void sweepClosed();
+  void complainAtTimes(const std::string& line);
   void runTimers();
   int timeoutMs() const;
 
@@ -70,6 +76,7 @@ class Server final : public ClientLink {
   const UniqueFd wake;  // an eventfd: something was adopted, or the end was asked for
   std::vector<std::unique_ptr<Connection>> connections;
   std::multimap<Clock::time_point, std::function<void()>> timers;
+  LineLimit strangersLines;  // of connections that end before they have said what they are
   Clock::time_point acceptAgainAt = Clock::time_point::min();
   ClientNumber lastClient = 0;
 

@@ -1,6 +1,5 @@
 #include "Store.h"
 
-#include <fcntl.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -8,7 +7,7 @@
 #include <cstring>
 #include <utility>
 
-#include "UniqueFd.h"
+#include "PrivateFile.h"
 
 namespace modem {
 
@@ -37,6 +36,7 @@ Store::Store(std::string storePath, size_t tableCapacity)
 std::optional<ProfilesByIndex> Store::load() const {
   auto profiles = readProfileFile(path, capacity);
   if (profiles) {
+    makePrivate(path);
     for (const auto& [index, profile] : *profiles) {
       if (!profile.isPersistent()) {
         throw FileError(path + ": the profile with index " + std::to_string(index) +
@@ -49,16 +49,15 @@ std::optional<ProfilesByIndex> Store::load() const {
 
 void Store::save(const ProfilesByIndex& profiles) const {
   const std::string fresh = path + ".new";
-  // Passwords are inside: nobody but the owner reads it.
-  UniqueFd fd(open(fresh.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0600));
-  if (!fd.isOpen()) {
-    fail(fresh, "cannot create");
+  PrivateFile file = createPrivateFile(fresh);
+  if (!file.fd.isOpen()) {
+    throw FileError(fresh + ": cannot create: " + file.problem);
   }
-  writeAll(fd.get(), profileFileText(profiles), fresh);
+  writeAll(file.fd.get(), profileFileText(profiles), fresh);
   // Not flushed to the disk: the power that is lost here is the emulated modem's, whose process may
   // be killed at any moment, and not the host's; a flush on a busy disk takes longer than a client
   // waits.
-  fd.reset();
+  file.fd.reset();
   if (std::rename(fresh.c_str(), path.c_str()) != 0) {
     fail(path, "cannot replace");
   }

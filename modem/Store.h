@@ -1,8 +1,10 @@
 // Keeps the persistent profiles in a file.
 //
+// The file is its owner's alone, for it holds passwords.
+//
 // A save replaces the file as a whole and returns when the new one would survive a kill of the
-// process: it is written beside the old one and renamed over it. Whoever dies in the middle leaves
-// either the old state or the new one.
+// process: it is written beside the old one and renamed over it. A process that dies in the middle
+// leaves either the old state or the new one.
 #pragma once
 
 #include <optional>

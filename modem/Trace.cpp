@@ -1,6 +1,5 @@
 #include "Trace.h"
 
-#include <fcntl.h>
 #include <unistd.h>
 
 #include <array>
@@ -14,6 +13,7 @@
 #include <utility>
 
 #include "Messages.h"
+#include "PrivateFile.h"
 #include "ProfileJson.h"
 
 namespace modem {
@@ -160,10 +160,14 @@ TraceEvent eventFromText(const std::string& line) {
 
 TraceWriter::TraceWriter(std::string tracePath)
     : path(std::move(tracePath)), start(steady_clock::now()) {
-  // Passwords are inside: nobody but the owner reads it.
-  fd.reset(open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0600));
-  if (!fd.isOpen()) {
-    throw FileError(path + ": cannot create: " + std::strerror(errno));
+  PrivateFile file = openPrivateFile(path);
+  if (!file.fd.isOpen()) {
+    throw FileError(path + ": cannot create: " + file.problem);
+  }
+  fd = std::move(file.fd);
+  // A device has no content to be dropped, and says so.
+  if (ftruncate(fd.get(), 0) != 0 && errno != EINVAL) {
+    throw FileError(path + ": cannot empty: " + std::strerror(errno));
   }
   writeLine(std::string(firstLine));
   writeLine(std::string(columns));

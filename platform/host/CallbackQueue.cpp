@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "Thread.h"
+#include "Trace.h"
 
 namespace ovix {
 
@@ -17,6 +18,7 @@ struct CallbackQueue::State {
   std::thread thread;
   std::thread::id runningOn;  // No thread while no callback runs.
   bool stopped = false;
+  bool isOverflowing = false;  // From the first that was dropped until none waits.
 
   void run();
 };
@@ -30,6 +32,7 @@ void CallbackQueue::State::run() {
     }
     Callback callback = std::move(waiting.front());
     waiting.pop_front();
+    isOverflowing = isOverflowing && !waiting.empty();
     runningOn = std::this_thread::get_id();
     lock.unlock();
     callback();
@@ -61,6 +64,17 @@ void CallbackQueue::post(Callback callback) {
     state->waiting.push_back(std::move(callback));
   }
   state->changed.notify_all();
+}
+
+void CallbackQueue::postIfRoom(Callback callback) {
+  std::unique_lock lock(state->mutex);
+  if (state->waiting.size() < waitingMax) {
+    lock.unlock();
+    post(std::move(callback));
+  } else if (!std::exchange(state->isOverflowing, true)) {
+    lock.unlock();
+    trace("%zu callbacks wait, indications are dropped", waitingMax);
+  }
 }
 
 void CallbackQueue::stop() {

@@ -95,8 +95,8 @@ void Client::accept(Frame& frame) {
     acceptResponse(frame);
   } else if (frame.kind == FrameKind::Indication) {
     if (indicationCallback != nullptr) {
-      callbacks.post([callback = indicationCallback, self = handle, data = indicationData,
-                      id = frame.messageId, payload = std::move(frame.payload)]() mutable {
+      callbacks.postIfRoom([callback = indicationCallback, self = handle, data = indicationData,
+                            id = frame.messageId, payload = std::move(frame.payload)]() mutable {
         callback(self, id, payload.data(), static_cast<unsigned int>(payload.size()), data);
       });
     }

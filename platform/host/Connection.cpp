@@ -16,9 +16,8 @@ using modem::UniqueFd;
 
 std::atomic<bool> sawAbsence{false};
 
-UniqueFd openSocket() {
-  const char* path = modemPath();
-  UniqueFd fd = path != nullptr ? connectToSocket(path) : UniqueFd(modem::connectEmbedded());
+UniqueFd openSocket(const std::string& path) {
+  UniqueFd fd = path.empty() ? UniqueFd(modem::connectEmbedded()) : connectToSocket(path);
   if (fd.isOpen()) {
     const int flags = ::fcntl(fd.get(), F_GETFL);
     ::fcntl(fd.get(), F_SETFL, flags & ~O_NONBLOCK);
@@ -28,10 +27,11 @@ UniqueFd openSocket() {
 
 }  // namespace
 
-ovix_client_error_type connectToModem(Purpose purpose, Connection& connection, int stopFd) {
+ovix_client_error_type connectToModem(const std::string& modemPath, Purpose purpose,
+                                      Connection& connection, int stopFd) {
   const modem::Hello hello{purpose, purpose == Purpose::Open && sawAbsence.exchange(false)};
   connection = {};
-  connection.socket = openSocket();
+  connection.socket = openSocket(modemPath);
   const auto answer = connection.socket.isOpen()
                           ? greet(connection.socket.get(), hello, connection.frames, stopFd)
                           : std::nullopt;

@@ -1,8 +1,5 @@
 // One connection to the modem: the socket, hellos exchanged, and what was read from it already.
 //
-// Where the modem is: the Unix socket named by the environment variable OVIX_MODEM, read anew for
-// each attempt; when that is unset or empty, the modem embedded in this process.
-//
 // "Saw absence", the client's word in its hello: true when, since a client last asked for a
 // connection, an attempt of this process to connect failed or a connection of it was lost. So a
 // library that lived through a modem restart is told of it by the modem, once, and one that joins a
@@ -23,10 +20,12 @@ struct Connection {
   bool isRefused = false;     // there is none because the modem said so
 };
 
-// What the caller of the platform is answered: 0 and a connection, or why there is none: the modem
-// cannot be reached now, or the code with which it refuses. Takes at most helloTimeoutMs; it ends
-// sooner, in failure, when stopFd (-1 for none) becomes readable.
-ovix_client_error_type connectToModem(Purpose purpose, Connection& connection, int stopFd = -1);
+// What the caller of the platform is answered: 0 and a connection to the modem of that path (empty:
+// the one embedded in this process), or why there is none: the modem cannot be reached now, or the
+// code with which it refuses. Takes at most helloTimeoutMs; it ends sooner, in failure, when stopFd
+// (-1 for none) becomes readable.
+ovix_client_error_type connectToModem(const std::string& modemPath, Purpose purpose,
+                                      Connection& connection, int stopFd = -1);
 
 // To be told of every connection that the modem ended.
 void noteConnectionLost();

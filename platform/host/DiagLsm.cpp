@@ -1,11 +1,15 @@
 // The diagnostic channel of a host: a line per message, appended to the file that the environment
-// variable PAVO_DIAG_FILE names, or to standard error when it names none or one that cannot be
-// opened. Any thread may call; the channel is open from the first Diag_LSM_Init to the last
-// Diag_LSM_DeInit, because a writer may come before the one that it replaces has gone. Messages
-// outside of that are dropped; one longer than messageCharsMax is cut.
+// variable PAVO_DIAG_FILE names, or to standard error when it names none. Messages hold passwords,
+// so the file is its owner's alone, and has to be what PrivateFile.h asks for. When it cannot be
+// used, as is so with symbolic links such as /dev/stderr, one line on standard error says why, and
+// the messages follow it there.
+//
+// Any thread may call; the channel is open from the first Diag_LSM_Init to the last
+// Diag_LSM_DeInit, because a writer may come before the one that it replaces has gone. The variable
+// is read by the thread that opens the channel. Messages outside of that are dropped; one longer
+// than messageCharsMax is cut.
 #include "diag_lsm.h"
 
-#include <fcntl.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -13,7 +17,10 @@
 #include <cstdio>
 #include <cstdlib>
 #include <mutex>
+#include <string>
 #include <type_traits>
+
+#include "modem/PrivateFile.h"
 
 namespace {
 
@@ -31,10 +38,17 @@ constinit Channel channel;
 
 int openOutput() {
   const char* path = std::getenv("PAVO_DIAG_FILE");
-  const int fd = path == nullptr || *path == '\0'
-                     ? -1
-                     : ::open(path, O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC, /*mode=*/0644);
-  return fd >= 0 ? fd : STDERR_FILENO;
+  if (path == nullptr || *path == '\0') {
+    return STDERR_FILENO;
+  }
+  modem::PrivateFile file = modem::openPrivateFile(path);
+  if (file.fd.isOpen()) {
+    return file.fd.release();
+  }
+  const std::string line =
+      std::string("diag_lsm: ") + path + ": " + file.problem + "; its lines go to standard error\n";
+  [[maybe_unused]] const ssize_t written = ::write(STDERR_FILENO, line.data(), line.size());
+  return STDERR_FILENO;
 }
 
 }  // namespace

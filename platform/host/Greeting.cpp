@@ -6,7 +6,6 @@
 #include <array>
 #include <cerrno>
 #include <chrono>
-#include <cstdlib>
 #include <cstring>
 
 #include "Poll.h"
@@ -52,19 +51,14 @@ bool hearFrame(int fd, FrameReader& frames, int stopFd, modem::Frame& frame) {
 
 }  // namespace
 
-const char* modemPath() {
-  const char* path = std::getenv("OVIX_MODEM");
-  return path != nullptr && *path != '\0' ? path : nullptr;
-}
-
-modem::UniqueFd connectToSocket(const char* path) {
+modem::UniqueFd connectToSocket(const std::string& path) {
   sockaddr_un address{};
   address.sun_family = AF_UNIX;
-  if (std::strlen(path) >= sizeof address.sun_path) {
+  if (path.size() >= sizeof address.sun_path) {
     trace("OVIX_MODEM names a path too long for a socket");
     return {};
   }
-  std::strcpy(address.sun_path, path);
+  std::strcpy(address.sun_path, path.c_str());
   // Not blocking, so that a modem that stopped accepting holds nobody up.
   modem::UniqueFd fd(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, /*protocol=*/0));
   if (!fd.isOpen() ||

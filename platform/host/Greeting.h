@@ -3,6 +3,7 @@
 #pragma once
 
 #include <optional>
+#include <string>
 
 #include "modem/Frame.h"
 #include "modem/Hello.h"
@@ -12,12 +13,8 @@ namespace ovix {
 
 inline constexpr int helloTimeoutMs = 1000;
 
-// The path in the environment variable OVIX_MODEM, read anew each time; null when that is unset or
-// empty.
-const char* modemPath();
-
 // Not blocking; closed when nobody listens there.
-modem::UniqueFd connectToSocket(const char* path);
+modem::UniqueFd connectToSocket(const std::string& path);
 
 // Says hello and hears the answer, and keeps in frames what came right behind it. Empty when there
 // is no answer within helloTimeoutMs, or none that is one, or when stopFd (-1 for none) becomes

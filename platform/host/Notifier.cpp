@@ -11,6 +11,7 @@
 
 #include "Connection.h"
 #include "Poll.h"
+#include "ServiceObject.h"
 #include "Thread.h"
 
 namespace ovix {
@@ -87,7 +88,8 @@ void Notifier::watch() {
   int retryMs = retryFirstMs;
   while (!isStopRequested(/*waitMs=*/0)) {
     Connection connection;
-    if (connectToModem(Purpose::Watch, connection, stopFd.get()) == OVIX_CLIENT_NO_ERROR) {
+    if (connectToModem(service->modemPath, Purpose::Watch, connection, stopFd.get()) ==
+        OVIX_CLIENT_NO_ERROR) {
       announce(OVIX_CLIENT_SERVICE_AVAILABLE);
       waitForEnd(connection.socket.get(), stopFd.get());
       if (isStopRequested(/*waitMs=*/0)) {

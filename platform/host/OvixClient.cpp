@@ -12,6 +12,7 @@
 #include "ovix_client.h"
 
 #include <chrono>
+#include <string>
 #include <utility>
 
 #include "Client.h"
@@ -52,12 +53,12 @@ ovix_client_error_type with(ovix_client_type handle, Body body) {
 
 // Who opens a client has just seen the service and stopped watching for it: a modem that is away
 // for a moment is given time to come back. One that refuses has said so.
-ovix_client_error_type connectPatiently(Connection& connection) {
+ovix_client_error_type connectPatiently(const std::string& modemPath, Connection& connection) {
   constexpr std::chrono::milliseconds againAfter{5};
   const ovix::Deadline deadline =
       ovix::Clock::now() + std::chrono::milliseconds(ovix::helloTimeoutMs);
   for (;;) {
-    const auto failed = ovix::connectToModem(ovix::Purpose::Open, connection);
+    const auto failed = ovix::connectToModem(modemPath, ovix::Purpose::Open, connection);
     if (failed == OVIX_CLIENT_NO_ERROR || connection.isRefused || ovix::Clock::now() >= deadline) {
       return failed;
     }
@@ -98,7 +99,7 @@ ovix_client_error_type ovix_client_get_any_service(ovix_service_object_type serv
   }
   return guarded([&] {
     Connection connection;
-    const auto failed = ovix::connectToModem(ovix::Purpose::Find, connection);
+    const auto failed = ovix::connectToModem(service->modemPath, ovix::Purpose::Find, connection);
     if (failed == OVIX_CLIENT_NO_ERROR) {
       *info = {};
     }
@@ -115,7 +116,7 @@ ovix_client_error_type ovix_client_init(ovix_service_info* info, ovix_service_ob
   *client = nullptr;
   return guarded([&]() -> ovix_client_error_type {
     Connection connection;
-    if (const auto failed = connectPatiently(connection)) {
+    if (const auto failed = connectPatiently(service->modemPath, connection)) {
       return failed;
     }
     const auto opened =

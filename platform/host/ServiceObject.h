@@ -1,6 +1,7 @@
-// What a service object holds: for each message of a service, where its C structures keep the
-// fields and how the modem wants them encoded. Data only; MessageCodec interprets it. The service
-// libraries (WdsService.cpp) state the tables, the messaging library reads them.
+// What a service object holds: where the modem is, and for each message of a service, where its C
+// structures keep the fields and how the modem wants them encoded. Data only; MessageCodec
+// interprets it. The service libraries (WdsService.cpp) state the tables, the messaging library
+// reads them.
 //
 // Everything here is constant and lives as long as the process; any thread may read it.
 #pragma once
@@ -8,6 +9,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <span>
+#include <string>
 
 namespace ovix {
 
@@ -60,11 +62,15 @@ struct Message {
 
 // Changes with every change to the structures above, so that a messaging library never interprets
 // the tables of another build.
-inline constexpr uint32_t tablesVersion = 1;
+inline constexpr uint32_t tablesVersion = 2;
 
 }  // namespace ovix
 
 struct ovix_service_object {
   uint32_t tablesVersion;
   std::span<const ovix::Message> messages;
+  // The modem's socket; empty for the modem embedded in this process. The caller who asks for the
+  // service settles it: the messaging library's threads read no environment, which that caller's
+  // program may be changing.
+  std::string modemPath;
 };

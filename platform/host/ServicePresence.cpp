@@ -4,10 +4,9 @@
 
 namespace ovix {
 
-bool isServiceKnown() noexcept {
+bool isServiceKnown(const std::string& modemPath) noexcept {
   try {
-    const char* path = modemPath();
-    const modem::UniqueFd fd = path != nullptr ? connectToSocket(path) : modem::UniqueFd();
+    const modem::UniqueFd fd = modemPath.empty() ? modem::UniqueFd() : connectToSocket(modemPath);
     modem::FrameReader frames;
     const auto answer =
         fd.isOpen() ? greet(fd.get(), {modem::Purpose::Object, /*sawAbsence=*/false}, frames)

@@ -2,10 +2,12 @@
 // modem decides, so that a library that finds none can be tested.
 #pragma once
 
+#include <string>
+
 namespace ovix {
 
-// False when the modem that OVIX_MODEM names says so. Without one, or without an answer from it,
-// the tables are there: they lie in this library.
-bool isServiceKnown() noexcept;
+// False when the modem at that path says so. Without one (the path is empty), or without an answer
+// from it, the tables are there: they lie in this library.
+bool isServiceKnown(const std::string& modemPath) noexcept;
 
 }  // namespace ovix

@@ -9,8 +9,16 @@
 
 namespace ovix {
 
+namespace {
+
+// Read while the library is loaded, for trace() runs on threads beside which the program may be
+// changing its environment.
+const bool isWanted = std::getenv("OVIX_MODEM_TRACE") != nullptr;
+
+}  // namespace
+
 void trace(const char* format, ...) {
-  if (std::getenv("OVIX_MODEM_TRACE") == nullptr) {
+  if (!isWanted) {
     return;
   }
   char line[256] = "ovix: ";

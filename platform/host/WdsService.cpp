@@ -2,6 +2,10 @@
 // the tags from docs/modem-messages.md.
 #include <algorithm>
 #include <array>
+#include <cstdlib>
+#include <map>
+#include <mutex>
+#include <string>
 
 #include "ServiceObject.h"
 #include "ServicePresence.h"
@@ -209,17 +213,29 @@ constexpr int idlMajor = 1;
 constexpr int idlMinor = 257;
 constexpr int serviceLibraryVersion = 6;
 
-constexpr ovix_service_object service{ovix::tablesVersion, messages};
+// The one object of a path: callers may compare them, and may use them until the process ends.
+ovix_service_object_type serviceOf(const std::string& modemPath) {
+  static std::mutex& mutex = *new std::mutex;
+  static auto& services = *new std::map<std::string, ovix_service_object>;
+  const std::lock_guard lock(mutex);
+  const auto fresh = ovix_service_object{ovix::tablesVersion, messages, modemPath};
+  return &services.emplace(modemPath, fresh).first->second;
+}
 
 }  // namespace
 
 // A major version stands for one set of structures and has to be the same. A minor version adds
 // messages to those of the minor versions before it, so that a client of an older one is served.
-// The library version is that of the tables' own format and has to be the same. May wait for the
-// modem, up to a second, when that does not answer.
+// The library version is that of the tables' own format and has to be the same.
+//
+// The modem is the one that the environment variable OVIX_MODEM names now, on this thread; when
+// that is unset or empty, the one embedded in this process. What is done with the service later
+// stays with it. May wait for the modem, up to a second, when that does not answer.
 ovix_service_object_type wds_get_service_object_internal_v01(int major, int minor,
                                                              int libraryVersion) {
   const bool fits = major == idlMajor && minor >= 0 && minor <= idlMinor &&
                     libraryVersion == serviceLibraryVersion;
-  return fits && ovix::isServiceKnown() ? &service : nullptr;
+  const char* named = std::getenv("OVIX_MODEM");
+  const std::string modemPath = named != nullptr ? named : "";
+  return fits && ovix::isServiceKnown(modemPath) ? serviceOf(modemPath) : nullptr;
 }

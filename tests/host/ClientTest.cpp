@@ -2,7 +2,9 @@
 // end of the connection, release.
 #include <signal.h>
 
+#include <array>
 #include <atomic>
+#include <cstdlib>
 #include <future>
 #include <latch>
 #include <semaphore>
@@ -31,9 +33,17 @@ TEST_F(ClientTest, Open_WithoutModem_Fails) {
   EXPECT_EQ(client, nullptr);
 }
 
+TEST_F(ClientTest, Open_VariableNamesAnotherModemMeanwhile_StaysWithTheServices) {
+  RawModem modem(path);
+  const std::string elsewhere = folder.file("another");
+  const ScopedVariable changed("OVIX_MODEM", elsewhere.c_str());
+  openClient();
+  EXPECT_EQ(modem.hellos().size(), 1u);
+}
+
 TEST_F(ClientTest, Open_SocketPathTooLong_Fails) {
   const std::string longPath(200, 'x');
-  const ScopedVariable variable("OVIX_MODEM", longPath.c_str());
+  const ScopedModem longNamed(longPath.c_str());
   ovix_client_type client = nullptr;
   EXPECT_EQ(tryOpen(client), OVIX_CLIENT_SERVICE_ERROR);
 }
@@ -541,6 +551,66 @@ TEST_F(ClientTest, Indication_SlowCallback_HoldsUpNoRequest) {
   EXPECT_EQ(indications.all().size(), 1u);
   gate.open();
   EXPECT_TRUE(indications.waitFor(11));
+}
+
+// A modem that indicates more than its client's callback, which waits at a gate, has taken.
+class ClientFloodTest : public ClientTest {
+ protected:
+  static constexpr size_t waitingMax = 16384;
+
+  ClientFloodTest() {
+    indications.inside = [this](const Indication& indication) {
+      if (indication.messageId == blocking) {
+        EXPECT_TRUE(gates.at(passed++).pass());
+      }
+    };
+  }
+
+  // Returns when the library has taken all of them, behind one that blocks.
+  void flood(size_t count) {
+    const size_t before = indications.all().size();
+    modem.lastPeer()->indicate(blocking, {});
+    ASSERT_TRUE(indications.waitFor(before + 1));
+    for (size_t i = 0; i < count; ++i) {
+      modem.lastPeer()->indicate(0xA8, u32(static_cast<uint32_t>(i)));
+    }
+    ASSERT_EQ(sendDelete(client.get(), 1), OVIX_CLIENT_NO_ERROR);
+  }
+
+  static constexpr unsigned blocking = 1;
+
+  RawModem modem{path};
+  std::array<Gate, 2> gates;
+  size_t passed = 0;  // of the callbacks' thread
+  Indications indications;
+  Handle client = openClient(recordIndication, &indications);
+};
+
+TEST_F(ClientFloodTest, Indication_MoreThanMayWait_TheLastAreDroppedAndTheErrorIsTold) {
+  Events errors;
+  ovix_client_register_error_cb(client.get(), recordError, &errors);
+  flood(waitingMax + 10);
+  modem.lastPeer()->hangUp();
+  ASSERT_TRUE(waitUntil([&] { return sendDelete(client.get(), 1) != OVIX_CLIENT_NO_ERROR; }));
+  gates[0].open();
+  EXPECT_TRUE(errors.waitFor(1));
+  client.release();
+  const auto all = indications.all();
+  ASSERT_EQ(all.size(), 1 + waitingMax);
+  EXPECT_EQ(all.back().payload, u32(waitingMax - 1));
+}
+
+TEST_F(ClientFloodTest, Indication_MoreThanMayWaitTwice_IsALineEach) {
+  const ScopedVariable traced("OVIX_MODEM_TRACE", "1");
+  const auto floodTwice = [this] {
+    flood(waitingMax + 10);
+    gates[0].open();
+    EXPECT_TRUE(indications.waitFor(1 + waitingMax));
+    flood(waitingMax + 1);
+    std::_Exit(0);
+  };
+  EXPECT_EXIT(floodTwice(), ::testing::ExitedWithCode(0),
+              "^(ovix: 16384 callbacks wait, indications are dropped\n){2}$");
 }
 
 TEST_F(ClientTest, Indication_CallbackThatSends_GetsItsAnswer) {

@@ -1,9 +1,11 @@
+#include <filesystem>
 #include <fstream>
 #include <sstream>
 #include <thread>
 
 #include "HostTest.h"
 #include "diag_lsm.h"
+#include "support/FileMode.h"
 
 namespace pavo::test {
 namespace {
@@ -94,7 +96,48 @@ TEST_F(DiagTest, Message_FileThatCannotBe_GoesToStandardError) {
   Diag_LSM_Init(nullptr);
   msg_sprintf(&tagged, "TAG", "seen");
   Diag_LSM_DeInit();
-  EXPECT_EQ(::testing::internal::GetCapturedStderr(), "|TAG| seen\n");
+  EXPECT_EQ(::testing::internal::GetCapturedStderr(),
+            "diag_lsm: " + nowhere +
+                ": No such file or directory; its lines go to standard error\n|TAG| seen\n");
+}
+
+TEST_F(DiagTest, Message_FileIsALink_GoesToStandardErrorAndTheTargetIsKept) {
+  writeWithMode(folder.file("victim"), "precious", 0644);
+  std::filesystem::create_symlink(folder.file("victim"), path);
+  ::testing::internal::CaptureStderr();
+  Diag_LSM_Init(nullptr);
+  msg_sprintf(&tagged, "TAG", "seen");
+  Diag_LSM_DeInit();
+  EXPECT_EQ(::testing::internal::GetCapturedStderr(),
+            "diag_lsm: " + path +
+                ": it is a symbolic link, which is not followed; its lines go to standard error\n"
+                "|TAG| seen\n");
+  EXPECT_EQ(std::filesystem::file_size(folder.file("victim")), 8u);
+  EXPECT_EQ(modeOf(folder.file("victim")), 0644u);
+}
+
+TEST_F(DiagTest, Init_NoFile_MakesOneForItsOwnerOnly) {
+  Diag_LSM_Init(nullptr);
+  Diag_LSM_DeInit();
+  EXPECT_EQ(modeOf(path), 0600u);
+}
+
+TEST_F(DiagTest, Init_FileThatOthersMayRead_TakesTheirRights) {
+  writeWithMode(path, "old\n", 0644);
+  Diag_LSM_Init(nullptr);
+  Diag_LSM_DeInit();
+  EXPECT_EQ(modeOf(path), 0600u);
+}
+
+TEST_F(DiagTest, Message_NullDevice_IsGoneAndTheDeviceAsItWas) {
+  const ScopedVariable null("PAVO_DIAG_FILE", "/dev/null");
+  const mode_t before = modeOf("/dev/null");
+  ::testing::internal::CaptureStderr();
+  Diag_LSM_Init(nullptr);
+  msg_sprintf(&tagged, "TAG", "unseen");
+  Diag_LSM_DeInit();
+  EXPECT_EQ(::testing::internal::GetCapturedStderr(), "");
+  EXPECT_EQ(modeOf("/dev/null"), before);
 }
 
 TEST_F(DiagTest, Message_FromManyThreads_AreWholeLines) {

@@ -16,7 +16,7 @@ class EmbeddedTest : public ::testing::Test {
                                      sizeof response, longTimeoutMs);
   }
 
-  const ScopedVariable unnamed{"OVIX_MODEM", nullptr};
+  const ScopedModem unnamed{nullptr};
 };
 
 TEST_F(EmbeddedTest, GetAnyService_WithoutAName_FindsTheModemInside) {
@@ -25,7 +25,7 @@ TEST_F(EmbeddedTest, GetAnyService_WithoutAName_FindsTheModemInside) {
 }
 
 TEST_F(EmbeddedTest, GetAnyService_EmptyName_FindsTheModemInside) {
-  const ScopedVariable empty("OVIX_MODEM", "");
+  const ScopedModem empty("");
   ovix_service_info info{};
   EXPECT_EQ(ovix_client_get_any_service(wdsService(), &info), OVIX_CLIENT_NO_ERROR);
 }

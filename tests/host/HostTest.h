@@ -69,11 +69,28 @@ class Handle {
   ovix_client_type handle = nullptr;
 };
 
-// Asked for once, before there is a modem to be asked whether there is one.
-inline const ovix_service_object_type theWdsService =
-    wds_get_service_object_internal_v01(1, 257, 6);
+// OVIX_MODEM for the length of a scope (none when path is null), and the service of that modem,
+// which is asked for before there is a modem to be asked about it.
+class ScopedModem {
+ public:
+  explicit ScopedModem(const char* path)
+      : variable("OVIX_MODEM", path),
+        outer(std::exchange(current, wds_get_service_object_internal_v01(1, 257, 6))) {}
+  ScopedModem(const ScopedModem&) = delete;
+  ScopedModem& operator=(const ScopedModem&) = delete;
+  ~ScopedModem() { current = outer; }
 
-inline ovix_service_object_type wdsService() { return theWdsService; }
+  // That of the innermost scope.
+  static ovix_service_object_type service() { return current; }
+
+ private:
+  static inline ovix_service_object_type current = nullptr;
+
+  const ScopedVariable variable;
+  const ovix_service_object_type outer;
+};
+
+inline ovix_service_object_type wdsService() { return ScopedModem::service(); }
 
 inline ovix_client_error_type tryOpen(ovix_client_type& client,
                                       ovix_client_ind_cb callback = nullptr, void* data = nullptr) {
@@ -108,7 +125,7 @@ class HostTest : public ::testing::Test {
  protected:
   TemporaryFolder folder;
   const std::string path = folder.file("modem");
-  const ScopedVariable modemVariable{"OVIX_MODEM", path.c_str()};
+  const ScopedModem named{path.c_str()};
 };
 
 }  // namespace pavo::test

@@ -108,6 +108,23 @@ TEST_F(NotifierTest, Register_ModemRefuses_IsToldWhenItNoLongerDoes) {
   EXPECT_EQ(codes(events), (std::vector<int>{came}));
 }
 
+TEST_F(NotifierTest, Watch_VariableNamesAnotherModemMeanwhile_StaysWithItsOwn) {
+  auto refusing = std::make_unique<RawModem>(path, RawModem::succeed, RawModem::refusal(-2));
+  Events events;
+  const Handle notifier = makeNotifier();
+  listen(notifier, events);
+  ASSERT_TRUE(waitUntil([&] { return !refusing->hellos().empty(); }));
+  const std::string elsewhere = folder.file("another");
+  RawModem another(elsewhere);
+  const ScopedVariable changed("OVIX_MODEM", elsewhere.c_str());
+  const size_t before = refusing->hellos().size();
+  ASSERT_TRUE(waitUntil([&] { return refusing->hellos().size() >= before + 3; }));
+  refusing.reset();
+  const RawModem modem(path);
+  ASSERT_TRUE(events.waitFor(1));
+  EXPECT_TRUE(another.hellos().empty());
+}
+
 TEST_F(NotifierTest, Register_ModemGoesAndReturns_IsToldOfEach) {
   auto modem = std::make_unique<RawModem>(path);
   Events events;

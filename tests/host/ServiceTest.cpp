@@ -42,6 +42,18 @@ TEST(ServiceTest, GetServiceObject_Twice_IsTheSame) {
 
 class ServicePresenceTest : public HostTest {};
 
+TEST_F(ServicePresenceTest, GetServiceObject_OfTwoModems_StandsForEach) {
+  const std::string elsewhere = folder.file("another");
+  const auto service = askForService();
+  EXPECT_EQ(service, askForService());
+  const ScopedVariable changed("OVIX_MODEM", elsewhere.c_str());
+  const auto other = askForService();
+  const RawModem modem(path);
+  ovix_service_info info{};
+  EXPECT_EQ(ovix_client_get_any_service(service, &info), OVIX_CLIENT_NO_ERROR);
+  EXPECT_EQ(ovix_client_get_any_service(other, &info), OVIX_CLIENT_SERVICE_ERROR);
+}
+
 TEST_F(ServicePresenceTest, GetServiceObject_ModemNotThere_IsThere) {
   EXPECT_NE(askForService(), nullptr);
 }

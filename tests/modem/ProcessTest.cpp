@@ -1,9 +1,16 @@
 // The modem as a process: its command line, its socket file, its end.
+#include <fcntl.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sys/file.h>
+#include <sys/socket.h>
+#include <sys/un.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <csignal>
+#include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <nlohmann/json.hpp>
@@ -15,6 +22,7 @@
 #include "TemporaryFolder.h"
 #include "modem/ControlClient.h"
 #include "modem/LocalSocket.h"
+#include "modem/Server.h"
 
 namespace modem::test {
 namespace {
@@ -58,6 +66,51 @@ class ProcessTest : public testing::Test {
 
   TemporaryFolder folder;
 };
+
+// How a connection to a modem ended for a process of another user.
+enum class Outcome { HungUp, Answered, Broken, NotConnected, NotTheOther };
+
+constexpr uid_t anotherUser = 65534;
+
+// In the child: nothing but system calls. Closes the descriptor when all is said.
+Outcome connectAndSend(const sockaddr_un& address, const std::vector<uint8_t>& bytes, int saidFd) {
+  if (setresuid(anotherUser, anotherUser, anotherUser) != 0) {
+    return Outcome::NotTheOther;
+  }
+  const int fd = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, /*protocol=*/0);
+  if (connect(fd, reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0) {
+    return Outcome::NotConnected;
+  }
+  // The modem may have hung up already.
+  send(fd, bytes.data(), bytes.size(), MSG_NOSIGNAL);
+  close(saidFd);
+  char answer = 0;
+  const ssize_t count = recv(fd, &answer, sizeof answer, /*flags=*/0);
+  return count == 0 ? Outcome::HungUp : count > 0 ? Outcome::Answered : Outcome::Broken;
+}
+
+// The modem finds the connection when the frame is on it.
+Outcome connectAsAnotherUser(ChildProcess& modem, const std::string& path, const Frame& frame) {
+  sockaddr_un address = {};
+  address.sun_family = AF_UNIX;
+  std::memcpy(address.sun_path, path.data(), path.size());
+  const std::vector<uint8_t> bytes = encodeFrame(frame);
+  int said[2] = {-1, -1};
+  EXPECT_EQ(pipe2(said, O_CLOEXEC), 0);
+  modem.sendSignal(SIGSTOP);
+  const pid_t child = fork();
+  if (child == 0) {
+    _exit(static_cast<int>(connectAndSend(address, bytes, said[1])));
+  }
+  close(said[1]);
+  char nothing = 0;
+  EXPECT_EQ(read(said[0], &nothing, sizeof nothing), 0);
+  close(said[0]);
+  modem.sendSignal(SIGCONT);
+  int status = 0;
+  waitpid(child, &status, /*options=*/0);
+  return static_cast<Outcome>(WEXITSTATUS(status));
+}
 
 // Runs to its end and tells what it complained of.
 std::string complaintOf(const Words& words, int code) {
@@ -140,6 +193,21 @@ TEST_F(ProcessTest, Start_StoreOfALiveModem_IsRefusedUntilThatOneIsGone) {
   ASSERT_EQ(first.waitForExit(), (Exit{-1, SIGKILL}));
   ChildProcess next(second);
   EXPECT_TRUE(next.waitForOutput("pavo-modem: listening on " + folder.file("second") + "\n"));
+}
+
+TEST_F(ProcessTest, Start_LinkInThePlaceOfTheStoresLock_IsRefused) {
+  std::filesystem::create_symlink(folder.file("victim"), folder.file("store.lock"));
+  EXPECT_THAT(complaintOf(command({"--store", folder.file("store")}), 1),
+              AllOf(HasSubstr(folder.file("store.lock")), HasSubstr("symbolic link")));
+  EXPECT_FALSE(std::filesystem::exists(folder.file("victim")));
+}
+
+TEST_F(ProcessTest, Start_FolderStaysLocked_IsRefusedInOneLine) {
+  const UniqueFd holder(open(folder.path().c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+  ASSERT_EQ(flock(holder.get(), LOCK_EX), 0);
+  EXPECT_EQ(complaintOf(command(), 1), "pavo-modem: " + socketPath() +
+                                           ": another process keeps the directory " +
+                                           folder.path().string() + " locked\n");
 }
 
 TEST_F(ProcessTest, Start_StoreInNoFolder_IsRefused) {
@@ -291,6 +359,66 @@ TEST_F(ProcessTest, Ctl_ScriptFromAFile_ReplacesTheFaults) {
   EXPECT_EQ(ctl({"script", "@" + folder.file("none")}), (Exit{1, 0}));
   std::ofstream(path) << "[]";
   EXPECT_EQ(ctl({"script", "@" + path}), (Exit{1, 0}));
+}
+
+TEST_F(ProcessTest, Connect_ProcessOfAnotherUser_IsHungUpOnAndToldInOneLine) {
+  if (geteuid() != 0) {
+    GTEST_SKIP() << "only root can become another user; LocalSocketTest has the decision";
+  }
+  ChildProcess process(command());
+  ASSERT_TRUE(isReady(process));
+  // Neither the folder's mode nor the socket's keeps it out.
+  const auto all = std::filesystem::perms::all;
+  std::filesystem::permissions(folder.path(), all);
+  std::filesystem::permissions(socketPath(), all);
+  const std::string show = R"({"verb": "show"})";
+  const Frame control{FrameKind::ControlRequest, 0, 1, {show.begin(), show.end()}};
+  EXPECT_EQ(connectAsAnotherUser(process, socketPath(), control), Outcome::HungUp);
+  EXPECT_EQ(connectAsAnotherUser(process, socketPath(), {FrameKind::Hello, 0, 0, {0}}),
+            Outcome::HungUp);
+  EXPECT_EQ(resultOf(newClient().request(profileList, {})), success);
+  EXPECT_THAT(process.errors(),
+              testing::StartsWith("pavo-modem: a connection was turned away, it is of user " +
+                                  std::to_string(anotherUser) + "\n"));
+}
+
+TEST_F(ProcessTest, Connect_SilentOnes_AreClosedAndTheOthersServed) {
+  ChildProcess process(command());
+  ASSERT_TRUE(isReady(process));
+  RawClient client = newClient();
+  ControlClient control(socketPath());
+  control.call("show");
+  RawClient silent(connectToSocket(socketPath()));
+  RawClient halfSaid(connectToSocket(socketPath()));
+  halfSaid.sendBytes(Payload{1, 0, 0, 0});
+  EXPECT_TRUE(silent.isHungUp());
+  EXPECT_TRUE(halfSaid.isHungUp());
+  EXPECT_EQ(resultOf(client.request(profileList, {})), success);
+  EXPECT_EQ(control.call("show")["clients"], 1);
+  EXPECT_THAT(process.errors(), HasSubstr("a connection was closed: it has not said what it is\n"));
+}
+
+TEST_F(ProcessTest, Connect_MoreThanThereIsRoomFor_IsALineASecondAtMost) {
+  const auto start = std::chrono::steady_clock::now();
+  ChildProcess process(command());
+  ASSERT_TRUE(isReady(process));
+  std::vector<RawClient> clients;
+  for (size_t i = 0; i < Server::connectionsMax; ++i) {
+    clients.push_back(newClient());
+  }
+  const auto isTurnedAway = [&] { return RawClient(connectToSocket(socketPath())).isHungUp(); };
+  EXPECT_TRUE(isTurnedAway());
+  EXPECT_TRUE(isTurnedAway());
+  EXPECT_TRUE(pavo::test::waitUntil([&] {
+    EXPECT_TRUE(isTurnedAway());
+    return process.errors().find("such lines left out before") != std::string::npos;
+  }));
+  const std::string lines = process.errors();
+  const auto seconds =
+      std::chrono::duration_cast<std::chrono::seconds>(std::chrono::steady_clock::now() - start)
+          .count();
+  EXPECT_LE(std::ranges::count(lines, '\n'), seconds + 1);
+  EXPECT_THAT(lines, HasSubstr("a connection was turned away, there are 256\n"));
 }
 
 class ReplayProcessTest : public ProcessTest {

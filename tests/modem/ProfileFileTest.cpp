@@ -2,18 +2,20 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <sys/stat.h>
 
 #include <filesystem>
 #include <fstream>
 
+#include "FileMode.h"
 #include "TemporaryFolder.h"
 #include "modem/Store.h"
 
 namespace modem {
 namespace {
 
+using pavo::test::modeOf;
 using pavo::test::TemporaryFolder;
+using pavo::test::writeWithMode;
 using testing::AllOf;
 using testing::HasSubstr;
 using testing::Not;
@@ -129,9 +131,33 @@ TEST(Store, Save_Again_ReplacesTheFileAndLeavesNothingElse) {
 TEST(Store, Save_AnyState_IsForTheOwnerOnly) {
   const TemporaryFolder folder;
   Store(folder.file("store"), capacity).save({});
-  struct stat status = {};
-  ASSERT_EQ(stat(folder.file("store").c_str(), &status), 0);
-  EXPECT_EQ(status.st_mode & 0077, 0u);
+  EXPECT_EQ(modeOf(folder.file("store")), 0600u);
+}
+
+TEST(Store, Save_FilesThatOthersMayReadWereThere_IsForTheOwnerOnly) {
+  const TemporaryFolder folder;
+  writeWithMode(folder.file("store"), R"({"profiles": []})", 0644);
+  writeWithMode(folder.file("store.new"), "left over", 0644);
+  Store(folder.file("store"), capacity).save({});
+  EXPECT_EQ(modeOf(folder.file("store")), 0600u);
+}
+
+TEST(Store, Save_LinkInThePlaceOfTheFreshFile_IsNotFollowed) {
+  const TemporaryFolder folder;
+  writeWithMode(folder.file("victim"), "precious", 0644);
+  std::filesystem::create_symlink(folder.file("victim"), folder.file("store.new"));
+  const Store store(folder.file("store"), capacity);
+  store.save({{1, persistentProfile("ims")}});
+  EXPECT_EQ(readFile(folder.file("victim")), "precious");
+  EXPECT_FALSE(std::filesystem::is_symlink(folder.file("store")));
+  EXPECT_EQ(store.load()->size(), 1u);
+}
+
+TEST(Store, Load_FileThatOthersMayRead_TakesTheirRights) {
+  const TemporaryFolder folder;
+  writeWithMode(folder.file("store"), R"({"profiles": []})", 0644);
+  Store(folder.file("store"), capacity).load();
+  EXPECT_EQ(modeOf(folder.file("store")), 0600u);
 }
 
 TEST(Store, Save_HalfWrittenFileOfADeadModem_IsOverwritten) {

@@ -2,11 +2,12 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <sys/stat.h>
 
+#include <filesystem>
 #include <fstream>
 #include <sstream>
 
+#include "FileMode.h"
 #include "Payloads.h"
 #include "TemporaryFolder.h"
 #include "modem/TraceSessions.h"
@@ -14,6 +15,8 @@
 namespace modem::test {
 namespace {
 
+using pavo::test::modeOf;
+using pavo::test::writeWithMode;
 using testing::ContainsRegex;
 using testing::HasSubstr;
 
@@ -94,9 +97,22 @@ TEST_F(TraceTest, Read_WhatWasWritten_IsTheSame) {
 
 TEST_F(TraceTest, Write_File_IsTheOwnersAlone) {
   const TraceWriter writer(path);
-  struct stat status = {};
-  ASSERT_EQ(stat(path.c_str(), &status), 0);
-  EXPECT_EQ(status.st_mode & 0777u, 0600u);
+  EXPECT_EQ(modeOf(path), 0600u);
+}
+
+TEST_F(TraceTest, Write_FileThatOthersMayRead_IsReplacedAndTheOwners) {
+  writeWithMode(path, std::string(1000, 'x'), 0644);
+  const TraceWriter writer(path);
+  EXPECT_EQ(modeOf(path), 0600u);
+  EXPECT_EQ(text().find('x'), std::string::npos);
+}
+
+TEST_F(TraceTest, Write_Link_IsRefusedAndItsTargetKept) {
+  writeWithMode(folder.file("victim"), "precious", 0644);
+  std::filesystem::create_symlink(folder.file("victim"), path);
+  EXPECT_THAT([&] { const TraceWriter writer(path); },
+              testing::ThrowsMessage<FileError>(HasSubstr("symbolic link")));
+  EXPECT_EQ(readFile(folder.file("victim")), "precious");
 }
 
 TEST_F(TraceTest, Write_NoFolder_IsTold) {

@@ -1,0 +1,44 @@
+#include "modem/RunningServer.h"
+
+#include <gtest/gtest.h>
+
+#include <csignal>
+#include <cstdlib>
+
+#include "modem/Service.h"
+
+namespace modem::test {
+namespace {
+
+constexpr int noDescriptor = -1;
+
+void (*handlerOf(int signal))(int) {
+  struct sigaction action = {};
+  sigaction(signal, nullptr, &action);
+  return action.sa_handler;
+}
+
+// Ends the process that runs it with code 0 when all is as it should be.
+void runAndRaiseAfterwards(int signal) {
+  {
+    Server server(Server::Options{});
+    Service service({}, server);
+    server.stop();
+    runServer(server, service, "a path", noDescriptor);
+  }
+  // A handler that were still there would stop a server that is gone.
+  const bool isIgnored = handlerOf(signal) == SIG_IGN;
+  std::raise(signal);
+  std::_Exit(isIgnored ? 0 : 1);
+}
+
+class RunningServerSignal : public testing::TestWithParam<int> {};
+
+TEST_P(RunningServerSignal, Signal_AfterTheRun_ReachesNoServer) {
+  EXPECT_EXIT(runAndRaiseAfterwards(GetParam()), testing::ExitedWithCode(0), "");
+}
+
+INSTANTIATE_TEST_SUITE_P(Signals, RunningServerSignal, testing::Values(SIGTERM, SIGINT));
+
+}  // namespace
+}  // namespace modem::test
