@@ -814,6 +814,11 @@ void FakePlatform::record(PlatformCall call) {
   state->record(std::move(call));
 }
 
+pid_t FakePlatform::forkProcess() {
+  const std::lock_guard lock(state->mutex);
+  return fork();
+}
+
 void FakePlatform::setLogHook(std::function<void(const std::string&)> hook) {
   state->set(&Behaviour::logHook, std::move(hook));
 }

@@ -7,6 +7,8 @@
 // deletes keep a profile table from which reads are answered. Tests change what they are about.
 #pragma once
 
+#include <sys/types.h>
+
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
@@ -226,6 +228,9 @@ class FakePlatform {
   /// Waits until everything posted has run; false when that takes too long. Not on the platform
   /// thread.
   bool drainPosted();
+
+  /// fork() at a moment when no other thread is inside the fake, so that the child can use it.
+  pid_t forkProcess();
 
   // The record.
 

@@ -379,8 +379,8 @@ TEST_F(OvixWdsProxyIndicationTest, HandleError_IndicationsWereDropped_NotReporte
   for (std::size_t i = 0; i <= OvixWdsProxy::indicationsQueuedMax; ++i) {
     indicate(1);
   }
-  platform.raiseError();
-  loop.processEvents();
+  const UniqueFd errorFd{eventfd(/*count=*/1, EFD_NONBLOCK | EFD_CLOEXEC)};
+  OvixWdsProxy::handleError(errorFd.get(), &*proxy);
   loop.processEvents();
   EXPECT_EQ(reports, 0);
   EXPECT_EQ(received.size(), 0U);

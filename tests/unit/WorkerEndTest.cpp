@@ -376,12 +376,12 @@ TEST_F(FloodTest, Indications_AMillionWhileTheWorkerIsBusy_BoundedAndTheCacheIsT
 // A closure's end may take any lock, one that another thread holds around a call included.
 TEST_F(WorkerEndTest, Drop_ClosureTakesALockThatACallerHolds_NoDeadlock) {
   const std::unique_ptr<Manager> manager = startManager();
-  std::timed_mutex mutex;
+  std::mutex mutex;
   std::atomic<bool> isEnding{false};
   std::atomic<bool> hadTheLock{false};
   const auto capture = [&](void*) {
     isEnding = true;
-    hadTheLock = mutex.try_lock_for(patience());
+    hadTheLock = waitUntil([&] { return mutex.try_lock(); });
     if (hadTheLock) {
       mutex.unlock();
     }
@@ -428,7 +428,7 @@ class ForkTest : public RunningManagerTest {
   void inChild(const std::function<void()>& work) {
     platform.clearCalls();
     const std::size_t profiles = platform.profileCount();
-    const pid_t child = fork();
+    const pid_t child = platform.forkProcess();
     if (child == 0) {
       alarm(static_cast<unsigned int>(patience().count() / 1000));
       work();
