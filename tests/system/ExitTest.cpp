@@ -140,6 +140,12 @@ TEST_F(ExitTest, ExitOnAnotherThread_Ends) {
   expectEndsCleanly();
 }
 
+TEST_F(ExitTest, ExitOfAForkedChild_LeavesTheParentsWorkerAndProfilesAlone) {
+  start("forked-child-exits");
+  expectEndsCleanly();
+  EXPECT_EQ(table().size(), 1u);
+}
+
 TEST_F(ExitTest, ExitInAListener_OfACallInProgress_Ends) {
   start("exit-in-listener-during-a-call");
   expectEndsCleanly();

@@ -1,6 +1,7 @@
 // Ends in the way that its argument names, with the library in use. It writes "ending" when
 // everything is set up, and its exit code is 0 unless it says otherwise.
 #include <pavo/Manager.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include <atomic>
@@ -224,6 +225,27 @@ void manyInits() {
   ending();
 }
 
+// The child runs its exit handlers: it drops the key, and its copy of the process-wide Manager
+// ends.
+void forkedChildExits() {
+  start();
+  keyBeforeManager = add("ims");
+  const pid_t child = fork();
+  if (child == 0) {
+    std::exit(EXIT_SUCCESS);
+  }
+  int status = 0;
+  if (waitpid(child, &status, 0) != child || status != 0) {
+    std::cerr << "the child ended with wait status " << status << std::endl;
+    std::exit(EXIT_FAILURE);
+  }
+  if (!Manager::getInstance().getProfile(keyBeforeManager)) {
+    std::cerr << "the parent's profile is gone" << std::endl;
+    std::exit(EXIT_FAILURE);
+  }
+  ending();
+}
+
 const std::map<std::string, void (*)()>& scenarios() {
   static const auto& all = *new std::map<std::string, void (*)()>{
       {"key-in-global-before", keyInGlobalBefore},
@@ -242,6 +264,7 @@ const std::map<std::string, void (*)()>& scenarios() {
       {"exit-in-listener-of-two-managers", exitInListenerOfTwoManagers},
       {"exit-in-listener-during-a-call", exitInListenerDuringACall},
       {"many-inits", manyInits},
+      {"forked-child-exits", forkedChildExits},
   };
   return all;
 }
