@@ -201,6 +201,11 @@ std::string convertToLower(const std::string& text) {
   return lower;
 }
 
+// What clients are told is what the messages hold.
+static_assert(apnNameBytesMax == OVIX_WDS_APN_NAME_MAX_V01);
+static_assert(userNameBytesMax == OVIX_WDS_USER_NAME_MAX_V01);
+static_assert(passwordBytesMax == OVIX_WDS_PASSWORD_MAX_V01);
+
 std::string normalizeApnName(const std::string& name) {
   return convertToLower(name.size() > apnNameBytesMax ? name.substr(0, apnNameBytesMax) : name);
 }

@@ -2,6 +2,7 @@
 // value becomes UNKNOWN or 0, with a line in the log for a PDP or PDN type.
 #pragma once
 
+#include <pavo/ProfileParams.h>
 #include <pavo/ProfileTypes.h>
 
 #include "ExpirationListener.h"
@@ -44,8 +45,7 @@ constexpr char convertToLower(char c) {
 }
 std::string convertToLower(const std::string& text);
 
-// The form in which APN names are kept and compared: the first 150 bytes, in lower case.
-inline constexpr std::size_t apnNameBytesMax = OVIX_WDS_APN_NAME_MAX_V01;
+// The form in which APN names are kept and compared: the first bytes, in lower case.
 std::string normalizeApnName(const std::string& name);
 
 // Whether the listener's key is gone. It asks without taking a handle: one taken here could become

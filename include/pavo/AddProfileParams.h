@@ -4,7 +4,7 @@
 
 namespace pavo {
 
-/// A profile to be created.
+/// A profile to be created. An attribute that is absent is left to the modem.
 class PAVO_API AddProfileParams : public ProfileParams {
  public:
   /// @param isPersistent whether the profile is to survive a power cycle of the modem
@@ -18,6 +18,8 @@ class PAVO_API AddProfileParams : public ProfileParams {
   AddProfileParams& operator=(AddProfileParams&&) noexcept;
   ~AddProfileParams() override;
 
+  /// Whether the profile survives a power cycle of the modem. A profile that does not is deleted
+  /// when its last key is dropped.
   bool getIsPersistent() const;
 
   /// " persist=0: " or " persist=1: ", then the attributes.

@@ -1,4 +1,5 @@
 #pragma once
 
-// Marks what libpavor.so exports. Everything else in it is hidden.
+// Marks what libpavor.so exports. Everything else in it is hidden. Clients do not define it; it
+// needs g++ or clang.
 #define PAVO_API __attribute__((visibility("default")))

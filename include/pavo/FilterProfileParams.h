@@ -4,15 +4,26 @@
 
 namespace pavo {
 
-/// A query: which profiles match. An attribute that is absent is not compared; a profile that lacks
-/// an attribute that is present here does not match. For the IP types a profile has something in
-/// their place: at home its override type, else its common type; roaming its LTE and UMTS types,
-/// which have to be alike to match anything, else its common type.
+/// A query: which profiles match. An attribute that is absent here is not compared. A profile that
+/// lacks an attribute that is present here does not match.
+///
+/// IP types are compared with the profile's effective types. Home: the profile's override type
+/// unless it is absent or UNKNOWN, else its common type. Roaming: its LTE and UMTS types if either
+/// is set (they must be equal, else nothing matches), else its common type.
+///
+/// @code
+/// pavo::FilterProfileParams filter;
+/// filter.setApnName("internet");
+/// filter.setHomeIPType(pavo::IPType::V4);
+/// filter.addFilterMatchCriteria(pavo::HomeIPSubset);  // V4 and V4V6
+/// @endcode
 class PAVO_API FilterProfileParams : public ProfileParams {
  public:
   /// Matches every profile.
   FilterProfileParams();
-  /// Every attribute of params has to match, its two flags included; no criteria, no profile id.
+  /// Matches profiles that have every attribute of params, its two flags included. There are no
+  /// criteria and no profile id. The conversion is implicit, so that a description of a profile can
+  /// be passed where a query is wanted.
   FilterProfileParams(const ProfileParams& params);
   FilterProfileParams(const FilterProfileParams&);
   FilterProfileParams& operator=(const FilterProfileParams&);
@@ -20,21 +31,21 @@ class PAVO_API FilterProfileParams : public ProfileParams {
   FilterProfileParams& operator=(FilterProfileParams&&) noexcept;
   ~FilterProfileParams() override;
 
-  /// The modem's profile index to match.
+  /// The modem's profile index to match, 0 when there is none.
   int getFilterByProfileId() const;
   void setFilterByProfileId(int profileId);
   bool hasFilterByProfileId() const;
 
-  /// Whether the library has created the profile; read the value with getIsPavoProfile(). It is not
-  /// looked at when there is also a filter by initial-attach profile.
+  /// Whether the library has created the profile. The value is read with getIsPavoProfile(). It is
+  /// not compared when there is a filter by initial-attach profile, too.
   void setFilterByIsPavoProfile(bool isPavo);
   bool hasFilterByIsPavoProfile() const;
 
-  /// Whether it is the library's initial-attach profile; read the value with getIsIAProfile().
+  /// Whether it is the library's initial-attach profile. The value is read with getIsIAProfile().
   void setFilterByIsIAProfile(bool isIA);
   bool hasFilterByIsIAProfile() const;
 
-  /// FilterMatchType bits, 0 at first.
+  /// FilterMatchType bits, 0 at construction.
   unsigned int getFilterMatchCriteria() const;
   void addFilterMatchCriteria(unsigned int bits);
   void removeFilterMatchCriteria(unsigned int bits);

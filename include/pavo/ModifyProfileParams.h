@@ -4,11 +4,14 @@
 
 namespace pavo {
 
-/// The attributes to change on an existing profile; absent ones stay as they are.
+/// The attributes to change on an existing profile. Absent ones stay as they are.
 class PAVO_API ModifyProfileParams : public ProfileParams {
  public:
   /// Changes nothing.
   ModifyProfileParams();
+  /// Changes every attribute that params has. Its two flags (created by the library, initial-attach
+  /// profile) are fixed when a profile is created and are ignored. The conversion is implicit, so
+  /// that a description of a profile can be passed where a change is wanted.
   ModifyProfileParams(const ProfileParams& params);
   ModifyProfileParams(const ModifyProfileParams&);
   ModifyProfileParams& operator=(const ModifyProfileParams&);

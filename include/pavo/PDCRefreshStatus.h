@@ -4,7 +4,8 @@
 
 namespace pavo {
 
-/// The phase of a modem configuration refresh. Any value but PDC_REFRESH_STARTED means completed.
+/// The phase of a configuration refresh, in which the modem takes another operator's configuration.
+/// Any value but PDC_REFRESH_STARTED means completed.
 enum PDCRefreshStatus : std::uint8_t {
   /// The modem's configuration is being replaced: profile operations are refused until completion.
   PDC_REFRESH_STARTED = 0,

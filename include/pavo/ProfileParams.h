@@ -4,17 +4,25 @@
 #include <pavo/Export.h>
 #include <pavo/ProfileTypes.h>
 
+#include <cstddef>
 #include <optional>
 #include <string>
 
 namespace pavo {
 
+/// The most bytes of a text that reach the modem. Longer texts are cut.
+inline constexpr std::size_t apnNameBytesMax = 150;
+inline constexpr std::size_t userNameBytesMax = 127;
+inline constexpr std::size_t passwordBytesMax = 127;
+
 /// A profile's attributes, each present or absent.
 ///
-/// A plain value: it is copied freely, holds no lock, and one object may be read by several threads
-/// but not changed by one meanwhile. A setter makes its attribute present, also with an empty or
-/// zero value; nothing makes it absent again. A getter does not check presence: an absent text
-/// reads as empty, an absent number or enumeration as 0 and an absent flag as false.
+/// Objects are plain values without a lock. Several threads may read one object while no thread
+/// changes it. A setter makes its attribute present, also with an empty or zero value; no function
+/// makes it absent again. A getter does not check presence: an absent text reads as empty, an
+/// absent number or enumeration as 0 and an absent flag as false.
+///
+/// The members are part of the binary interface: another attribute makes another ABI.
 class PAVO_API ProfileParams {
  public:
   ProfileParams();
@@ -24,19 +32,19 @@ class PAVO_API ProfileParams {
   ProfileParams& operator=(ProfileParams&&) noexcept;
   virtual ~ProfileParams();
 
-  /// Access point name (3GPP TS 23.003, 9). The library keeps the first 150 bytes, ASCII letters in
-  /// lower case.
+  /// Access point name (3GPP TS 23.003, 9). The library keeps the first apnNameBytesMax bytes,
+  /// ASCII letters in lower case.
   std::string getApnName() const;
   void setApnName(std::string name);
   bool hasApnName() const;
 
-  /// User name for authentication. The modem keeps the first 127 bytes.
+  /// User name for authentication. The modem keeps the first userNameBytesMax bytes.
   std::string getUserName() const;
   void setUserName(std::string name);
   bool hasUserName() const;
 
-  /// Password for authentication. The modem keeps the first 127 bytes. Dumps and the log show it in
-  /// clear.
+  /// Password for authentication. The modem keeps the first passwordBytesMax bytes. Dumps and the
+  /// log show it in clear.
   std::string getPassword() const;
   void setPassword(std::string password);
   bool hasPassword() const;
@@ -96,7 +104,8 @@ class PAVO_API ProfileParams {
   void setIsEmergencySupported(bool supported);
   bool hasIsEmergencySupported() const;
 
-  /// Whether this library created the profile: present and true. Set in what the library hands out.
+  /// Whether this library created the profile: present and true. The library sets it in the records
+  /// that it returns.
   bool getIsPavoProfile() const;
   /// Whether it is this library's profile for initial attach: present and true.
   bool getIsIAProfile() const;
@@ -113,7 +122,7 @@ class PAVO_API ProfileParams {
   std::optional<bool> isIAProfile;
 
  private:
-  // The library's own access, which copies nothing.
+  // The library reads and writes the members through this, without copies.
   friend struct RecordAccess;
 
   std::optional<std::string> apnName;

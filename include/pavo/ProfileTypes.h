@@ -1,5 +1,5 @@
-// The enumerations of a packet-data profile. Their numeric values are part of the binary interface,
-// and any 32-bit value is legal in them: values without a name print as their decimal number.
+// The enumerations of a packet-data profile. Their numeric values are part of the binary interface.
+// Any 32-bit value is legal in them; a value without a name prints as its decimal number.
 #pragma once
 
 #include <pavo/Export.h>
@@ -9,8 +9,8 @@
 
 namespace pavo {
 
-/// What an APN may be used for, a bit set. A bit without a name never reaches the modem. The
-/// meanings are those of Android's APN types.
+/// The purposes that an APN may serve, as a bit set. A bit without a name never reaches the modem.
+/// The meanings are those of Android's APN types.
 enum ApnTypes : unsigned int {
   NONE = 0x0,
   DEFAULT = 0x1,      ///< Internet access.
@@ -28,8 +28,8 @@ enum ApnTypes : unsigned int {
   RCS = 0x8000,       ///< Rich communication services.
 };
 
-/// Loosens how a filter's attribute is compared with a profile's, a bit set. Without a bit the
-/// attribute has to be equal.
+/// The match criteria of a filter, as a bit set. Each bit loosens the comparison of one attribute;
+/// without the bit the attribute has to be equal.
 enum FilterMatchType : unsigned int {
   HomeIPSubset = 0x1,   ///< The filter's home IP type need only be contained in the profile's.
   RoamIPSubset = 0x2,   ///< The same for the roaming IP type.

@@ -326,6 +326,7 @@ TEST_F(OvixWdsProxyIndicationTest, Indicate_ModemNeverPauses_TurnEndsAndTheRestH
   proxy->registerProfileChangedInd([this](ProfileChangedInd ind) { received.push_back(ind); });
   loop.processEvents();
   EXPECT_EQ(received.size(), ofOneTurn) << "the turn gives way once";
+  loop.wake();
   loop.processEvents();
   EXPECT_EQ(received.size(), ofOneTurn + 1);
 }
@@ -364,7 +365,8 @@ TEST_F(OvixWdsProxyIndicationTest,
       indicate(2);
     }
     EXPECT_THAT(recorded(), testing::Contains(dropping).Times(1));
-    while (reports < episode && !HasFailure()) {
+    for (int turn = 0; reports < episode && turn < 1000; ++turn) {
+      loop.wake();
       loop.processEvents();
     }
     EXPECT_EQ(reports, episode);

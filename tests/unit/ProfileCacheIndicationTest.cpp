@@ -1,5 +1,8 @@
 // How the cache follows the modem's indications.
+#include <thread>
+
 #include "LogLines.h"
+#include "OvixWdsProxy.h"
 #include "RunningManagerTest.h"
 
 namespace pavo::test {
@@ -207,6 +210,27 @@ TEST_F(ProfileCacheIndicationTest, Pending_ByIdAndEvent_NoOtherEntryGoes) {
   indicate(1, WDS_PROFILE_EVENT_DELETE_V01);
   EXPECT_THAT(takeKeptLines(), ElementsAre(received("1 Delete"), updating));
   EXPECT_THAT(pending(), ElementsAre("  1 Create", "  1 Modify", "  2 Create"));
+}
+
+// An expected indication may be among those that were lost.
+TEST_F(ProfileCacheIndicationTest,
+       IndicationsLost_SomeWereExpected_EverythingIsReadAndNoneExpected) {
+  const Key key = add("ims");
+  ASSERT_THAT(pending(), ElementsAre("  1 Create", "  1 Modify"));
+  auto blocked = platform.blockNext(OVIX_WDS_DELETE_PROFILE_REQ_V01);
+  Key dropped = add("net");
+  std::thread dropper([&] { dropped.reset(); });
+  ASSERT_TRUE(blocked.waitUntilEntered());
+  for (std::size_t i = 0; i <= OvixWdsProxy::indicationsQueuedMax; ++i) {
+    platform.indicateProfileChanged(200, WDS_PROFILE_EVENT_DELETE_V01);
+  }
+  log->clear();
+  blocked.release();
+  dropper.join();
+  ASSERT_TRUE(waitForLine("Refreshed Profiles:"));
+  EXPECT_THAT(pending(), IsEmpty());
+  EXPECT_FALSE(manager.getProfile(key).has_value());
+  EXPECT_EQ(cached().size(), 1U);
 }
 
 }  // namespace

@@ -503,8 +503,8 @@ TEST_F(ForkTest, Fork_WhileOthersLog_TheChildLogsToo) {
     });
   }
   LogWrapper::getInstance().setLogWriter(nullptr);
-  for (int i = 0; i < 50; ++i) {
-    inChild([this] { key.reset(); });
+  for (int i = 0; i < 100; ++i) {
+    inChild([this] { EXPECT_FALSE(manager.getProfile(key).has_value()); });
   }
   isDone = true;
   for (std::thread& logger : loggers) {

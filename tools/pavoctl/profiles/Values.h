@@ -2,6 +2,7 @@
 // read.
 #pragma once
 
+#include <pavo/ProfileParams.h>
 #include <pavo/ProfileTypes.h>
 
 #include <cstdint>
@@ -11,9 +12,9 @@
 namespace pavoctl {
 
 // The modem's limits. The library would cut longer texts silently, so the tool refuses them.
-inline constexpr std::size_t apnNameBytesMax = 150;
-inline constexpr std::size_t userNameBytesMax = 127;
-inline constexpr std::size_t passwordBytesMax = 127;
+using pavo::apnNameBytesMax;
+using pavo::passwordBytesMax;
+using pavo::userNameBytesMax;
 inline constexpr std::int64_t profileIndexMax = 255;
 inline constexpr std::int64_t pdnValueMax = 65535;
 
