@@ -1,0 +1,29 @@
+// The form in which APN names are kept and compared.
+#pragma once
+
+#include <cstddef>
+#include <string>
+
+namespace pavo {
+
+inline constexpr std::size_t apnNameBytesMax = 150;
+
+// ASCII letters only, whatever the locale: the modem compares APN names that way.
+constexpr char convertToLower(char c) {
+  return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+}
+
+inline std::string convertToLower(const std::string& text) {
+  std::string lower = text;
+  for (char& c : lower) {
+    c = convertToLower(c);
+  }
+  return lower;
+}
+
+// The first 150 bytes, in lower case.
+inline std::string normalizeApnName(const std::string& name) {
+  return convertToLower(name.size() > apnNameBytesMax ? name.substr(0, apnNameBytesMax) : name);
+}
+
+}  // namespace pavo
