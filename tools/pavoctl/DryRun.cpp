@@ -2,7 +2,7 @@
 
 #include "Context.h"
 #include "Table.h"
-#include "policies/Effects.h"
+#include "policies/SimulatedProfiles.h"
 
 namespace pavoctl {
 namespace {

@@ -8,7 +8,9 @@
 #include <string>
 #include <vector>
 
+#include "matching/ProfileSettings.h"
 #include "profiles/Profile.h"
+#include "session/Dump.h"
 
 namespace pavoctl {
 
@@ -18,19 +20,11 @@ struct CachedProfile {
   // The cache's own mark of the entry; two entries may be of one profile of the modem.
   std::uint64_t token = 0;
   Profile profile;
-  // What the modem serves, and what pins a network to one type.
-  std::optional<pavo::IPType> commonIPType;
-  std::optional<pavo::IPType> overrideHomeIPType;
-  std::optional<pavo::IPType> lteRoamIPType;
-  std::optional<pavo::IPType> umtsRoamIPType;
-  // The modem has marked the profile for uses that the library has no name for.
-  bool hasUnknownTypes = false;
-  std::optional<std::string> name;  // Tells who made the profile.
-  std::string dump;                 // The cache's text, without the token.
+  pavo::ProfileSettings settings;
+  std::string dump;  // The cache's text, without the token.
 
-  // What a filter's types are compared with.
-  std::optional<pavo::IPType> homeIPType() const;
-  std::optional<pavo::IPType> roamIPType() const;
+  // The modem has marked the profile for uses that the library has no name for.
+  bool hasUnknownTypes() const;
 };
 
 struct Snapshot {
@@ -47,6 +41,9 @@ struct Snapshot {
 
 // The token of a key.
 std::uint64_t tokenOf(pavo::IProfileKey& key);
+
+// The cache's text of the entry with that token; nothing when there is none.
+std::optional<std::string> entryOf(const Dump& dump, std::uint64_t token);
 
 // Reads the cache's text of a profile, beside what the library says of the same; false when the two
 // are not of the same contents.

@@ -6,17 +6,29 @@
 #include <pavo/FilterProfileParams.h>
 #include <pavo/ModifyProfileParams.h>
 
+#include <cstdint>
 #include <string>
 #include <vector>
 
-#include "policies/Answers.h"
-#include "profiles/Profile.h"
+#include "session/Snapshot.h"
 
 namespace pavoctl {
 
-class Story {
+using Token = std::uint64_t;
+using Profiles = std::vector<CachedProfile>;
+
+// The id of a profile that has yet to be created, or was refused. The modem chooses ids.
+inline constexpr int unknownId = -1;
+
+enum class ChangeOutcome { changed, unchanged, refused };
+
+// The filter as JSON: its attributes, id, isPavoProfile and isIAProfile, and under "criteria" what
+// loosens it.
+Json toJson(const pavo::FilterProfileParams& filter, Secrets secrets);
+
+class PolicySteps {
  public:
-  explicit Story(Secrets shownSecrets) : secrets(shownSecrets) {}
+  explicit PolicySteps(Secrets shownSecrets) : secrets(shownSecrets) {}
 
   // A search that looks for one profile takes the first that it finds.
   void search(const std::string& why, const pavo::FilterProfileParams& filter,
@@ -32,7 +44,7 @@ class Story {
               const CachedProfile* profile);
   void note(const std::string& text);
 
-  const Json& steps() const { return all; }
+  const Json& json() const { return all; }
 
  private:
   // What kept the profile from matching.

@@ -1,4 +1,4 @@
-// Stories as text for people who have not seen one before.
+// The steps of a policy as text for people who have not seen one before.
 #pragma once
 
 #include <string>
@@ -11,7 +11,7 @@ namespace pavoctl {
 enum class Telling { done, foreseen };
 
 // Every step, numbered.
-std::string storyText(const Json& steps, Telling telling);
+std::string stepsText(const Json& steps, Telling telling);
 // One line for a change or a creation.
 std::string editText(const Json& step, Telling telling);
 // Why the answer is no, from the last step of a question.

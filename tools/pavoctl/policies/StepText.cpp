@@ -1,4 +1,4 @@
-#include "policies/StoryText.h"
+#include "policies/StepText.h"
 
 #include <algorithm>
 #include <array>
@@ -159,7 +159,7 @@ std::string editText(const Json& step, Telling telling) {
   return step["step"] == "create" ? createText(step, telling) : changeText(step, telling);
 }
 
-std::string storyText(const Json& steps, Telling telling) {
+std::string stepsText(const Json& steps, Telling telling) {
   std::string text;
   int number = 0;
   for (const auto& step : steps) {
