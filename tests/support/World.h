@@ -74,7 +74,7 @@ struct Twist {
 
 class World {
  public:
-  static constexpr int capacity = 16;
+  static constexpr int capacityDefault = 16;
 
   // A client's operations. Keys and listeners are numbers that the caller chooses.
   bool add(int key, const json& wish, bool isPersistent, bool isIA);
@@ -116,6 +116,7 @@ class World {
   // Counts what is left behind; the indices of what nobody can explain.
   std::vector<int> account();
 
+  int capacity = capacityDefault;  // of the table
   std::map<int, json> table;
   std::map<Token, std::shared_ptr<Picture>> cache;  // null: what could not be read
   Token nextToken = 0;
