@@ -11,19 +11,17 @@ namespace {
 constexpr unsigned int authBits = WDS_AUTH_PREFERENCE_PAP_V01 | WDS_AUTH_PREFERENCE_CHAP_V01;
 
 static_assert(apnNameBytesMax == OVIX_WDS_APN_NAME_MAX_V01);
-static_assert(convertToOvixApnTypeMask(DEFAULT) == WDS_APN_TYPE_DEFAULT_V01);
-static_assert(convertToOvixApnTypeMask(MMS) == WDS_APN_TYPE_MMS_V01);
-static_assert(convertToOvixApnTypeMask(SUPL) == WDS_APN_TYPE_SUPL_V01);
-static_assert(convertToOvixApnTypeMask(DUN) == WDS_APN_TYPE_DUN_V01);
-static_assert(convertToOvixApnTypeMask(HIPRI) == WDS_APN_TYPE_HIPRI_V01);
-static_assert(convertToOvixApnTypeMask(FOTA) == WDS_APN_TYPE_FOTA_V01);
-static_assert(convertToOvixApnTypeMask(IMS) == WDS_APN_TYPE_IMS_V01);
-static_assert(convertToOvixApnTypeMask(CBS) == WDS_APN_TYPE_CBS_V01);
-static_assert(convertToOvixApnTypeMask(IA) == WDS_APN_TYPE_IA_V01);
-static_assert(convertToOvixApnTypeMask(EMERGENCY) == WDS_APN_TYPE_EMERGENCY_V01);
-static_assert(convertToOvixApnTypeMask(MCX) == WDS_APN_TYPE_MCX_V01);
-static_assert(convertToOvixApnTypeMask(XCAP) == WDS_APN_TYPE_XCAP_V01);
-static_assert(convertToOvixApnTypeMask(RCS) == WDS_APN_TYPE_RCS_V01);
+
+// The modem's bits in the order of apnTypeBits.
+constexpr std::uint64_t ovixApnTypes[] = {
+    WDS_APN_TYPE_DEFAULT_V01,   WDS_APN_TYPE_MMS_V01,   WDS_APN_TYPE_SUPL_V01,
+    WDS_APN_TYPE_DUN_V01,       WDS_APN_TYPE_HIPRI_V01, WDS_APN_TYPE_FOTA_V01,
+    WDS_APN_TYPE_IMS_V01,       WDS_APN_TYPE_CBS_V01,   WDS_APN_TYPE_IA_V01,
+    WDS_APN_TYPE_EMERGENCY_V01, WDS_APN_TYPE_MCX_V01,   WDS_APN_TYPE_XCAP_V01,
+    WDS_APN_TYPE_RCS_V01};
+static_assert(std::equal(std::begin(apnTypeBits), std::end(apnTypeBits), std::begin(ovixApnTypes),
+                         std::end(ovixApnTypes),
+                         [](const ApnTypeBit& type, auto bit) { return type.modem == bit; }));
 
 }  // namespace
 

@@ -1,5 +1,7 @@
 #include "policies/PolicyRecorder.h"
 
+#include <algorithm>
+#include <array>
 #include <utility>
 
 #include "Text.h"
@@ -14,62 +16,53 @@ using pavo::policy::Stage;
 
 std::string typesText(unsigned mask) { return valueText(namesOfApnTypes(mask)); }
 
+struct Reason {
+  Stage stage;
+  const char* text;
+};
+
 // What the operations of a stage are for.
+constexpr std::array reasons{
+    Reason{Stage::SearchByName, "a profile of the wanted name, whatever its IP type"},
+    Reason{Stage::SearchByNameAndHomeIPType, "a profile of the wanted name and home IP type"},
+    Reason{
+        Stage::SearchByNameAndLikeHomeIPType,
+        "a profile of the wanted name whose home IP type contains the wanted one or is contained "
+        "in it"},
+    Reason{Stage::CreateForDataCall, "Nothing was found: create one"},
+    Reason{Stage::ChangeForDataCall, "Change it to what is wanted"},
+    Reason{Stage::SearchEmergencyByName,
+           "a profile of the wanted name that supports emergency calls"},
+    Reason{Stage::SearchEmergency, "any profile that supports emergency calls"},
+    Reason{Stage::CreateForEmergency, "Nothing was found: create one for emergency calls"},
+    Reason{Stage::SearchById, "the profile of that number"},
+    Reason{Stage::MatchExactly, "is it as wanted?"},
+    Reason{Stage::MatchLikeIPTypes,
+           "is it as wanted? IP types may contain the wanted ones or be contained in them"},
+    Reason{Stage::SearchExactly, "a profile of the wanted name and IP types"},
+    Reason{Stage::SearchByNameForAttach, "a profile of the wanted name, whatever its IP types"},
+    Reason{Stage::SearchModemsOwn,
+           "a profile of the modem's own, of the wanted name, whose IP types contain the wanted "
+           "ones or are contained in them"},
+    Reason{Stage::SearchInitialAttachByName,
+           "the library's profile for initial attach, of the wanted name"},
+    Reason{Stage::SearchInitialAttach, "any profile of the library's for initial attach"},
+    Reason{Stage::ChangeForAttach, "Give it the wanted settings"},
+    Reason{Stage::CreateForAttach, "Nothing may be used: create one for initial attach"},
+    Reason{Stage::SearchByClass, "all profiles of the class"},
+    Reason{Stage::ChangeByClass, "Change it to what is wanted"},
+    Reason{Stage::CreateForClass, "The class has no profile: create one"},
+    Reason{Stage::SearchForAllTypes, "all profiles of the name"},
+    Reason{Stage::SearchForTypes, "profiles of the name"},
+    Reason{Stage::ChangeTypes, "Set its types"},
+    Reason{Stage::ShareTypes,
+           "There is no V4V6 profile: its types go to the V4 and the V6 profiles."},
+};
+
 std::string reasonFor(Stage stage) {
-  switch (stage) {
-    case Stage::SearchByName:
-      return "a profile of the wanted name, whatever its IP type";
-    case Stage::SearchByNameAndHomeIPType:
-      return "a profile of the wanted name and home IP type";
-    case Stage::SearchByNameAndLikeHomeIPType:
-      return "a profile of the wanted name whose home IP type contains the wanted one or is "
-             "contained in it";
-    case Stage::CreateForDataCall:
-      return "Nothing was found: create one";
-    case Stage::ChangeForDataCall:
-    case Stage::ChangeByClass:
-      return "Change it to what is wanted";
-    case Stage::SearchEmergencyByName:
-      return "a profile of the wanted name that supports emergency calls";
-    case Stage::SearchEmergency:
-      return "any profile that supports emergency calls";
-    case Stage::CreateForEmergency:
-      return "Nothing was found: create one for emergency calls";
-    case Stage::SearchById:
-      return "the profile of that number";
-    case Stage::MatchExactly:
-      return "is it as wanted?";
-    case Stage::MatchLikeIPTypes:
-      return "is it as wanted? IP types may contain the wanted ones or be contained in them";
-    case Stage::SearchExactly:
-      return "a profile of the wanted name and IP types";
-    case Stage::SearchByNameForAttach:
-      return "a profile of the wanted name, whatever its IP types";
-    case Stage::SearchModemsOwn:
-      return "a profile of the modem's own, of the wanted name, whose IP types contain the wanted "
-             "ones or are contained in them";
-    case Stage::SearchInitialAttachByName:
-      return "the library's profile for initial attach, of the wanted name";
-    case Stage::SearchInitialAttach:
-      return "any profile of the library's for initial attach";
-    case Stage::ChangeForAttach:
-      return "Give it the wanted settings";
-    case Stage::CreateForAttach:
-      return "Nothing may be used: create one for initial attach";
-    case Stage::SearchByClass:
-      return "all profiles of the class";
-    case Stage::CreateForClass:
-      return "The class has no profile: create one";
-    case Stage::SearchForAllTypes:
-      return "all profiles of the name";
-    case Stage::SearchForTypes:
-      return "profiles of the name";
-    case Stage::ChangeTypes:
-      return "Set its types";
-    case Stage::ShareTypes:
-      break;
-  }
-  return "There is no V4V6 profile: its types go to the V4 and the V6 profiles.";
+  const auto* const found = std::find_if(reasons.begin(), reasons.end(),
+                                         [stage](const Reason& one) { return one.stage == stage; });
+  return found != reasons.end() ? found->text : "";
 }
 
 std::string reasonForSearch(Stage stage, unsigned types, const pavo::FilterProfileParams& filter) {
@@ -87,11 +80,8 @@ bool isForOne(Stage stage) {
 }  // namespace
 
 PolicyRecorder::PolicyRecorder(pavo::policy::ProfileOperations& recorded, Profiles cached,
-                               CacheReader reader, Secrets secrets)
-    : operations(recorded),
-      readCache(std::move(reader)),
-      profiles(std::move(cached)),
-      steps(secrets) {}
+                               pavo::Manager* manager, Secrets secrets)
+    : operations(recorded), cache(manager), profiles(std::move(cached)), steps(secrets) {}
 
 CachedProfile& PolicyRecorder::known(const Key& key) {
   const Token token = tokenOf(*key);
@@ -133,37 +123,24 @@ bool PolicyRecorder::match(const pavo::FilterProfileParams& params, const Key& k
   return isMatching;
 }
 
-std::optional<std::string> PolicyRecorder::cacheText(Token token) const {
-  return readCache ? readCache(token) : std::nullopt;
-}
-
-// Another client may have changed the profile since the policy began.
-void PolicyRecorder::readAgain(CachedProfile& profile, const Key& key) {
-  const auto text = cacheText(profile.token);
-  if (!text || *text == profile.dump) {
-    return;
-  }
-  if (auto params = operations.get(key)) {
-    CachedProfile current{profile.token, {key->getProfileId(), std::move(*params)}, {}, {}};
-    if (readDump(*text, current)) {
-      profile = std::move(current);
-    }
-  }
+std::optional<std::string> PolicyRecorder::textOf(const CachedProfile& profile) const {
+  // Without a cache every change makes a difference.
+  return cache != nullptr ? entryOf(Dump::parse(cache->dump()), profile.token)
+                          : profile.dump + "changed,";
 }
 
 bool PolicyRecorder::modify(const pavo::ModifyProfileParams& params, const Key& key) {
   CachedProfile& profile = known(key);
-  readAgain(profile, key);
+  if (cache != nullptr && textOf(profile) != profile.dump) {
+    // Another client has changed the profile since the policy began.
+    profile = Snapshot::takeOne(*cache, key).value_or(profile);
+  }
   const CachedProfile before = profile;
-  const auto after = changed(before, params);
   const bool isKnown = operations.modify(params, key);
-  const auto text = cacheText(before.token);
-  const bool isTaken = isKnown && (!readCache || (text && *text != before.dump));
-  const ChangeOutcome result = isKnown && !after ? ChangeOutcome::unchanged
-                               : isTaken         ? ChangeOutcome::changed
-                                                 : ChangeOutcome::refused;
+  const auto text = textOf(before);
+  const ChangeOutcome result = isKnown ? outcomeOf(params, before, text) : ChangeOutcome::refused;
   if (result == ChangeOutcome::changed) {
-    profile = *after;
+    profile = changed(before, params).value_or(before);
     profile.dump = text.value_or("");
   } else if (result == ChangeOutcome::refused) {
     outcome.refused.push_back(profile.profile.id);
@@ -184,7 +161,7 @@ Key PolicyRecorder::add(const pavo::AddProfileParams& params) {
   profile.token = tokenOf(*key);
   profile.profile.id = key->getProfileId();
   profile.settings.profileId = key->getProfileId();
-  profile.dump = cacheText(profile.token).value_or("");
+  profile.dump = textOf(profile).value_or("");
   outcome.isCreated = true;
   steps.create(reasonFor(stage), params, &profile);
   return key;

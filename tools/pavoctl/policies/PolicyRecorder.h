@@ -1,25 +1,33 @@
 // Records what a policy does with profiles while it does it.
 #pragma once
 
-#include <functional>
 #include <optional>
 #include <string>
+#include <vector>
 
-#include "policies/PolicyOutcome.h"
+#include "policies/PolicySteps.h"
 #include "policy/Policies.h"
 
 namespace pavoctl {
 
+// What became of a policy, or would.
+struct PolicyOutcome {
+  Json steps;
+  Profiles profiles;            // As they are afterwards.
+  std::optional<Token> result;  // The profile that was found or created.
+  bool isCreated = false;
+  bool isMatching = false;  // matchAttach
+  // Changes and creations that the modem refused or did not answer: ids, unknownId for a creation.
+  std::vector<int> refused;
+  bool isUnsure = false;  // The modem may have made some of them and not have answered.
+};
+
 // Passes every operation on, and makes a step of it.
 class PolicyRecorder : public pavo::policy::ProfileOperations, public pavo::policy::PolicyObserver {
  public:
-  // The cache's text of an entry; nothing when the entry has gone.
-  using CacheReader = std::function<std::optional<std::string>(Token token)>;
-
-  // The profiles are those of the cache at the beginning. The library does not say whether the
-  // modem has taken a change: it has when the cache's text of the profile is another one
-  // afterwards. Without a reader every change is taken.
-  PolicyRecorder(pavo::policy::ProfileOperations& recorded, Profiles cached, CacheReader reader,
+  // The profiles are those of the cache at the beginning. The manager's cache tells whether the
+  // modem has taken a change; without a manager every change is taken.
+  PolicyRecorder(pavo::policy::ProfileOperations& recorded, Profiles cached, pavo::Manager* manager,
                  Secrets secrets);
 
   std::list<pavo::policy::Key> filter(const pavo::FilterProfileParams& params) override;
@@ -38,11 +46,11 @@ class PolicyRecorder : public pavo::policy::ProfileOperations, public pavo::poli
  private:
   // A profile that came after the profiles were looked at is taken up; no more is known of it.
   CachedProfile& known(const pavo::policy::Key& key);
-  void readAgain(CachedProfile& profile, const pavo::policy::Key& key);
-  std::optional<std::string> cacheText(Token token) const;
+  // The cache's text of the profile; nothing when it has gone.
+  std::optional<std::string> textOf(const CachedProfile& profile) const;
 
   pavo::policy::ProfileOperations& operations;
-  const CacheReader readCache;
+  pavo::Manager* const cache;
   Profiles profiles;
   PolicySteps steps;
   PolicyOutcome outcome;

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "CommandLine.h"
-#include "policies/PolicyOutcome.h"
+#include "policies/PolicyRecorder.h"
 #include "policies/StepText.h"
 
 namespace pavoctl {

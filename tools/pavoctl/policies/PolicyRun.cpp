@@ -28,16 +28,15 @@ Session::Listing listOf(const Snapshot& snapshot, const std::vector<Token>& foun
 
 PolicyOutcome simulate(const PolicyCall& call, const Snapshot& snapshot, Secrets secrets) {
   SimulatedProfiles profiles(snapshot.profiles);
-  PolicyRecorder recorder(profiles, snapshot.profiles, /*reader=*/nullptr, secrets);
+  PolicyRecorder recorder(profiles, snapshot.profiles, /*manager=*/nullptr, secrets);
   const PolicyAnswer answer = pavoctl::call(call, recorder, recorder);
   return recorder.finish(answer.key, answer.isMatching);
 }
 
 PolicyResult perform(const PolicyCall& call, Session& session, Secrets secrets) {
-  pavo::policy::ManagerOperations profiles(pavo::Manager::getInstance());
-  PolicyRecorder recorder(
-      profiles, session.snapshot().profiles,
-      [](Token token) { return entryOf(Session::dump(), token); }, secrets);
+  pavo::Manager& manager = pavo::Manager::getInstance();
+  pavo::policy::ManagerOperations profiles(manager);
+  PolicyRecorder recorder(profiles, session.snapshot().profiles, &manager, secrets);
   const auto start = std::chrono::steady_clock::now();
   PolicyAnswer answer = pavoctl::call(call, recorder, recorder);
   const auto time = std::chrono::steady_clock::now() - start;

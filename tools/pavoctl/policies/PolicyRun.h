@@ -2,7 +2,7 @@
 #pragma once
 
 #include "policies/PolicyCall.h"
-#include "policies/PolicyOutcome.h"
+#include "policies/PolicyRecorder.h"
 #include "session/Session.h"
 
 namespace pavoctl {

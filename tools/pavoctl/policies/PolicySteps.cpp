@@ -1,6 +1,7 @@
 #include "policies/PolicySteps.h"
 
 #include <algorithm>
+#include <array>
 
 #include "matching/Matching.h"
 #include "profiles/Names.h"
@@ -31,52 +32,34 @@ Json roamJson(const CachedProfile& cached) {
   return nullptr;
 }
 
-const char* keyOf(pavo::Criterion criterion) {
-  using pavo::Criterion;
-  switch (criterion) {
-    case Criterion::ApnName:
-      return "apnName";
-    case Criterion::HomeIPType:
-      return "homeIPType";
-    case Criterion::UserName:
-      return "userName";
-    case Criterion::Password:
-      return "password";
-    case Criterion::AuthType:
-      return "authType";
-    case Criterion::ApnTypesMask:
-      return "apnTypesMask";
-    case Criterion::ApnClass:
-      return "apnClass";
-    case Criterion::IsClatEnabled:
-      return "isClatEnabled";
-    case Criterion::ProfileId:
-      return "id";
-    case Criterion::IsIAProfile:
-      return "isIAProfile";
-    case Criterion::IsPavoProfile:
-      return "isPavoProfile";
-    case Criterion::RoamIPType:
-      return "roamIPType";
-    case Criterion::MaxPdnsConnPerBlock:
-      return "maxPdnsConnPerBlock";
-    case Criterion::MaxPdnConnTimer:
-      return "maxPdnConnTimer";
-    case Criterion::PdnReqWaitInterval:
-      return "pdnReqWaitInterval";
-    case Criterion::IsApnDisabled:
-      return "isApnDisabled";
-    case Criterion::IsEmergencySupported:
-      break;
-  }
-  return "isEmergencySupported";
-}
+// In the order of the criteria.
+constexpr std::array criterionKeys{"apnName",
+                                   "homeIPType",
+                                   "userName",
+                                   "password",
+                                   "authType",
+                                   "apnTypesMask",
+                                   "apnClass",
+                                   "isClatEnabled",
+                                   "id",
+                                   "isIAProfile",
+                                   "isPavoProfile",
+                                   "roamIPType",
+                                   "maxPdnsConnPerBlock",
+                                   "maxPdnConnTimer",
+                                   "pdnReqWaitInterval",
+                                   "isApnDisabled",
+                                   "isEmergencySupported"};
+static_assert(criterionKeys.size() ==
+              static_cast<std::size_t>(pavo::Criterion::IsEmergencySupported) + 1);
 
 // The attribute that keeps the profile from matching; nothing when it matches.
 std::optional<std::string> keyOfMismatch(const CachedProfile& cached,
                                          const pavo::FilterProfileParams& filter) {
   const auto criterion = pavo::firstMismatch(cached.settings, filter);
-  return criterion ? std::optional<std::string>(keyOf(*criterion)) : std::nullopt;
+  return criterion
+             ? std::optional<std::string>(criterionKeys.at(static_cast<std::size_t>(*criterion)))
+             : std::nullopt;
 }
 
 Json criteriaOf(const pavo::FilterProfileParams& filter) {

@@ -17,11 +17,6 @@ namespace pavoctl {
 using Token = std::uint64_t;
 using Profiles = std::vector<CachedProfile>;
 
-// The id of a profile that has yet to be created, or was refused. The modem chooses ids.
-inline constexpr int unknownId = -1;
-
-enum class ChangeOutcome { changed, unchanged, refused };
-
 // The filter as JSON: its attributes, id, isPavoProfile and isIAProfile, and under "criteria" what
 // loosens it.
 Json toJson(const pavo::FilterProfileParams& filter, Secrets secrets);

@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <utility>
 
-#include "matching/Changes.h"
 #include "matching/Matching.h"
 
 namespace pavoctl {
@@ -31,27 +30,6 @@ CachedProfile* find(Profiles& profiles, Token token) {
       std::find_if(profiles.begin(), profiles.end(),
                    [&](const CachedProfile& profile) { return profile.token == token; });
   return found == profiles.end() ? nullptr : &*found;
-}
-
-std::optional<CachedProfile> changed(const CachedProfile& cached,
-                                     const pavo::ModifyProfileParams& params) {
-  pavo::ProfileSettings changes;
-  if (!pavo::planChanges(cached.settings, params, changes)) {
-    return std::nullopt;
-  }
-  CachedProfile after = cached;
-  pavo::applyChanges(changes, after.settings);
-  after.profile.params = pavo::clientView(after.settings);
-  return after;
-}
-
-CachedProfile created(const pavo::AddProfileParams& params) {
-  CachedProfile profile;
-  profile.settings = pavo::settingsOf(params);
-  profile.settings.profileName =
-      params.getIsIAProfile() ? pavo::ProfileSettings::pavoIAName : pavo::ProfileSettings::pavoName;
-  profile.profile = {unknownId, pavo::clientView(profile.settings)};
-  return profile;
 }
 
 std::list<Key> SimulatedProfiles::filter(const pavo::FilterProfileParams& params) {

@@ -25,14 +25,6 @@ class SimulatedProfiles : public pavo::policy::ProfileOperations {
   Token nextToken = ~Token{0};
 };
 
-// The profile as the library would have it after the change; nothing when it is like that already
-// and the modem would not be asked.
-std::optional<CachedProfile> changed(const CachedProfile& cached,
-                                     const pavo::ModifyProfileParams& params);
-
-// The profile that the library would create. Its id and token are not known.
-CachedProfile created(const pavo::AddProfileParams& params);
-
 // Null when there is none.
 CachedProfile* find(Profiles& profiles, Token token);
 

@@ -158,4 +158,44 @@ std::optional<Snapshot> Snapshot::take(pavo::Manager& manager) {
   return snapshot;
 }
 
+std::optional<CachedProfile> Snapshot::takeOne(pavo::Manager& manager, const Key& key) {
+  auto params = manager.getProfile(key);
+  const auto text = entryOf(Dump::parse(manager.dump()), tokenOf(*key));
+  CachedProfile cached;
+  cached.token = tokenOf(*key);
+  if (params) {
+    cached.profile = {key->getProfileId(), std::move(*params)};
+  }
+  return params && text && readDump(*text, cached) ? std::optional(cached) : std::nullopt;
+}
+
+std::optional<CachedProfile> changed(const CachedProfile& cached,
+                                     const pavo::ModifyProfileParams& params) {
+  pavo::ProfileSettings changes;
+  if (!pavo::planChanges(cached.settings, params, changes)) {
+    return std::nullopt;
+  }
+  CachedProfile after = cached;
+  pavo::applyChanges(changes, after.settings);
+  after.profile.params = pavo::clientView(after.settings);
+  return after;
+}
+
+CachedProfile created(const pavo::AddProfileParams& params) {
+  CachedProfile profile;
+  profile.settings = pavo::settingsOf(params);
+  profile.settings.profileName =
+      params.getIsIAProfile() ? pavo::ProfileSettings::pavoIAName : pavo::ProfileSettings::pavoName;
+  profile.profile = {unknownId, pavo::clientView(profile.settings)};
+  return profile;
+}
+
+ChangeOutcome outcomeOf(const pavo::ModifyProfileParams& params, const CachedProfile& before,
+                        const std::optional<std::string>& textAfter) {
+  const bool isTaken = textAfter && *textAfter != before.dump;
+  return !changed(before, params) ? ChangeOutcome::unchanged
+         : isTaken                ? ChangeOutcome::changed
+                                  : ChangeOutcome::refused;
+}
+
 }  // namespace pavoctl

@@ -1,7 +1,9 @@
 // What the library's cache holds at one moment.
 #pragma once
 
+#include <pavo/AddProfileParams.h>
 #include <pavo/Manager.h>
+#include <pavo/ModifyProfileParams.h>
 
 #include <cstdint>
 #include <optional>
@@ -27,6 +29,8 @@ struct CachedProfile {
   bool hasUnknownTypes() const;
 };
 
+using Key = std::shared_ptr<pavo::IProfileKey>;
+
 struct Snapshot {
   // In the order in which the library finds them.
   std::vector<CachedProfile> profiles;
@@ -35,9 +39,28 @@ struct Snapshot {
 
   // Nothing when the profiles changed meanwhile. Asks the worker, not the modem.
   static std::optional<Snapshot> take(pavo::Manager& manager);
+  // The profile of one key; nothing when it is not known or has just changed.
+  static std::optional<CachedProfile> takeOne(pavo::Manager& manager, const Key& key);
   // Again and again. Throws Failure when they do not keep still.
   static Snapshot takeOf(pavo::Manager& manager);
 };
+
+// The profile as the library would have it after the change; nothing when it is like that already
+// and the modem would not be asked.
+std::optional<CachedProfile> changed(const CachedProfile& cached,
+                                     const pavo::ModifyProfileParams& params);
+
+// The profile that the library would create. Its id and token are not known.
+CachedProfile created(const pavo::AddProfileParams& params);
+
+// The library does not say whether the modem has taken a change. It has when the cache's text of
+// the profile is another one afterwards.
+enum class ChangeOutcome { changed, unchanged, refused };
+ChangeOutcome outcomeOf(const pavo::ModifyProfileParams& params, const CachedProfile& before,
+                        const std::optional<std::string>& textAfter);
+
+// The id of a profile that has yet to be created, or was refused. The modem chooses ids.
+inline constexpr int unknownId = -1;
 
 // The token of a key.
 std::uint64_t tokenOf(pavo::IProfileKey& key);
