@@ -76,7 +76,8 @@ def check_library(file):
         if is_public and not included.startswith("pavo/"):
             problems.append(f"{file}: a public header includes {included}")
         if file.parent.name in SHARED_FOLDERS and not (
-                included.startswith("pavo/") or (file.parent / included).exists()):
+                included.startswith("pavo/") or "/" not in included
+                and (file.parent / included).exists()):
             problems.append(f"{file}: includes {included}, which is neither public nor beside it")
         target = pathlib.PurePath(included).stem
         if target not in LAYER_OF:
