@@ -35,16 +35,13 @@ void mapFields(const Codec& codec, Profile& profile, Message& message) {
 
 }  // namespace
 
-Modem3gppProfile::Modem3gppProfile(const ProfileParams& params)
-    : ModemProfile(settingsOf(params)) {}
+Modem3gppProfile::Modem3gppProfile(const ProfileParams& params) { copySettings(params, settings); }
 
 Modem3gppProfile::Modem3gppProfile(int profileId,
                                    const wds_get_profile_settings_resp_msg_v01& response)
     : ModemProfile(profileId, response) {
   mapFields(ReadMessage{}, settings, response);
 }
-
-Modem3gppProfile::Modem3gppProfile(ProfileSettings changes) : ModemProfile(std::move(changes)) {}
 
 wds_create_profile_req_msg_v01 Modem3gppProfile::constructAddRequest() const {
   wds_create_profile_req_msg_v01 request;
@@ -62,7 +59,7 @@ wds_modify_profile_settings_req_msg_v01 Modem3gppProfile::constructModifyRequest
 }
 
 bool Modem3gppProfile::match(const FilterProfileParams& filter) const {
-  return !firstMismatch(settings, filter);
+  return firstMismatch(settings, filter) == Criterion::None;
 }
 
 void Modem3gppProfile::getNewIPTypes(const ProfileParams& params, std::optional<IPType>& newCommon,
@@ -76,10 +73,9 @@ void Modem3gppProfile::getNewIPTypes(const ProfileParams& params, std::optional<
 }
 
 std::shared_ptr<ModemProfile> Modem3gppProfile::diff(const ModifyProfileParams& params) const {
-  ProfileSettings changes;
-  const bool changed = planChanges(settings, params, changes);
   // It is made even when there is no difference: its end is a line in the log.
-  const auto difference = std::make_shared<Modem3gppProfile>(std::move(changes));
+  const auto difference = std::make_shared<Modem3gppProfile>(ProfileParams());
+  const bool changed = planChanges(settings, params, difference->settings);
   return changed ? difference : nullptr;
 }
 

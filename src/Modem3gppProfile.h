@@ -17,8 +17,6 @@ class Modem3gppProfile : public ModemProfile {
 
   explicit Modem3gppProfile(const ProfileParams& params);
   Modem3gppProfile(int profileId, const wds_get_profile_settings_resp_msg_v01& response);
-  // A difference.
-  explicit Modem3gppProfile(ProfileSettings changes);
 
   bool match(const FilterProfileParams& filter) const override;
   void apply(const std::shared_ptr<ModemProfile>& changes) override;

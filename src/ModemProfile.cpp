@@ -31,8 +31,6 @@ ModemProfile::ModemProfile(int profileId, const wds_get_profile_settings_resp_ms
   isPersistent = response.persistent_valid != 0 && response.persistent != 0;
 }
 
-ModemProfile::ModemProfile(ProfileSettings changes) : settings(std::move(changes)) {}
-
 ModemProfile::~ModemProfile() {
   LogWrapper::log(LogLevel::Debug, logTag, "~ModemProfile()");
   notifyListeners();
@@ -69,7 +67,7 @@ void ModemProfile::updateModifyParameters(wds_modify_profile_settings_req_msg_v0
 }
 
 bool ModemProfile::match(const FilterProfileParams& filter) const {
-  return !firstCommonMismatch(settings, filter);
+  return firstCommonMismatch(settings, filter) == Criterion::None;
 }
 
 bool ModemProfile::matchSubsetApnTypesMask(unsigned int mask) const {

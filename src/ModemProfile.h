@@ -104,7 +104,7 @@ class ModemProfile {
   void clearExpiredListeners();
 
  protected:
-  explicit ModemProfile(ProfileSettings changes);
+  ModemProfile() = default;
 
   ProfileSettings settings;
 

@@ -4,17 +4,16 @@
 #include "policy/ManagerOperations.h"
 #include "policy/Policies.h"
 
-#include <sstream>
+#include <string>
 
 namespace pavo {
 
 namespace {
 
-// The library's log. Lines are cut there, and end at their first null character.
-class LibraryLog : public policy::PolicyObserver {
+class LibraryLog final : public policy::PolicyObserver {
  public:
-  void log(policy::LineLevel level, const std::string& line) override {
-    LogWrapper::log(levelOf(level), logTag, "%s", line.c_str());
+  void log(policy::LineLevel level, const char* line) override {
+    LogWrapper::log(levelOf(level), logTag, "%s", line);
   }
 
  private:
@@ -50,12 +49,11 @@ Util::Util() : manager(Manager::getInstance()) {
 Util::~Util() { LogWrapper::log(LogLevel::Debug, logTag, "pavo::Util: destructor"); }
 
 void Util::setProfileUpdateAllowed(bool allowed) noexcept {
-  std::ostringstream text;
-  text << "pavo::Util: profileUpdateAllowed " << allowed;
+  const std::string text = std::string("pavo::Util: profileUpdateAllowed ") + (allowed ? "1" : "0");
   // The text is the format itself; it holds nothing that a formatter would look at.
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Wformat-security"
-  LogWrapper::log(LogLevel::High, logTag, text.str().c_str());
+  LogWrapper::log(LogLevel::High, logTag, text.c_str());
 #pragma GCC diagnostic pop
   profileUpdateAllowed = allowed;
 }

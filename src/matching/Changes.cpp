@@ -27,6 +27,34 @@ auto changeEach(bool& changed) {
   };
 }
 
+void setApnName(ProfileParams& changes, const std::string& name) { changes.setApnName(name); }
+void setApnName(ProfileSettings& changes, const std::string& name) { changes.apnName = name; }
+void setApnTypes(ProfileParams& changes, unsigned int mask) { changes.setApnTypesMask(mask); }
+void setApnTypes(ProfileSettings& changes, unsigned int mask) {
+  changes.apnTypesMask = convertToOvixApnTypeMask(mask);
+}
+
+// The changes are a record of the client's or the modem's.
+template <typename Record>
+void planCommon(const ProfileSettings& profile, const ProfileParams& params, Record& changes,
+                bool& changed) {
+  if (const auto& wanted = RecordAccess::apnName(params)) {
+    const std::string name = normalizeApnName(*wanted);
+    if (profile.apnName != name) {
+      setApnName(changes, name);
+      changed = true;
+    }
+  }
+  if (const auto& mask = RecordAccess::apnTypesMask(params)) {
+    // In the client's bits: a bit without a counterpart on the modem is always a difference.
+    if (!profile.apnTypesMask || convertToCommonApnTypeMask(*profile.apnTypesMask) != *mask) {
+      setApnTypes(changes, *mask);
+      changed = true;
+    }
+  }
+  RecordAccess::forEachShared(changeEach(changed), params, profile, changes);
+}
+
 }  // namespace
 
 void planIPTypes(const ProfileSettings& profile, const ProfileParams& params, IPTypes& types) {
@@ -63,8 +91,7 @@ void copyCommonSettings(const ProfileParams& params, ProfileSettings& profile) {
   RecordAccess::forEachShared(copyEach, params, profile);
 }
 
-ProfileSettings settingsOf(const ProfileParams& params) {
-  ProfileSettings profile;
+void copySettings(const ProfileParams& params, ProfileSettings& profile) {
   copyCommonSettings(params, profile);
   RecordAccess::forEachShared3gpp(copyEach, params, profile);
   // The profile holds no types yet, so these are the client's.
@@ -74,35 +101,18 @@ ProfileSettings settingsOf(const ProfileParams& params) {
   profile.lteRoamIPType = types.roam;
   profile.umtsRoamIPType = types.roam;
   profile.overrideHomeIPType = types.overrideHome;
-  return profile;
 }
 
 void planCommonChanges(const ProfileSettings& profile, const ProfileParams& params,
                        ProfileParams& changes, bool& changed) {
-  if (const auto& wanted = RecordAccess::apnName(params)) {
-    std::string name = normalizeApnName(*wanted);
-    if (profile.apnName != name) {
-      changes.setApnName(std::move(name));
-      changed = true;
-    }
-  }
-  if (const auto& mask = RecordAccess::apnTypesMask(params)) {
-    // In the client's bits: a bit without a counterpart on the modem is always a difference.
-    if (!profile.apnTypesMask || convertToCommonApnTypeMask(*profile.apnTypesMask) != *mask) {
-      changes.setApnTypesMask(*mask);
-      changed = true;
-    }
-  }
-  RecordAccess::forEachShared(changeEach(changed), params, profile, changes);
+  planCommon(profile, params, changes, changed);
 }
 
 bool planChanges(const ProfileSettings& profile, const ProfileParams& params,
                  ProfileSettings& changes) {
-  ProfileParams wanted;
   bool changed = false;
-  planCommonChanges(profile, params, wanted, changed);
-  RecordAccess::forEachShared3gpp(changeEach(changed), params, profile, wanted);
-  changes = settingsOf(wanted);
+  planCommon(profile, params, changes, changed);
+  RecordAccess::forEachShared3gpp(changeEach(changed), params, profile, changes);
 
   IPTypes types;
   planIPTypes(profile, params, types);

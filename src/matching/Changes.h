@@ -21,12 +21,13 @@ struct IPTypes {
 // One that the rules have no word on is left as it was passed.
 void planIPTypes(const ProfileSettings& profile, const ProfileParams& params, IPTypes& types);
 
-// A profile to be created, without its name.
-ProfileSettings settingsOf(const ProfileParams& params);
+// Makes an empty profile the one that is to be created, without its name.
+void copySettings(const ProfileParams& params, ProfileSettings& profile);
 // The attributes of every kind of profile but for the IP types.
 void copyCommonSettings(const ProfileParams& params, ProfileSettings& profile);
 
-// Sets in changes just what params would change of the profile. False when that is nothing.
+// Sets in changes, which are empty, just what params would change of the profile. False when that
+// is nothing.
 bool planChanges(const ProfileSettings& profile, const ProfileParams& params,
                  ProfileSettings& changes);
 // The same for the attributes that every kind of profile has, in the client's terms. Sets changed

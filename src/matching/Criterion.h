@@ -4,6 +4,7 @@ namespace pavo {
 
 // What a filter may ask of a profile, in the order in which profiles are compared.
 enum class Criterion {
+  None,
   ApnName,
   HomeIPType,
   UserName,

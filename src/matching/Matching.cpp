@@ -10,19 +10,21 @@ namespace pavo {
 
 namespace {
 
+bool containsApnName(const std::string& name, const std::string& wanted) {
+  return name.find(normalizeApnName(wanted)) != std::string::npos;
+}
+
+// This runs for every profile of every filter, and most profiles have another name: it normalises
+// while it compares.
 bool matchApnName(const ProfileSettings& profile, const FilterProfileParams& filter) {
   const auto& wanted = RecordAccess::apnName(filter);
-  if (!wanted) {
-    return true;
-  }
-  if (!profile.apnName) {
-    return false;
+  if (!wanted || !profile.apnName) {
+    return !wanted;
   }
   const std::string& name = *profile.apnName;
   if ((filter.getFilterMatchCriteria() & ApnNameSubset) != 0) {
-    return name.find(normalizeApnName(*wanted)) != std::string::npos;
+    return containsApnName(name, *wanted);
   }
-  // Normalises while it compares: this runs for every profile of every filter.
   const std::size_t length = std::min(wanted->size(), apnNameBytesMax);
   return name.size() == length &&
          std::equal(name.begin(), name.end(), wanted->begin(),
@@ -49,30 +51,16 @@ bool matchApnTypesMask(const ProfileSettings& profile, const FilterProfileParams
 }
 
 // Visits lists of attributes that have to be equal, and notes the first that is not.
-auto noteMismatch(std::optional<Criterion>& mismatch) {
+auto noteMismatch(Criterion& mismatch) {
   return [&mismatch](Criterion criterion, const auto& wanted, const auto& own) {
-    if (!mismatch && wanted && wanted != own) {
+    if (mismatch == Criterion::None && wanted && wanted != own) {
       mismatch = criterion;
     }
   };
 }
 
-}  // namespace
-
-bool matchSubsetApnTypesMask(const ProfileSettings& profile, unsigned int mask) {
-  const std::uint64_t wanted = convertToOvixApnTypeMask(mask);
-  return profile.apnTypesMask && (*profile.apnTypesMask & wanted) == wanted;
-}
-
-bool matchExactApnTypesMask(const ProfileSettings& profile, unsigned int mask) {
-  return profile.apnTypesMask && *profile.apnTypesMask == convertToOvixApnTypeMask(mask);
-}
-
-std::optional<Criterion> firstCommonMismatch(const ProfileSettings& profile,
-                                             const FilterProfileParams& filter) {
-  if (!matchApnName(profile, filter)) {
-    return Criterion::ApnName;
-  }
+Criterion firstCommonMismatchButName(const ProfileSettings& profile,
+                                     const FilterProfileParams& filter) {
   const unsigned int criteria = filter.getFilterMatchCriteria();
   if (const auto& wanted = RecordAccess::homeIPType(filter);
       wanted && !matchIPType(*wanted, profile.homeIPType(), (criteria & HomeIPSubset) != 0,
@@ -80,22 +68,22 @@ std::optional<Criterion> firstCommonMismatch(const ProfileSettings& profile,
     return Criterion::HomeIPType;
   }
   const auto& wanted = static_cast<const ProfileParams&>(filter);
-  std::optional<Criterion> mismatch;
+  auto mismatch = Criterion::None;
   RecordAccess::forEachCredential(noteMismatch(mismatch), wanted, profile);
-  if (!mismatch && !matchApnTypesMask(profile, filter)) {
+  if (mismatch == Criterion::None && !matchApnTypesMask(profile, filter)) {
     mismatch = Criterion::ApnTypesMask;
   }
   RecordAccess::forEachUse(noteMismatch(mismatch), wanted, profile);
-  if (!mismatch && filter.hasFilterByProfileId() &&
+  if (mismatch == Criterion::None && filter.hasFilterByProfileId() &&
       filter.getFilterByProfileId() != profile.profileId) {
     mismatch = Criterion::ProfileId;
   }
   return mismatch;
 }
 
-std::optional<Criterion> firstMismatch(const ProfileSettings& profile,
-                                       const FilterProfileParams& filter) {
-  if (const auto mismatch = firstCommonMismatch(profile, filter)) {
+Criterion firstMismatchButName(const ProfileSettings& profile, const FilterProfileParams& filter) {
+  if (const auto mismatch = firstCommonMismatchButName(profile, filter);
+      mismatch != Criterion::None) {
     return mismatch;
   }
   if (filter.hasFilterByIsIAProfile()) {
@@ -112,10 +100,30 @@ std::optional<Criterion> firstMismatch(const ProfileSettings& profile,
                              (criteria & RoamIPSuperset) != 0)) {
     return Criterion::RoamIPType;
   }
-  std::optional<Criterion> mismatch;
+  auto mismatch = Criterion::None;
   RecordAccess::forEachShared3gpp(noteMismatch(mismatch), static_cast<const ProfileParams&>(filter),
                                   profile);
   return mismatch;
+}
+
+}  // namespace
+
+bool matchSubsetApnTypesMask(const ProfileSettings& profile, unsigned int mask) {
+  const std::uint64_t wanted = convertToOvixApnTypeMask(mask);
+  return profile.apnTypesMask && (*profile.apnTypesMask & wanted) == wanted;
+}
+
+bool matchExactApnTypesMask(const ProfileSettings& profile, unsigned int mask) {
+  return profile.apnTypesMask && *profile.apnTypesMask == convertToOvixApnTypeMask(mask);
+}
+
+Criterion firstCommonMismatch(const ProfileSettings& profile, const FilterProfileParams& filter) {
+  return matchApnName(profile, filter) ? firstCommonMismatchButName(profile, filter)
+                                       : Criterion::ApnName;
+}
+
+Criterion firstMismatch(const ProfileSettings& profile, const FilterProfileParams& filter) {
+  return matchApnName(profile, filter) ? firstMismatchButName(profile, filter) : Criterion::ApnName;
 }
 
 }  // namespace pavo

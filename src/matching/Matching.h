@@ -6,17 +6,13 @@
 #include "Criterion.h"
 #include "ProfileSettings.h"
 
-#include <optional>
-
 namespace pavo {
 
-// The first criterion, in the order of the criteria, that keeps the profile from matching; nothing
+// The first criterion, in the order of the criteria, that keeps the profile from matching; None
 // when it matches. A filter by initial-attach profile hides the one by its creator.
-std::optional<Criterion> firstMismatch(const ProfileSettings& profile,
-                                       const FilterProfileParams& filter);
+Criterion firstMismatch(const ProfileSettings& profile, const FilterProfileParams& filter);
 // The same for the criteria that every kind of profile has: those up to the profile id.
-std::optional<Criterion> firstCommonMismatch(const ProfileSettings& profile,
-                                             const FilterProfileParams& filter);
+Criterion firstCommonMismatch(const ProfileSettings& profile, const FilterProfileParams& filter);
 
 // Every named type of the mask is among the profile's.
 bool matchSubsetApnTypesMask(const ProfileSettings& profile, unsigned int mask);

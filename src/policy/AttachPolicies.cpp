@@ -46,13 +46,13 @@ struct AttachSearch {
     }
     copyIPTypes(params, settings);
     if (Key named = findInitialAttach(/*byName=*/true)) {
-      run.high("pavo Found a PAVO IA profile that matches APN name for attach");
+      run.log(High, "pavo Found a PAVO IA profile that matches APN name for attach");
       return named;
     }
     if (Key any = findInitialAttach(/*byName=*/false)) {
       // The profile changes its name to the wanted one.
       copyApnName(params, settings);
-      run.high("pavo Found any PAVO IA profile for attach");
+      run.log(High, "pavo Found any PAVO IA profile for attach");
       return any;
     }
     // A loose match whose parameters could not be read is better than another profile.
@@ -63,7 +63,7 @@ struct AttachSearch {
   Key findExact() const {
     FilterProfileParams filter;
     if (!params.hasApnName()) {
-      run.high("pavo NULL apn scenario");
+      run.log(High, "pavo NULL apn scenario");
     }
     copyApnName(params, filter);
     copyIPTypes(params, filter);
@@ -74,7 +74,7 @@ struct AttachSearch {
     if (!profile || !isUsableForAttach(*profile)) {
       return nullptr;
     }
-    run.high("pavo Found an exact match modem or PAVO IA profile for attach");
+    run.log(High, "pavo Found an exact match modem or PAVO IA profile for attach");
     return key;
   }
 
@@ -95,17 +95,17 @@ struct AttachSearch {
     if (key == nullptr) {
       return nullptr;
     }
-    run.high("pavo Found a loose match profile for attach");
+    run.log(High, "pavo Found a loose match profile for attach");
     const std::optional<ProfileParams> profile = run.profiles.get(key);
     if (!profile) {
       return key;
     }
     accepted = isUsableForAttach(*profile);
     if (!accepted) {
-      run.high("It is not a PAVO_IA profile. so skipping it.");
+      run.log(High, "It is not a PAVO_IA profile. so skipping it.");
       return nullptr;
     }
-    run.high("It is PAVO_IA profile or modem profile.");
+    run.log(High, "It is PAVO_IA profile or modem profile.");
     return key;
   }
 
@@ -128,8 +128,8 @@ bool isUsableForAttach(const ProfileParams& profile) {
 }
 
 bool matchLteAttachProfileId(const Run& run, int profileId, const ProfileParams& params) {
-  run.high("pavo matchLteAttachProfileId > Profile id = " + std::to_string(profileId) +
-           " Input Params = " + params.dump());
+  run.log(High, "pavo matchLteAttachProfileId > Profile id = %d Input Params = %s", profileId,
+          params.dump().c_str());
   FilterProfileParams byId;
   byId.setFilterByProfileId(profileId);
   run.enter(Stage::SearchById);
@@ -137,8 +137,9 @@ bool matchLteAttachProfileId(const Run& run, int profileId, const ProfileParams&
   const std::optional<ProfileParams> profile =
       key != nullptr ? run.profiles.get(key) : std::nullopt;
   if (profile && !isUsableForAttach(*profile)) {
-    run.error("Profile id " + std::to_string(profileId) +
-              " is a PAVO profile which is not an IA profile, cannot be used for attach");
+    run.log(Error,
+            "Profile id %d is a PAVO profile which is not an IA profile, cannot be used for attach",
+            profileId);
     return false;
   }
   if (profile) {
@@ -153,29 +154,29 @@ bool matchLteAttachProfileId(const Run& run, int profileId, const ProfileParams&
     run.enter(exact ? Stage::MatchExactly : Stage::MatchLikeIPTypes);
     if (run.profiles.match(wanted, key)) {
       // Log readers look for this other name.
-      run.high("pavo matchLteAttachList < " + std::to_string(profileId));
+      run.log(High, "pavo matchLteAttachList < %d", profileId);
       return true;
     }
   }
-  run.high("pavo matchLteAttachProfileId < did not match input params");
+  run.log(High, "pavo matchLteAttachProfileId < did not match input params");
   return false;
 }
 
 Key findOrCreateProfileForLteAttach(const Run& run, const ProfileParams& params) {
-  run.high("pavo findOrCreateProfileForLteAttach > " + params.dump());
+  run.log(High, "pavo findOrCreateProfileForLteAttach > %s", params.dump().c_str());
   AttachSearch search{run, params, attachSettings(params)};
   Key result = search.find();
   if (result != nullptr) {
     run.enter(Stage::ChangeForAttach);
     run.profiles.modify(search.settings, result);
-    run.high("pavo Modifying profile identified for IA");
+    run.log(High, "pavo Modifying profile identified for IA");
   } else {
     run.enter(Stage::CreateForAttach);
     result =
         run.profiles.add(AddProfileParams(params, /*isPersistent=*/true, /*isIAProfile=*/true));
-    run.high("pavo PAVO IA profile created for attach");
+    run.log(High, "pavo PAVO IA profile created for attach");
   }
-  run.high("pavo findOrCreateProfileForLteAttach < " + textOf(result));
+  run.log(High, "pavo findOrCreateProfileForLteAttach < %s", textOf(result).c_str());
   return result;
 }
 

@@ -5,7 +5,7 @@
 namespace pavo::policy {
 
 Key findOrCreateProfileForSetupDataCall(const Run& run, const ProfileParams& params) {
-  run.high("pavo findOrCreateProfileForSetupDataCall > " + params.dump());
+  run.log(High, "pavo findOrCreateProfileForSetupDataCall > %s", params.dump().c_str());
   FilterProfileParams filter;
   copyApnName(params, filter);
   // With updates allowed any home IP type will do: the profile is changed to the wanted one below.
@@ -23,21 +23,21 @@ Key findOrCreateProfileForSetupDataCall(const Run& run, const ProfileParams& par
     run.enter(Stage::CreateForDataCall);
     result =
         run.profiles.add(AddProfileParams(params, /*isPersistent=*/false, /*isIAProfile=*/false));
-    run.high("setupDataCall profile added");
+    run.log(High, "setupDataCall profile added");
   } else {
-    run.high("found existing setupDataCall profile");
+    run.log(High, "found existing setupDataCall profile");
     if (run.updateAllowed) {
-      run.high("Modifying profile with input parameters");
+      run.log(High, "Modifying profile with input parameters");
       run.enter(Stage::ChangeForDataCall);
       run.profiles.modify(ModifyProfileParams(params), result);
     }
   }
-  run.high("pavo findOrCreateProfileForSetupDataCall < " + textOf(result));
+  run.log(High, "pavo findOrCreateProfileForSetupDataCall < %s", textOf(result).c_str());
   return result;
 }
 
 Key findOrCreateProfileForEmergencyDataCall(const Run& run, const ProfileParams& params) {
-  run.high("pavo findOrCreateProfileForEmergencyDataCall > " + params.dump());
+  run.log(High, "pavo findOrCreateProfileForEmergencyDataCall > %s", params.dump().c_str());
   Key result;
   if (params.hasApnName()) {
     FilterProfileParams byName;
@@ -46,7 +46,7 @@ Key findOrCreateProfileForEmergencyDataCall(const Run& run, const ProfileParams&
     run.enter(Stage::SearchEmergencyByName);
     result = firstOf(run.profiles.filter(byName));
     if (result != nullptr) {
-      run.high("found an emergency profile by name");
+      run.log(High, "found an emergency profile by name");
     }
   }
   if (result == nullptr) {
@@ -55,7 +55,7 @@ Key findOrCreateProfileForEmergencyDataCall(const Run& run, const ProfileParams&
     run.enter(Stage::SearchEmergency);
     result = firstOf(run.profiles.filter(byCapability));
     if (result != nullptr) {
-      run.high("found a profile that supports emergency calls");
+      run.log(High, "found a profile that supports emergency calls");
     }
   }
   if (result == nullptr) {
@@ -65,9 +65,9 @@ Key findOrCreateProfileForEmergencyDataCall(const Run& run, const ProfileParams&
     emergency.setApnTypesMask(EMERGENCY);
     run.enter(Stage::CreateForEmergency);
     result = run.profiles.add(emergency);
-    run.high("emergency profile created");
+    run.log(High, "emergency profile created");
   }
-  run.high("pavo findOrCreateProfileForEmergencyDataCall < " + textOf(result));
+  run.log(High, "pavo findOrCreateProfileForEmergencyDataCall < %s", textOf(result).c_str());
   return result;
 }
 

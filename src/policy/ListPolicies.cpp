@@ -2,8 +2,6 @@
 #include "Policies.h"
 #include "PolicyParts.h"
 
-#include <array>
-#include <charconv>
 #include <unordered_set>
 
 namespace pavo::policy {
@@ -12,17 +10,8 @@ namespace {
 
 void logEach(const Run& run, const std::list<ProfileParams>& profiles) {
   for (const ProfileParams& profile : profiles) {
-    run.high("    " + profile.dump());
+    run.log(High, "    %s", profile.dump().c_str());
   }
-}
-
-// A text within a line ends at its first null character, as the whole line does.
-std::string asLogged(const std::string& text) { return text.c_str(); }
-
-std::string hexOf(unsigned int mask) {
-  std::array<char, 16> digits;
-  const auto end = std::to_chars(digits.data(), digits.data() + digits.size(), mask, 16).ptr;
-  return "0x" + std::string(digits.data(), end);
 }
 
 // ASCII letters only, as the modem compares names.
@@ -43,11 +32,11 @@ void complete(const Run& run, ProfileParams& profile, std::unordered_set<std::st
   }
   if (!profile.hasApnTypesMask()) {
     profile.setApnTypesMask(0);
-    run.error("pavo APN type mask not present, setting to 0");
+    run.log(Error, "pavo APN type mask not present, setting to 0");
   }
   if (!profile.hasHomeIPType()) {
     profile.setHomeIPType(IPType::V4V6);
-    run.error("pavo Home IP type not present, setting to v4v6");
+    run.log(Error, "pavo Home IP type not present, setting to v4v6");
   }
 }
 
@@ -77,20 +66,20 @@ TypesByIPType collectMasks(const std::list<ProfileParams>& profiles, const std::
 }  // namespace
 
 void updateModemProfileByApnClass(const Run& run, const std::list<ProfileParams>& profiles) {
-  run.high("pavo updateModemProfileByApnClass > ");
-  run.high("  3gpp:");
+  run.log(High, "pavo updateModemProfileByApnClass > ");
+  run.log(High, "  3gpp:");
   logEach(run, profiles);
   for (const ProfileParams& profile : profiles) {
-    run.debug("pavo update 3gpp modem profile by APN class for " + profile.dump());
+    run.log(Debug, "pavo update 3gpp modem profile by APN class for %s", profile.dump().c_str());
     updateModemProfileByApnClassAndTechType(run, profile);
   }
-  run.high("pavo updateModemProfileByApnClass < OK");
+  run.log(High, "pavo updateModemProfileByApnClass < OK");
 }
 
 void updateModemProfileByApnClassAndTechType(const Run& run, const ProfileParams& profile) {
   if (!profile.hasApnClass()) {
     // There is one technology only; the text is older than that.
-    run.debug("pavo either tech type or apn class is missing");
+    run.log(Debug, "pavo either tech type or apn class is missing");
     return;
   }
   FilterProfileParams filter;
@@ -98,38 +87,38 @@ void updateModemProfileByApnClassAndTechType(const Run& run, const ProfileParams
   run.enter(Stage::SearchByClass);
   const std::list<Key> keys = run.profiles.filter(filter);
   if (keys.empty()) {
-    run.debug("Did not find a match for APN class and tech type, create a persistent profile");
+    run.log(Debug, "Did not find a match for APN class and tech type, create a persistent profile");
     run.enter(Stage::CreateForClass);
     const Key added =
         run.profiles.add(AddProfileParams(profile, /*isPersistent=*/true, /*isIAProfile=*/false));
     if (added == nullptr) {
-      run.error("Could not add profile by APN class");
+      run.log(Error, "Could not add profile by APN class");
     }
     return;
   }
-  run.debug("Found a match for APN class and tech type, modify the profile");
+  run.log(Debug, "Found a match for APN class and tech type, modify the profile");
   const ModifyProfileParams changes(profile);
   for (const Key& key : keys) {
     run.enter(Stage::ChangeByClass);
     if (!run.profiles.modify(changes, key)) {
-      run.error("Error while modifying profile by APN class");
+      run.log(Error, "Error while modifying profile by APN class");
     }
   }
 }
 
 void updateAPNTypeBitmaskOnModemProfile(const Run& run, const std::list<ProfileParams>& profiles) {
-  run.high("pavo updateAPNTypeBitmaskOnModemProfile > ");
+  run.log(High, "pavo updateAPNTypeBitmaskOnModemProfile > ");
   logEach(run, profiles);
   std::list<ProfileParams> wanted = profiles;
   std::unordered_set<std::string> names;
   for (ProfileParams& profile : wanted) {
-    run.high("pavo update APN type bitmask on modem profile for " + profile.dump());
+    run.log(High, "pavo update APN type bitmask on modem profile for %s", profile.dump().c_str());
     complete(run, profile, names);
   }
   for (const std::string& name : names) {
     const TypesByIPType masks = collectMasks(wanted, name);
-    run.debug("pavo processing APN name " + asLogged(name) + ", V4 mask:" + hexOf(masks.v4) +
-              ", v6 mask" + hexOf(masks.v6) + ":, v4v6 mask:" + hexOf(masks.v4v6));
+    run.log(Debug, "pavo processing APN name %s, V4 mask:0x%x, v6 mask0x%x:, v4v6 mask:0x%x",
+            name.c_str(), masks.v4, masks.v6, masks.v4v6);
     run.observer.collect(name, masks);
     if (run.updateAllowed) {
       handleCombinedProfileUpdate(run, masks.v4 | masks.v6 | masks.v4v6, name);
@@ -137,7 +126,7 @@ void updateAPNTypeBitmaskOnModemProfile(const Run& run, const std::list<ProfileP
       handleProfileUpdateByTechType(run, masks, name);
     }
   }
-  run.high("pavo updateAPNTypeBitmaskOnModemProfile < OK");
+  run.log(High, "pavo updateAPNTypeBitmaskOnModemProfile < OK");
 }
 
 void handleCombinedProfileUpdate(const Run& run, unsigned int mask, const std::string& apnName) {
@@ -147,8 +136,8 @@ void handleCombinedProfileUpdate(const Run& run, unsigned int mask, const std::s
   changes.setApnTypesMask(mask);
   run.enter(Stage::SearchForAllTypes, mask);
   for (const Key& key : run.profiles.filter(filter)) {
-    run.debug("pavo updating profile id:" + std::to_string(key->getProfileId()) +
-              ", with combined mask" + hexOf(mask) + ":");
+    run.log(Debug, "pavo updating profile id:%d, with combined mask0x%x:", key->getProfileId(),
+            mask);
     run.enter(Stage::ChangeTypes, mask);
     run.profiles.modify(changes, key);
   }
@@ -161,15 +150,14 @@ bool updateByIpType(const Run& run, IPType type, unsigned int mask, const std::s
   run.enter(Stage::SearchForTypes, mask);
   const std::list<Key> keys = run.profiles.filter(filter);
   if (keys.empty()) {
-    run.debug("pavo no match found for apn name:" + asLogged(apnName) +
-              ", ip type:" + std::to_string(static_cast<int>(type)) + ", tech type: THREE_GPP");
+    run.log(Debug, "pavo no match found for apn name:%s, ip type:%d, tech type: THREE_GPP",
+            apnName.c_str(), static_cast<int>(type));
     return false;
   }
   ModifyProfileParams changes;
   changes.setApnTypesMask(mask);
   for (const Key& key : keys) {
-    run.debug("pavo updating profile id:" + std::to_string(key->getProfileId()) + ", with mask" +
-              hexOf(mask) + ":");
+    run.log(Debug, "pavo updating profile id:%d, with mask0x%x:", key->getProfileId(), mask);
     run.enter(Stage::ChangeTypes, mask);
     run.profiles.modify(changes, key);
   }

@@ -7,7 +7,7 @@
 namespace pavo::policy {
 
 // A Manager's own.
-class ManagerOperations : public ProfileOperations {
+class ManagerOperations final : public ProfileOperations {
  public:
   explicit ManagerOperations(Manager& instance) : manager(instance) {}
 

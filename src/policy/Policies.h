@@ -14,6 +14,10 @@
 
 namespace pavo::policy {
 
+inline constexpr auto Debug = LineLevel::Debug;
+inline constexpr auto High = LineLevel::High;
+inline constexpr auto Error = LineLevel::Error;
+
 // One run of a policy.
 struct Run {
   ProfileOperations& profiles;
@@ -21,9 +25,8 @@ struct Run {
   // Whether a profile that is found may be changed to what is wanted.
   bool updateAllowed = false;
 
-  void debug(const std::string& line) const { observer.log(LineLevel::Debug, line); }
-  void high(const std::string& line) const { observer.log(LineLevel::High, line); }
-  void error(const std::string& line) const { observer.log(LineLevel::Error, line); }
+  // A line of the library's log.
+  __attribute__((format(printf, 3, 4))) void log(LineLevel level, const char* format, ...) const;
   void enter(Stage stage, unsigned int apnTypes = 0) const { observer.enter(stage, apnTypes); }
 };
 

@@ -50,15 +50,16 @@ enum class LineLevel { Debug, High, Error };
 
 class PolicyObserver {
  public:
-  virtual ~PolicyObserver() = default;
-
-  // A line of the library's log, which may be cut there.
-  virtual void log(LineLevel level, const std::string& line) = 0;
+  // A line of the library's log.
+  virtual void log(LineLevel level, const char* line) = 0;
 
   // For explanations. The types are what is to be written, in the stages that are about types.
   virtual void enter(Stage /*stage*/, unsigned int /*apnTypes*/) {}
   // A list wants these types for an APN name.
   virtual void collect(const std::string& /*apnName*/, const TypesByIPType& /*types*/) {}
+
+ protected:
+  ~PolicyObserver() = default;
 };
 
 }  // namespace pavo::policy

@@ -17,14 +17,15 @@ using Key = std::shared_ptr<IProfileKey>;
 
 class ProfileOperations {
  public:
-  virtual ~ProfileOperations() = default;
-
   virtual std::list<Key> filter(const FilterProfileParams& params) = 0;
   virtual std::optional<ProfileParams> get(const Key& key) = 0;
   virtual bool match(const FilterProfileParams& params, const Key& key) = 0;
   virtual bool modify(const ModifyProfileParams& params, const Key& key) = 0;
   // Empty when the profile could not be created.
   virtual Key add(const AddProfileParams& params) = 0;
+
+ protected:
+  ~ProfileOperations() = default;
 };
 
 }  // namespace pavo::policy

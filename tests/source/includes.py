@@ -24,7 +24,7 @@ LAYERS = {
     8: "ClientRequestManager",
     9: "Manager",
     10: "AttachPolicies CallPolicies ListPolicies ManagerOperations Policies PolicyObserver"
-        " PolicyParts ProfileOperations",
+        " PolicyParts PolicyRun ProfileOperations",
     11: "Util",
 }
 LAYER_OF = {name: layer for layer, names in LAYERS.items() for name in names.split()}

@@ -157,12 +157,12 @@ TEST_F(UtilTest, CreatedProfiles_AfterTheirKeys_OnlyTheDataCallsGoes) {
   util.updateModemProfileByApnClassAndTechType(ims);
   EXPECT_EQ(
       requests(),
-      (Lines{
-          R"(create-profile {"apn":"internet","name":"pavo_profile","persistent":false})",
-          "delete-profile 1 {}",
-          R"(create-profile {"apn":"internet","apnTypes":512,"emergency":true,"name":"pavo_profile","persistent":true})",
-          R"(create-profile {"apn":"internet","name":"pavo_profile_ia","persistent":true})",
-          R"(create-profile {"class":1,"name":"pavo_profile","persistent":true})"}));
+      (Lines{R"(create-profile {"apn":"internet","name":"pavo_profile","persistent":false})",
+             "delete-profile 1 {}",
+             R"(create-profile {"apn":"internet","apnTypes":512,"emergency":true,)"
+             R"("name":"pavo_profile","persistent":true})",
+             R"(create-profile {"apn":"internet","name":"pavo_profile_ia","persistent":true})",
+             R"(create-profile {"class":1,"name":"pavo_profile","persistent":true})"}));
   EXPECT_THAT(table(), testing::SizeIs(3));
   expectInStep();
 }

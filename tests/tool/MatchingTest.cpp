@@ -87,7 +87,7 @@ TEST_F(MatchingTest, FirstMismatch_AnyFilterAndProfile_IsWhereTheLibraryStops) {
   setProfiles(profiles);
   const Snapshot snapshot = session.snapshot();
   ASSERT_EQ(snapshot.profiles.size(), profiles.size());
-  std::set<std::optional<Criterion>> reasons;
+  std::set<Criterion> reasons;
   for (int i = 0; i < 300; ++i) {
     const Parts parts = anyParts(chance);
     const unsigned criteria = chance.oneIn(2) ? static_cast<unsigned>(chance.upTo(0x40)) : 0;
@@ -104,7 +104,7 @@ TEST_F(MatchingTest, FirstMismatch_AnyFilterAndProfile_IsWhereTheLibraryStops) {
     const Filter filter = filterOf(parts, parts.size(), criteria);
     for (const CachedProfile& profile : snapshot.profiles) {
       const auto stop = stops.find(profile.token);
-      const auto expected = stop == stops.end() ? std::nullopt : std::optional(stop->second);
+      const Criterion expected = stop == stops.end() ? Criterion::None : stop->second;
       ASSERT_EQ(firstMismatch(profile.settings, filter), expected) << filter.dump() << "\n"
                                                                    << profile.dump;
       reasons.insert(expected);

@@ -26,9 +26,16 @@ std::string trimmed(std::string text) {
   return text;
 }
 
+class ShownProfile : public Modem3gppProfile {
+ public:
+  explicit ShownProfile(const ProfileSettings& shown) : Modem3gppProfile(ProfileParams()) {
+    settings = shown;
+  }
+};
+
 // The settings without the number.
 std::string textOf(const ProfileSettings& settings) {
-  const std::string text = Modem3gppProfile(settings).dump();
+  const std::string text = ShownProfile(settings).dump();
   return text.substr(text.find(',') + 1);
 }
 
@@ -38,7 +45,7 @@ std::list<Key> FakeProfiles::filter(const FilterProfileParams& params) {
   std::list<Key> found;
   std::string line = "filter " + trimmed(params.dump()) + " finds";
   for (const auto& [id, profile] : table) {
-    if (!firstMismatch(profile, params)) {
+    if (firstMismatch(profile, params) == Criterion::None) {
       found.push_back(std::make_shared<FakeKey>(id));
       line += " " + std::to_string(id);
     }
@@ -53,7 +60,7 @@ std::optional<ProfileParams> FakeProfiles::get(const Key& key) {
 }
 
 bool FakeProfiles::match(const FilterProfileParams& params, const Key& key) {
-  const bool isMatching = !firstMismatch(profileOf(key), params);
+  const bool isMatching = firstMismatch(profileOf(key), params) == Criterion::None;
   lines.push_back("match " + std::to_string(key->getProfileId()) + " " + trimmed(params.dump()) +
                   (isMatching ? " is true" : " is false"));
   return isMatching;
@@ -73,7 +80,8 @@ bool FakeProfiles::modify(const ModifyProfileParams& params, const Key& key) {
 }
 
 Key FakeProfiles::add(const AddProfileParams& params) {
-  ProfileSettings profile = settingsOf(params);
+  ProfileSettings profile;
+  copySettings(params, profile);
   profile.profileName =
       params.getIsIAProfile() ? ProfileSettings::pavoIAName : ProfileSettings::pavoName;
   changes.push_back("create " + textOf(profile));
@@ -89,7 +97,7 @@ Key FakeProfiles::add(const AddProfileParams& params) {
   return std::make_shared<FakeKey>(id);
 }
 
-void FakeProfiles::log(policy::LineLevel level, const std::string& line) {
+void FakeProfiles::log(policy::LineLevel level, const char* line) {
   lines.push_back(std::string(1, "DHE"[static_cast<int>(level)]) + " " + line);
 }
 

@@ -10,14 +10,14 @@
 
 namespace pavo::test {
 
-class FakeProfiles : public policy::ProfileOperations, public policy::PolicyObserver {
+class FakeProfiles final : public policy::ProfileOperations, public policy::PolicyObserver {
  public:
   std::list<Key> filter(const FilterProfileParams& params) override;
   std::optional<ProfileParams> get(const Key& key) override;
   bool match(const FilterProfileParams& params, const Key& key) override;
   bool modify(const ModifyProfileParams& params, const Key& key) override;
   Key add(const AddProfileParams& params) override;
-  void log(policy::LineLevel level, const std::string& line) override;
+  void log(policy::LineLevel level, const char* line) override;
 
   std::map<int, ProfileSettings> table;
   /// As a modem that refuses every change: the operation is done, the table stays as it is.

@@ -167,7 +167,7 @@ Key PolicyRecorder::add(const pavo::AddProfileParams& params) {
   return key;
 }
 
-void PolicyRecorder::log(pavo::policy::LineLevel /*level*/, const std::string& /*line*/) {}
+void PolicyRecorder::log(pavo::policy::LineLevel /*level*/, const char* /*line*/) {}
 
 void PolicyRecorder::enter(Stage next, unsigned apnTypes) {
   stage = next;

@@ -23,7 +23,8 @@ struct PolicyOutcome {
 };
 
 // Passes every operation on, and makes a step of it.
-class PolicyRecorder : public pavo::policy::ProfileOperations, public pavo::policy::PolicyObserver {
+class PolicyRecorder final : public pavo::policy::ProfileOperations,
+                             public pavo::policy::PolicyObserver {
  public:
   // The profiles are those of the cache at the beginning. The manager's cache tells whether the
   // modem has taken a change; without a manager every change is taken.
@@ -36,7 +37,7 @@ class PolicyRecorder : public pavo::policy::ProfileOperations, public pavo::poli
   bool modify(const pavo::ModifyProfileParams& params, const pavo::policy::Key& key) override;
   pavo::policy::Key add(const pavo::AddProfileParams& params) override;
 
-  void log(pavo::policy::LineLevel level, const std::string& line) override;
+  void log(pavo::policy::LineLevel level, const char* line) override;
   void enter(pavo::policy::Stage next, unsigned apnTypes) override;
   void collect(const std::string& apnName, const pavo::policy::TypesByIPType& types) override;
 

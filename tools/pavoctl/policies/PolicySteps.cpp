@@ -33,7 +33,8 @@ Json roamJson(const CachedProfile& cached) {
 }
 
 // In the order of the criteria.
-constexpr std::array criterionKeys{"apnName",
+constexpr std::array criterionKeys{"",
+                                   "apnName",
                                    "homeIPType",
                                    "userName",
                                    "password",
@@ -56,10 +57,8 @@ static_assert(criterionKeys.size() ==
 // The attribute that keeps the profile from matching; nothing when it matches.
 std::optional<std::string> keyOfMismatch(const CachedProfile& cached,
                                          const pavo::FilterProfileParams& filter) {
-  const auto criterion = pavo::firstMismatch(cached.settings, filter);
-  return criterion
-             ? std::optional<std::string>(criterionKeys.at(static_cast<std::size_t>(*criterion)))
-             : std::nullopt;
+  const auto criterion = static_cast<std::size_t>(pavo::firstMismatch(cached.settings, filter));
+  return criterion == 0 ? std::nullopt : std::optional<std::string>(criterionKeys.at(criterion));
 }
 
 Json criteriaOf(const pavo::FilterProfileParams& filter) {

@@ -35,7 +35,7 @@ CachedProfile* find(Profiles& profiles, Token token) {
 std::list<Key> SimulatedProfiles::filter(const pavo::FilterProfileParams& params) {
   std::list<Key> found;
   for (const CachedProfile& profile : profiles) {
-    if (!pavo::firstMismatch(profile.settings, params)) {
+    if (pavo::firstMismatch(profile.settings, params) == pavo::Criterion::None) {
       found.push_back(std::make_shared<SimulatedKey>(profile));
     }
   }
@@ -47,7 +47,8 @@ std::optional<pavo::ProfileParams> SimulatedProfiles::get(const Key& key) {
 }
 
 bool SimulatedProfiles::match(const pavo::FilterProfileParams& params, const Key& key) {
-  return !pavo::firstMismatch(find(profiles, tokenOf(*key))->settings, params);
+  return pavo::firstMismatch(find(profiles, tokenOf(*key))->settings, params) ==
+         pavo::Criterion::None;
 }
 
 bool SimulatedProfiles::modify(const pavo::ModifyProfileParams& params, const Key& key) {

@@ -9,7 +9,7 @@
 
 namespace pavoctl {
 
-class SimulatedProfiles : public pavo::policy::ProfileOperations {
+class SimulatedProfiles final : public pavo::policy::ProfileOperations {
  public:
   explicit SimulatedProfiles(Profiles cached) : profiles(std::move(cached)) {}
 

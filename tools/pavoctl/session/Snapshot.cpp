@@ -57,7 +57,8 @@ void take(std::string_view key, std::string_view value, pavo::ProfileSettings& s
 
 // What the library says of the profile, without the types that it has made of the modem's.
 pavo::ProfileSettings settingsWithoutTypes(const Profile& profile) {
-  pavo::ProfileSettings settings = pavo::settingsOf(profile.params);
+  pavo::ProfileSettings settings;
+  pavo::copySettings(profile.params, settings);
   settings.profileId = profile.id;
   settings.commonIPType.reset();
   settings.overrideHomeIPType.reset();
@@ -183,7 +184,7 @@ std::optional<CachedProfile> changed(const CachedProfile& cached,
 
 CachedProfile created(const pavo::AddProfileParams& params) {
   CachedProfile profile;
-  profile.settings = pavo::settingsOf(params);
+  pavo::copySettings(params, profile.settings);
   profile.settings.profileName =
       params.getIsIAProfile() ? pavo::ProfileSettings::pavoIAName : pavo::ProfileSettings::pavoName;
   profile.profile = {unknownId, pavo::clientView(profile.settings)};
