@@ -10,20 +10,20 @@ namespace {
 
 constexpr unsigned int authBits = WDS_AUTH_PREFERENCE_PAP_V01 | WDS_AUTH_PREFERENCE_CHAP_V01;
 
-struct ApnTypePair {
-  ApnTypes common;
-  std::uint64_t ovix;
-};
+static_assert(apnNameBytesMax == OVIX_WDS_APN_NAME_MAX_V01);
+static_assert(userNameBytesMax == OVIX_WDS_USER_NAME_MAX_V01);
+static_assert(passwordBytesMax == OVIX_WDS_PASSWORD_MAX_V01);
 
-constexpr ApnTypePair apnTypePairs[] = {
-    {DEFAULT, WDS_APN_TYPE_DEFAULT_V01}, {MMS, WDS_APN_TYPE_MMS_V01},
-    {SUPL, WDS_APN_TYPE_SUPL_V01},       {DUN, WDS_APN_TYPE_DUN_V01},
-    {HIPRI, WDS_APN_TYPE_HIPRI_V01},     {FOTA, WDS_APN_TYPE_FOTA_V01},
-    {IMS, WDS_APN_TYPE_IMS_V01},         {CBS, WDS_APN_TYPE_CBS_V01},
-    {IA, WDS_APN_TYPE_IA_V01},           {EMERGENCY, WDS_APN_TYPE_EMERGENCY_V01},
-    {MCX, WDS_APN_TYPE_MCX_V01},         {XCAP, WDS_APN_TYPE_XCAP_V01},
-    {RCS, WDS_APN_TYPE_RCS_V01},
-};
+// The modem's bits in the order of apnTypeBits.
+constexpr std::uint64_t ovixApnTypes[] = {
+    WDS_APN_TYPE_DEFAULT_V01,   WDS_APN_TYPE_MMS_V01,   WDS_APN_TYPE_SUPL_V01,
+    WDS_APN_TYPE_DUN_V01,       WDS_APN_TYPE_HIPRI_V01, WDS_APN_TYPE_FOTA_V01,
+    WDS_APN_TYPE_IMS_V01,       WDS_APN_TYPE_CBS_V01,   WDS_APN_TYPE_IA_V01,
+    WDS_APN_TYPE_EMERGENCY_V01, WDS_APN_TYPE_MCX_V01,   WDS_APN_TYPE_XCAP_V01,
+    WDS_APN_TYPE_RCS_V01};
+static_assert(std::equal(std::begin(apnTypeBits), std::end(apnTypeBits), std::begin(ovixApnTypes),
+                         std::end(ovixApnTypes),
+                         [](const ApnTypeBit& type, auto bit) { return type.modem == bit; }));
 
 }  // namespace
 
@@ -155,35 +155,15 @@ AuthType convertToAuthType(wds_profile_auth_protocol_enum_v01 protocol) {
 }
 
 std::uint64_t convertToSingleOvixApnType(ApnTypes type) {
-  const auto* const pair = std::find_if(std::begin(apnTypePairs), std::end(apnTypePairs),
-                                        [type](const ApnTypePair& p) { return p.common == type; });
-  return pair != std::end(apnTypePairs) ? pair->ovix : 0;
+  const auto* const found = std::find_if(std::begin(apnTypeBits), std::end(apnTypeBits),
+                                         [type](const ApnTypeBit& b) { return b.client == type; });
+  return found != std::end(apnTypeBits) ? found->modem : 0;
 }
 
 ApnTypes convertToSingleCommonApnType(unsigned long long type) {
-  const auto* const pair = std::find_if(std::begin(apnTypePairs), std::end(apnTypePairs),
-                                        [type](const ApnTypePair& p) { return p.ovix == type; });
-  return pair != std::end(apnTypePairs) ? pair->common : ApnTypes::NONE;
-}
-
-std::uint64_t convertToOvixApnTypeMask(unsigned int mask) {
-  std::uint64_t converted = 0;
-  for (const ApnTypePair& pair : apnTypePairs) {
-    if ((mask & pair.common) != 0) {
-      converted |= pair.ovix;
-    }
-  }
-  return converted;
-}
-
-unsigned int convertToCommonApnTypeMask(unsigned long long mask) {
-  unsigned int converted = 0;
-  for (const ApnTypePair& pair : apnTypePairs) {
-    if ((mask & pair.ovix) != 0) {
-      converted |= pair.common;
-    }
-  }
-  return converted;
+  const auto* const found = std::find_if(std::begin(apnTypeBits), std::end(apnTypeBits),
+                                         [type](const ApnTypeBit& b) { return b.modem == type; });
+  return found != std::end(apnTypeBits) ? found->client : ApnTypes::NONE;
 }
 
 wds_profile_identifier_type_v01 convertToProfileIdentifier(int profileId) {
@@ -191,23 +171,6 @@ wds_profile_identifier_type_v01 convertToProfileIdentifier(int profileId) {
   identifier.profile_type = WDS_PROFILE_TYPE_3GPP_V01;
   identifier.profile_index = static_cast<std::uint8_t>(profileId);
   return identifier;
-}
-
-std::string convertToLower(const std::string& text) {
-  std::string lower = text;
-  for (char& c : lower) {
-    c = convertToLower(c);
-  }
-  return lower;
-}
-
-// What clients are told is what the messages hold.
-static_assert(apnNameBytesMax == OVIX_WDS_APN_NAME_MAX_V01);
-static_assert(userNameBytesMax == OVIX_WDS_USER_NAME_MAX_V01);
-static_assert(passwordBytesMax == OVIX_WDS_PASSWORD_MAX_V01);
-
-std::string normalizeApnName(const std::string& name) {
-  return convertToLower(name.size() > apnNameBytesMax ? name.substr(0, apnNameBytesMax) : name);
 }
 
 bool expired(const ExpirationListener& listener) { return listener.second.expired(); }

@@ -6,6 +6,8 @@
 #include <pavo/ProfileTypes.h>
 
 #include "ExpirationListener.h"
+#include "matching/ApnName.h"
+#include "matching/ApnTypeBits.h"
 #include "wds_v01.h"
 
 #include <cstdint>
@@ -33,20 +35,7 @@ AuthType convertToAuthType(wds_profile_auth_protocol_enum_v01 protocol);
 std::uint64_t convertToSingleOvixApnType(ApnTypes type);
 ApnTypes convertToSingleCommonApnType(unsigned long long type);
 
-// Every named bit; bits without a counterpart are dropped.
-std::uint64_t convertToOvixApnTypeMask(unsigned int mask);
-unsigned int convertToCommonApnTypeMask(unsigned long long mask);
-
 wds_profile_identifier_type_v01 convertToProfileIdentifier(int profileId);
-
-// ASCII letters only, whatever the locale: APN names are compared by the modem that way.
-constexpr char convertToLower(char c) {
-  return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
-}
-std::string convertToLower(const std::string& text);
-
-// The form in which APN names are kept and compared: the first bytes, in lower case.
-std::string normalizeApnName(const std::string& name);
 
 // Whether the listener's key is gone. It asks without taking a handle: one taken here could become
 // the key's last, and the key must not die on the worker.

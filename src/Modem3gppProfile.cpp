@@ -2,7 +2,8 @@
 
 #include "DumpText.h"
 #include "MessageFields.h"
-#include "RecordAccess.h"
+#include "matching/Changes.h"
+#include "matching/Matching.h"
 
 #include <utility>
 
@@ -10,21 +11,10 @@ namespace pavo {
 
 namespace {
 
-// Sets a member of a difference when the wanted value is there and not the current one.
-void changeTo(const std::optional<IPType>& wanted, const std::optional<IPType>& current,
-              std::optional<IPType>& change, bool& changed) {
-  if (wanted && wanted != current) {
-    change = wanted;
-    changed = true;
-  }
-}
-
-}  // namespace
-
 // Member <-> message field <-> conversion, in the order in which responses are read: unknown values
 // are logged on the way.
 template <typename Codec, typename Profile, typename Message>
-void Modem3gppProfile::mapFields(const Codec& codec, Profile& profile, Message& message) {
+void mapFields(const Codec& codec, Profile& profile, Message& message) {
   codec(profile.overrideHomeIPType, MESSAGE_FIELD(message, override_home_pdp_type),
         AsCommonPdpType{});
   codec(profile.profileName, MESSAGE_FIELD(message, profile_name), AsText{});
@@ -43,166 +33,71 @@ void Modem3gppProfile::mapFields(const Codec& codec, Profile& profile, Message& 
   codec(profile.password, MESSAGE_FIELD(message, password), AsText{});
 }
 
-Modem3gppProfile::Modem3gppProfile(const ProfileParams& params) : ModemProfile(params) {
-  RecordAccess::forEachShared3gpp(copyIfPresent, params, *this);
-  // The profile holds no types yet, so these are the client's.
-  std::optional<IPType> newCommon;
-  std::optional<IPType> newRoam;
-  std::optional<IPType> newOverrideHome;
-  getNewIPTypes(params, newCommon, newRoam, newOverrideHome);
-  commonIPType = newCommon;
-  lteRoamIPType = newRoam;
-  umtsRoamIPType = newRoam;
-  overrideHomeIPType = newOverrideHome;
-}
+}  // namespace
 
-Modem3gppProfile::Modem3gppProfile(int index, const wds_get_profile_settings_resp_msg_v01& settings)
-    : ModemProfile(index, settings) {
-  mapFields(ReadMessage{}, *this, settings);
+Modem3gppProfile::Modem3gppProfile(const ProfileParams& params) { copySettings(params, settings); }
+
+Modem3gppProfile::Modem3gppProfile(int profileId,
+                                   const wds_get_profile_settings_resp_msg_v01& response)
+    : ModemProfile(profileId, response) {
+  mapFields(ReadMessage{}, settings, response);
 }
 
 wds_create_profile_req_msg_v01 Modem3gppProfile::constructAddRequest() const {
   wds_create_profile_req_msg_v01 request;
   updateAddParameters(request);
   request.profile_type = WDS_PROFILE_TYPE_3GPP_V01;
-  mapFields(FillMessage{}, *this, request);
+  mapFields(FillMessage{}, settings, request);
   return request;
 }
 
 wds_modify_profile_settings_req_msg_v01 Modem3gppProfile::constructModifyRequest() const {
   wds_modify_profile_settings_req_msg_v01 request;
   updateModifyParameters(request);
-  mapFields(FillMessage{}, *this, request);
+  mapFields(FillMessage{}, settings, request);
   return request;
 }
 
-std::optional<IPType> Modem3gppProfile::roamIPType() const {
-  if (lteRoamIPType) {
-    // The two have to agree. An absent UMTS type counts as UNKNOWN here.
-    return *lteRoamIPType == umtsRoamIPType.value_or(IPType::UNKNOWN) ? lteRoamIPType
-                                                                      : std::nullopt;
-  }
-  return umtsRoamIPType ? std::nullopt : commonIPType;
-}
-
-bool Modem3gppProfile::matchCreator(const FilterProfileParams& filter) const {
-  // A filter by initial-attach profile hides the other one.
-  if (filter.hasFilterByIsIAProfile()) {
-    return filter.getIsIAProfile() == isPavoIAProfile();
-  }
-  return !filter.hasFilterByIsPavoProfile() || filter.getIsPavoProfile() == isPavoProfile();
-}
-
 bool Modem3gppProfile::match(const FilterProfileParams& filter) const {
-  if (!ModemProfile::match(filter) || !matchCreator(filter)) {
-    return false;
-  }
-  if (const auto& wanted = RecordAccess::roamIPType(filter)) {
-    const unsigned int criteria = filter.getFilterMatchCriteria();
-    const std::optional<IPType> actual = roamIPType();
-    if (!actual || !matchIPType(*wanted, *actual, (criteria & RoamIPSubset) != 0,
-                                (criteria & RoamIPSuperset) != 0)) {
-      return false;
-    }
-  }
-  bool equal = true;
-  RecordAccess::forEachShared3gpp(
-      [&equal](const auto& wanted, const auto& own) {
-        equal = equal && (!wanted || wanted == own);
-      },
-      static_cast<const ProfileParams&>(filter), *this);
-  return equal;
+  return firstMismatch(settings, filter) == Criterion::None;
 }
 
 void Modem3gppProfile::getNewIPTypes(const ProfileParams& params, std::optional<IPType>& newCommon,
                                      std::optional<IPType>& newRoam,
                                      std::optional<IPType>& newOverrideHome) const {
-  const auto& home = RecordAccess::homeIPType(params);
-  const auto& roam = RecordAccess::roamIPType(params);
-  newCommon = home ? home : homeIPType();
-  if (roam) {
-    newRoam = roam;
-  } else if (lteRoamIPType && lteRoamIPType == umtsRoamIPType) {
-    newRoam = lteRoamIPType;
-  } else if (!lteRoamIPType && !umtsRoamIPType) {
-    newRoam.reset();
-  }
-  if (!newCommon || !newRoam) {
-    return;
-  }
-  if (*newCommon != *newRoam) {
-    // The common type serves both networks and the override pins the home network.
-    newOverrideHome = newCommon;
-    newCommon = IPType::V4V6;
-  } else if (overrideHomeIPType) {
-    // Takes the override back.
-    newOverrideHome = IPType::UNKNOWN;
-  }
+  IPTypes types{newCommon, newRoam, newOverrideHome};
+  planIPTypes(settings, params, types);
+  newCommon = types.common;
+  newRoam = types.roam;
+  newOverrideHome = types.overrideHome;
 }
 
 std::shared_ptr<ModemProfile> Modem3gppProfile::diff(const ModifyProfileParams& params) const {
-  ProfileParams changes;
-  bool changed = false;
-  updateDiffParameters(params, changes, changed);
-  RecordAccess::forEachShared3gpp(
-      [&changed](const auto& wanted, const auto& own, auto& change) {
-        if (wanted && wanted != own) {
-          change = wanted;
-          changed = true;
-        }
-      },
-      static_cast<const ProfileParams&>(params), *this, changes);
-  const auto difference = std::make_shared<Modem3gppProfile>(changes);
-
-  std::optional<IPType> newCommon;
-  std::optional<IPType> newRoam;
-  std::optional<IPType> newOverrideHome;
-  getNewIPTypes(params, newCommon, newRoam, newOverrideHome);
-  changeTo(newCommon, commonIPType, difference->commonIPType, changed);
-  changeTo(newRoam, lteRoamIPType, difference->lteRoamIPType, changed);
-  changeTo(newRoam, umtsRoamIPType, difference->umtsRoamIPType, changed);
-  changeTo(newOverrideHome, overrideHomeIPType, difference->overrideHomeIPType, changed);
+  // It is made even when there is no difference: its end is a line in the log.
+  const auto difference = std::make_shared<Modem3gppProfile>(ProfileParams());
+  const bool changed = planChanges(settings, params, difference->settings);
   return changed ? difference : nullptr;
 }
 
 void Modem3gppProfile::apply(const std::shared_ptr<ModemProfile>& changes) {
-  ModemProfile::apply(changes);
-  if (changes == nullptr) {
-    return;
+  if (changes != nullptr) {
+    applyChanges(static_cast<const Modem3gppProfile&>(*changes).settings, settings);
   }
-  const auto& from = static_cast<const Modem3gppProfile&>(*changes);
-  copyIfPresent(from.lteRoamIPType, lteRoamIPType);
-  copyIfPresent(from.umtsRoamIPType, umtsRoamIPType);
-  RecordAccess::forEachShared3gpp(copyIfPresent, from, *this);
 }
 
-ProfileParams Modem3gppProfile::get() const {
-  // The filter record is the one with setters for the two flags.
-  FilterProfileParams out;
-  updateGetParameters(out);
-  out.setFilterByIsIAProfile(isPavoIAProfile());
-  out.setFilterByIsPavoProfile(isPavoProfile());
-  if (const std::optional<IPType> home = homeIPType()) {
-    out.setHomeIPType(*home);
-  }
-  if (lteRoamIPType && lteRoamIPType == umtsRoamIPType) {
-    out.setRoamIPType(*lteRoamIPType);
-  }
-  RecordAccess::forEachShared3gpp(copyIfPresent, *this, static_cast<ProfileParams&>(out));
-  return ProfileParams(std::move(out));
-}
+ProfileParams Modem3gppProfile::get() const { return clientView(settings); }
 
 std::string Modem3gppProfile::dump() const {
   std::string text = ModemProfile::dump();
-  appendEntry(text, "OverrideHomeIPType=", overrideHomeIPType);
-  appendEntry(text, "LteRoamIP=", lteRoamIPType);
-  appendEntry(text, "UmtsRoamIP=", umtsRoamIPType);
-  appendEntry(text, "MaxPdnsConnPerBlock=", maxPdnsConnPerBlock);
-  appendEntry(text, "MaxPdnConnTimer=", maxPdnConnTimer);
-  appendEntry(text, "PdnReqWaitInterval=", pdnReqWaitInterval);
-  appendEntry(text, "IsApnDisabled=", isApnDisabled);
-  appendEntry(text, "IsEmergencySupported=", isEmergencySupported);
-  appendEntry(text, "ProfileName=", profileName);
+  appendEntry(text, "OverrideHomeIPType=", settings.overrideHomeIPType);
+  appendEntry(text, "LteRoamIP=", settings.lteRoamIPType);
+  appendEntry(text, "UmtsRoamIP=", settings.umtsRoamIPType);
+  appendEntry(text, "MaxPdnsConnPerBlock=", settings.maxPdnsConnPerBlock);
+  appendEntry(text, "MaxPdnConnTimer=", settings.maxPdnConnTimer);
+  appendEntry(text, "PdnReqWaitInterval=", settings.pdnReqWaitInterval);
+  appendEntry(text, "IsApnDisabled=", settings.isApnDisabled);
+  appendEntry(text, "IsEmergencySupported=", settings.isEmergencySupported);
+  appendEntry(text, "ProfileName=", settings.profileName);
   return text;
 }
 

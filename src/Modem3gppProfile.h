@@ -12,11 +12,11 @@ namespace pavo {
 class Modem3gppProfile : public ModemProfile {
  public:
   // The names, compared exactly, that mark the profiles which this library creates.
-  static constexpr const char* pavoProfileName = "pavo_profile";
-  static constexpr const char* pavoIAProfileName = "pavo_profile_ia";
+  static constexpr const char* pavoProfileName = ProfileSettings::pavoName;
+  static constexpr const char* pavoIAProfileName = ProfileSettings::pavoIAName;
 
   explicit Modem3gppProfile(const ProfileParams& params);
-  Modem3gppProfile(int profileId, const wds_get_profile_settings_resp_msg_v01& settings);
+  Modem3gppProfile(int profileId, const wds_get_profile_settings_resp_msg_v01& response);
 
   bool match(const FilterProfileParams& filter) const override;
   void apply(const std::shared_ptr<ModemProfile>& changes) override;
@@ -32,50 +32,30 @@ class Modem3gppProfile : public ModemProfile {
   void getNewIPTypes(const ProfileParams& params, std::optional<IPType>& newCommon,
                      std::optional<IPType>& newRoam, std::optional<IPType>& newOverrideHome) const;
 
-  bool hasLteRoamIPType() const { return lteRoamIPType.has_value(); }
-  IPType getLteRoamIPType() const { return lteRoamIPType.value_or(IPType::UNKNOWN); }
-  void setLteRoamIPType(IPType type) { lteRoamIPType = type; }
-  bool hasUmtsRoamIPType() const { return umtsRoamIPType.has_value(); }
-  IPType getUmtsRoamIPType() const { return umtsRoamIPType.value_or(IPType::UNKNOWN); }
-  void setUmtsRoamIPType(IPType type) { umtsRoamIPType = type; }
-  bool hasMaxPdnsConnPerBlock() const { return maxPdnsConnPerBlock.has_value(); }
-  int getMaxPdnsConnPerBlock() const { return maxPdnsConnPerBlock.value_or(0); }
-  void setMaxPdnsConnPerBlock(int count) { maxPdnsConnPerBlock = count; }
-  bool hasMaxPdnConnTimer() const { return maxPdnConnTimer.has_value(); }
-  int getMaxPdnConnTimer() const { return maxPdnConnTimer.value_or(0); }
-  void setMaxPdnConnTimer(int timer) { maxPdnConnTimer = timer; }
-  bool hasPdnReqWaitInterval() const { return pdnReqWaitInterval.has_value(); }
-  int getPdnReqWaitInterval() const { return pdnReqWaitInterval.value_or(0); }
-  void setPdnReqWaitInterval(int interval) { pdnReqWaitInterval = interval; }
-  bool hasIsApnDisabled() const { return isApnDisabled.has_value(); }
-  bool getIsApnDisabled() const { return isApnDisabled.value_or(false); }
-  void setIsApnDisabled(bool disabled) { isApnDisabled = disabled; }
-  bool hasIsEmergencySupported() const { return isEmergencySupported.has_value(); }
-  bool getIsEmergencySupported() const { return isEmergencySupported.value_or(false); }
-  void setIsEmergencySupported(bool supported) { isEmergencySupported = supported; }
-  bool hasProfileName() const { return profileName.has_value(); }
-  std::string getProfileName() const { return profileName.value_or(std::string()); }
-  void setProfileName(std::string name) { profileName = std::move(name); }
-
- private:
-  friend struct RecordAccess;
-
-  template <typename Codec, typename Profile, typename Message>
-  static void mapFields(const Codec& codec, Profile& profile, Message& message);
-
-  bool isPavoIAProfile() const { return profileName == pavoIAProfileName; }
-  bool isPavoProfile() const { return isPavoIAProfile() || profileName == pavoProfileName; }
-  bool matchCreator(const FilterProfileParams& filter) const;
-  std::optional<IPType> roamIPType() const;
-
-  std::optional<IPType> lteRoamIPType;
-  std::optional<IPType> umtsRoamIPType;
-  std::optional<int> maxPdnsConnPerBlock;
-  std::optional<int> maxPdnConnTimer;
-  std::optional<int> pdnReqWaitInterval;
-  std::optional<bool> isApnDisabled;
-  std::optional<std::string> profileName;
-  std::optional<bool> isEmergencySupported;
+  bool hasLteRoamIPType() const { return settings.lteRoamIPType.has_value(); }
+  IPType getLteRoamIPType() const { return settings.lteRoamIPType.value_or(IPType::UNKNOWN); }
+  void setLteRoamIPType(IPType type) { settings.lteRoamIPType = type; }
+  bool hasUmtsRoamIPType() const { return settings.umtsRoamIPType.has_value(); }
+  IPType getUmtsRoamIPType() const { return settings.umtsRoamIPType.value_or(IPType::UNKNOWN); }
+  void setUmtsRoamIPType(IPType type) { settings.umtsRoamIPType = type; }
+  bool hasMaxPdnsConnPerBlock() const { return settings.maxPdnsConnPerBlock.has_value(); }
+  int getMaxPdnsConnPerBlock() const { return settings.maxPdnsConnPerBlock.value_or(0); }
+  void setMaxPdnsConnPerBlock(int count) { settings.maxPdnsConnPerBlock = count; }
+  bool hasMaxPdnConnTimer() const { return settings.maxPdnConnTimer.has_value(); }
+  int getMaxPdnConnTimer() const { return settings.maxPdnConnTimer.value_or(0); }
+  void setMaxPdnConnTimer(int timer) { settings.maxPdnConnTimer = timer; }
+  bool hasPdnReqWaitInterval() const { return settings.pdnReqWaitInterval.has_value(); }
+  int getPdnReqWaitInterval() const { return settings.pdnReqWaitInterval.value_or(0); }
+  void setPdnReqWaitInterval(int interval) { settings.pdnReqWaitInterval = interval; }
+  bool hasIsApnDisabled() const { return settings.isApnDisabled.has_value(); }
+  bool getIsApnDisabled() const { return settings.isApnDisabled.value_or(false); }
+  void setIsApnDisabled(bool disabled) { settings.isApnDisabled = disabled; }
+  bool hasIsEmergencySupported() const { return settings.isEmergencySupported.has_value(); }
+  bool getIsEmergencySupported() const { return settings.isEmergencySupported.value_or(false); }
+  void setIsEmergencySupported(bool supported) { settings.isEmergencySupported = supported; }
+  bool hasProfileName() const { return settings.profileName.has_value(); }
+  std::string getProfileName() const { return settings.profileName.value_or(std::string()); }
+  void setProfileName(std::string name) { settings.profileName = std::move(name); }
 };
 
 }  // namespace pavo

@@ -8,6 +8,7 @@
 #include <pavo/ProfileParams.h>
 
 #include "Conversions.h"
+#include "matching/ProfileSettings.h"
 #include "wds_v01.h"
 
 #include <functional>
@@ -23,7 +24,7 @@ class ModemProfile {
   // A profile yet to be created on the modem.
   explicit ModemProfile(const ProfileParams& params);
   // A profile as the modem describes it.
-  ModemProfile(int profileId, const wds_get_profile_settings_resp_msg_v01& settings);
+  ModemProfile(int profileId, const wds_get_profile_settings_resp_msg_v01& response);
   ModemProfile(const ModemProfile&) = delete;
   ModemProfile& operator=(const ModemProfile&) = delete;
   virtual ~ModemProfile();
@@ -40,8 +41,8 @@ class ModemProfile {
   // One line. The password is in clear.
   virtual std::string dump() const;
 
-  int getProfileId() const { return profileId; }
-  void setProfileId(int id) { profileId = id; }
+  int getProfileId() const { return settings.profileId; }
+  void setProfileId(int id) { settings.profileId = id; }
   bool getIsPersistent() const { return isPersistent; }
   void setIsPersistent(bool persistent) { isPersistent = persistent; }
   bool getIsPavoCreated() const { return isPavoCreated; }
@@ -53,35 +54,37 @@ class ModemProfile {
   void decRefCount();
 
   // Getters do not check presence; setters make present.
-  bool hasApnName() const { return apnName.has_value(); }
-  std::string getApnName() const { return apnName.value_or(std::string()); }
+  bool hasApnName() const { return settings.apnName.has_value(); }
+  std::string getApnName() const { return settings.apnName.value_or(std::string()); }
   // As given; names are compared in lower case, so give it that way.
-  void setApnName(std::string name) { apnName = std::move(name); }
-  bool hasUserName() const { return userName.has_value(); }
-  std::string getUserName() const { return userName.value_or(std::string()); }
-  void setUserName(std::string name) { userName = std::move(name); }
-  bool hasPassword() const { return password.has_value(); }
-  std::string getPassword() const { return password.value_or(std::string()); }
-  void setPassword(std::string newPassword) { password = std::move(newPassword); }
-  bool hasAuthType() const { return authType.has_value(); }
-  AuthType getAuthType() const { return authType.value_or(AuthType::NONE); }
-  void setAuthType(AuthType type) { authType = type; }
+  void setApnName(std::string name) { settings.apnName = std::move(name); }
+  bool hasUserName() const { return settings.userName.has_value(); }
+  std::string getUserName() const { return settings.userName.value_or(std::string()); }
+  void setUserName(std::string name) { settings.userName = std::move(name); }
+  bool hasPassword() const { return settings.password.has_value(); }
+  std::string getPassword() const { return settings.password.value_or(std::string()); }
+  void setPassword(std::string newPassword) { settings.password = std::move(newPassword); }
+  bool hasAuthType() const { return settings.authType.has_value(); }
+  AuthType getAuthType() const { return settings.authType.value_or(AuthType::NONE); }
+  void setAuthType(AuthType type) { settings.authType = type; }
   // Modem bits.
-  bool hasApnTypesMask() const { return apnTypesMask.has_value(); }
-  unsigned long long getApnTypesMask() const { return apnTypesMask.value_or(0); }
-  void setApnTypesMask(unsigned long long mask) { apnTypesMask = mask; }
-  bool hasApnClass() const { return apnClass.has_value(); }
-  ApnClass getApnClass() const { return apnClass.value_or(ApnClass::UNCLASSIFIED); }
-  void setApnClass(ApnClass newClass) { apnClass = newClass; }
-  bool hasIsClatEnabled() const { return isClatEnabled.has_value(); }
-  bool getIsClatEnabled() const { return isClatEnabled.value_or(false); }
-  void setIsClatEnabled(bool enabled) { isClatEnabled = enabled; }
-  bool hasCommonIPType() const { return commonIPType.has_value(); }
-  IPType getCommonIPType() const { return commonIPType.value_or(IPType::UNKNOWN); }
-  void setCommonIPType(IPType type) { commonIPType = type; }
-  bool hasOverrideHomeIPType() const { return overrideHomeIPType.has_value(); }
-  IPType getOverrideHomeIPType() const { return overrideHomeIPType.value_or(IPType::UNKNOWN); }
-  void setOverrideHomeIPType(IPType type) { overrideHomeIPType = type; }
+  bool hasApnTypesMask() const { return settings.apnTypesMask.has_value(); }
+  unsigned long long getApnTypesMask() const { return settings.apnTypesMask.value_or(0); }
+  void setApnTypesMask(unsigned long long mask) { settings.apnTypesMask = mask; }
+  bool hasApnClass() const { return settings.apnClass.has_value(); }
+  ApnClass getApnClass() const { return settings.apnClass.value_or(ApnClass::UNCLASSIFIED); }
+  void setApnClass(ApnClass newClass) { settings.apnClass = newClass; }
+  bool hasIsClatEnabled() const { return settings.isClatEnabled.has_value(); }
+  bool getIsClatEnabled() const { return settings.isClatEnabled.value_or(false); }
+  void setIsClatEnabled(bool enabled) { settings.isClatEnabled = enabled; }
+  bool hasCommonIPType() const { return settings.commonIPType.has_value(); }
+  IPType getCommonIPType() const { return settings.commonIPType.value_or(IPType::UNKNOWN); }
+  void setCommonIPType(IPType type) { settings.commonIPType = type; }
+  bool hasOverrideHomeIPType() const { return settings.overrideHomeIPType.has_value(); }
+  IPType getOverrideHomeIPType() const {
+    return settings.overrideHomeIPType.value_or(IPType::UNKNOWN);
+  }
+  void setOverrideHomeIPType(IPType type) { settings.overrideHomeIPType = type; }
 
   wds_profile_identifier_type_v01 constructProfileIdentifier() const;
   // Clear the whole message and fill in what every kind of profile has.
@@ -105,38 +108,17 @@ class ModemProfile {
                           std::list<ExpirationListener>& ended);
 
  protected:
-  // The override unless it is absent or UNKNOWN, else the common type.
-  std::optional<IPType> homeIPType() const;
+  ModemProfile() = default;
 
-  // Present and UNKNOWN: there was an override and it was taken back.
-  std::optional<IPType> overrideHomeIPType;
-  std::optional<std::string> apnName;  // normalised
-  std::optional<unsigned long long> apnTypesMask;
-  std::optional<IPType> commonIPType;
-  std::optional<std::string> userName;
-  std::optional<std::string> password;
-  std::optional<AuthType> authType;
-  std::optional<ApnClass> apnClass;
-  std::optional<bool> isClatEnabled;
+  ProfileSettings settings;
 
  private:
-  friend struct RecordAccess;
-
-  template <typename Codec, typename Profile, typename Message>
-  static void mapFields(const Codec& codec, Profile& profile, Message& message);
-
-  bool matchApnName(const FilterProfileParams& filter) const;
   void notifyListeners() noexcept;
 
-  int profileId = -1;
   bool isPersistent = false;
   bool isPavoCreated = false;
   int refCount = 0;
   std::list<ExpirationListener> listeners;
 };
-
-// Whether a profile's IP type satisfies a filter's: equal, or, with the criterion's bit set, one
-// contained in the other.
-bool matchIPType(IPType wanted, IPType actual, bool subsetAllowed, bool supersetAllowed);
 
 }  // namespace pavo

@@ -200,7 +200,7 @@ class Session {
   }
   int anyIndex(Wishes& wishes) {
     if (world.table.empty() || wishes.chance(5)) {
-      return 1 + wishes.number(World::capacity);
+      return 1 + wishes.number(World::capacityDefault);
     }
     return std::next(world.table.begin(), wishes.number(static_cast<int>(world.table.size())))
         ->first;
@@ -310,7 +310,7 @@ std::string Session::filterProfiles(Wishes& wishes) {
     text += " " + std::to_string(number);
   }
   // Some of them are let go at once.
-  while (keys.size() > 2 * World::capacity) {
+  while (keys.size() > 2 * World::capacityDefault) {
     const int number = keys.begin()->first;
     world.drop(number);
     keys.erase(number);

@@ -14,13 +14,6 @@ constexpr int unknownIndex = 200;
 constexpr int lateMs = 1600;
 constexpr std::array typeSets = {0x1U, 0x2U, 0x40U, 0x41U, 0x200U, 0x8005U, 0U};
 
-template <typename Value, typename Set>
-void with(const json& wish, const char* name, const Set& set) {
-  if (wish.contains(name)) {
-    set(wish[name].get<Value>());
-  }
-}
-
 }  // namespace
 
 json Wishes::wish(int percent) {
@@ -53,7 +46,7 @@ Filter Wishes::filter() {
   Filter filter{.wish = wish(/*percent=*/12)};
   filter.criteria = chance(50) ? static_cast<unsigned int>(number(64)) : 0U;
   if (chance(15)) {
-    filter.id = 1 + number(World::capacity);
+    filter.id = 1 + number(World::capacityDefault);
   }
   if (chance(25)) {
     filter.isPavo = chance(50);
@@ -140,70 +133,6 @@ json Wishes::twist(Twist& twist, int anyIndex) {
       twist.kind = Twist::Kind::InItsPlace;
       return {{"early", true}};
   }
-}
-
-ProfileParams paramsOf(const json& wish) {
-  ProfileParams params;
-  with<std::string>(wish, "apn", [&](const auto& v) { params.setApnName(v); });
-  with<std::string>(wish, "user", [&](const auto& v) { params.setUserName(v); });
-  with<std::string>(wish, "password", [&](const auto& v) { params.setPassword(v); });
-  with<int>(wish, "auth", [&](int v) { params.setAuthType(static_cast<AuthType>(v)); });
-  with<unsigned int>(wish, "types", [&](unsigned int v) { params.setApnTypesMask(v); });
-  with<int>(wish, "class", [&](int v) { params.setApnClass(static_cast<ApnClass>(v)); });
-  with<bool>(wish, "clat", [&](bool v) { params.setIsClatEnabled(v); });
-  with<json>(wish, "home",
-             [&](const json& v) { params.setHomeIPType(static_cast<IPType>(ipBits(v))); });
-  with<json>(wish, "roam",
-             [&](const json& v) { params.setRoamIPType(static_cast<IPType>(ipBits(v))); });
-  with<int>(wish, "maxPdnPerBlock", [&](int v) { params.setMaxPdnsConnPerBlock(v); });
-  with<int>(wish, "maxPdnTimer", [&](int v) { params.setMaxPdnConnTimer(v); });
-  with<int>(wish, "pdnWaitInterval", [&](int v) { params.setPdnReqWaitInterval(v); });
-  with<bool>(wish, "disabled", [&](bool v) { params.setIsApnDisabled(v); });
-  with<bool>(wish, "emergency", [&](bool v) { params.setIsEmergencySupported(v); });
-  return params;
-}
-
-FilterProfileParams paramsOf(const Filter& filter) {
-  FilterProfileParams params;
-  static_cast<ProfileParams&>(params) = paramsOf(filter.wish);
-  params.addFilterMatchCriteria(filter.criteria);
-  if (filter.id) {
-    params.setFilterByProfileId(*filter.id);
-  }
-  if (filter.isPavo) {
-    params.setFilterByIsPavoProfile(*filter.isPavo);
-  }
-  if (filter.isIA) {
-    params.setFilterByIsIAProfile(*filter.isIA);
-  }
-  return params;
-}
-
-json viewOf(const ProfileParams& params) {
-  json view = json::object();
-  const auto tell = [&view](const char* name, bool isPresent, const json& value) {
-    if (isPresent) {
-      view[name] = value;
-    }
-  };
-  const auto ip = [](IPType type) { return ipName(static_cast<int>(type)); };
-  tell("apn", params.hasApnName(), params.getApnName());
-  tell("user", params.hasUserName(), params.getUserName());
-  tell("password", params.hasPassword(), params.getPassword());
-  tell("auth", params.hasAuthType(), static_cast<int>(params.getAuthType()));
-  tell("types", params.hasApnTypesMask(), params.getApnTypesMask());
-  tell("class", params.hasApnClass(), static_cast<int>(params.getApnClass()));
-  tell("clat", params.hasIsClatEnabled(), params.getIsClatEnabled());
-  tell("home", params.hasHomeIPType(), ip(params.getHomeIPType()));
-  tell("roam", params.hasRoamIPType(), ip(params.getRoamIPType()));
-  tell("maxPdnPerBlock", params.hasMaxPdnsConnPerBlock(), params.getMaxPdnsConnPerBlock());
-  tell("maxPdnTimer", params.hasMaxPdnConnTimer(), params.getMaxPdnConnTimer());
-  tell("pdnWaitInterval", params.hasPdnReqWaitInterval(), params.getPdnReqWaitInterval());
-  tell("disabled", params.hasIsApnDisabled(), params.getIsApnDisabled());
-  tell("emergency", params.hasIsEmergencySupported(), params.getIsEmergencySupported());
-  tell("isPavo", true, params.getIsPavoProfile());
-  tell("isIA", true, params.getIsIAProfile());
-  return view;
 }
 
 }  // namespace pavo::test::model

@@ -1,11 +1,9 @@
 // Random profiles, from few values, so that they match, differ and clash.
 #pragma once
 
-#include <pavo/FilterProfileParams.h>
-
 #include <random>
 
-#include "World.h"
+#include "WishParams.h"
 
 namespace pavo::test::model {
 
@@ -38,12 +36,5 @@ class Wishes {
 
   std::mt19937 dice;
 };
-
-/// The same for the library.
-ProfileParams paramsOf(const json& wish);
-FilterProfileParams paramsOf(const Filter& filter);
-
-/// A client's view of a profile as the library tells it.
-json viewOf(const ProfileParams& params);
 
 }  // namespace pavo::test::model

@@ -19,7 +19,7 @@ def jobs(args):
     for header in sorted((root / "include").rglob("*.h")):
         for compiler in (args.gxx, args.clangxx):
             yield header, [compiler, "-xc++", "-std=c++17", *WARNINGS, *includes]
-    for header in sorted((root / "src").glob("*.h")):
+    for header in sorted((root / "src").rglob("*.h")):
         yield header, [args.gxx, "-xc++", "-std=c++20", *WARNINGS, *includes, f"-I{root}/src"]
     for header in sorted((root / "platform/include").glob("*.h")):
         for language in (["-xc", "-std=c11"], ["-xc++", "-std=c++17"]):

@@ -2,8 +2,9 @@
 """Holds the includes of the sources against the layers of the house.
 
 A file of src/ may include its own layer and those above it (smaller numbers); the platform's headers
-are for the few files named below. The modem knows nothing of the library, the tool only its public
-headers. A new file has to be given a layer here."""
+are for the few files named below. The rules of matching and the policies stand on the public headers
+and themselves. The modem knows nothing of the library, the tool its public headers, the rules and the
+policies. A new file has to be given a layer here."""
 
 import pathlib
 import re
@@ -17,12 +18,15 @@ LAYERS = {
     2: "AdbWriter DiagWriter LocalLogBuffer LogLevel LogWrapper LogWriter",
     3: "ClientRequest ClientResponse EventManager ProfileKey ReqRespType RequestFunction"
        " RequestPort WakeFd",
-    4: "Conversions MessageFields Modem3gppProfile ModemProfile RecordAccess",
-    5: "OvixWdsProxy ProfileChangedInd",
-    6: "ProfileCache",
-    7: "ClientRequestManager",
-    8: "Manager",
-    9: "Util",
+    4: "ApnName ApnTypeBits Changes Criterion Matching ProfileSettings RecordAccess",
+    5: "Conversions MessageFields Modem3gppProfile ModemProfile",
+    6: "OvixWdsProxy ProfileChangedInd",
+    7: "ProfileCache",
+    8: "ClientRequestManager",
+    9: "Manager",
+    10: "AttachPolicies CallPolicies ListPolicies ManagerOperations Policies PolicyObserver"
+        " PolicyParts PolicyRun ProfileOperations",
+    11: "Util",
 }
 LAYER_OF = {name: layer for layer, names in LAYERS.items() for name in names.split()}
 
@@ -35,8 +39,11 @@ PLATFORM = {
                   "OvixWdsProxy"},
 }
 
-# Util stands on the public headers and logging, not on what is between them.
-UTIL_LAYERS = {0, 1, 2, 8, 9}
+# Util stands on the public headers, logging and the policies, not on what is between them.
+UTIL_LAYERS = {0, 1, 2, 9, 10, 11}
+
+# Folders of src/ that stand on the public headers and themselves. The tool compiles them, too.
+SHARED_FOLDERS = ("matching", "policy")
 
 # Headers without a folder that are no part of C++ and yet everywhere.
 POSIX_HEADERS = {"errno.h", "fcntl.h", "pthread.h", "signal.h", "time.h", "unistd.h"}
@@ -69,17 +76,22 @@ def check_library(file):
             continue
         if is_public and not included.startswith("pavo/"):
             problems.append(f"{file}: a public header includes {included}")
+        if file.parent.name in SHARED_FOLDERS and not (
+                included.startswith("pavo/") or "/" not in included
+                and (file.parent / included).exists()):
+            problems.append(f"{file}: includes {included}, which is neither public nor beside it")
         target = pathlib.PurePath(included).stem
         if target not in LAYER_OF:
             problems.append(f"{file}: includes {included}, which has no layer")
         elif LAYER_OF[target] > layer:
             problems.append(f"{file}: layer {layer} includes {included} of layer {LAYER_OF[target]}")
         elif name == "Util" and LAYER_OF[target] not in UTIL_LAYERS:
-            problems.append(f"{file}: includes {included}, which is neither public nor logging")
+            problems.append(f"{file}: includes {included}, which is not for it")
 
 
 def check_stranger(root, folder, allow_public):
-    """A folder that may not see src/, nor the platform's structures."""
+    """A folder that may not see src/, nor the platform's structures; of src/, one that sees the public
+    headers sees the shared folders, too."""
     own = {p.name for p in sources(root / folder)}
     for file in sources(root / folder):
         for bracket, included in INCLUDE.findall(file.read_text()):
@@ -88,6 +100,8 @@ def check_stranger(root, folder, allow_public):
                     problems.append(f"{file}: includes {included}")
             elif included in PLATFORM or "src/" in included:
                 problems.append(f"{file}: includes {included}")
+            elif allow_public and included.split("/")[0] in SHARED_FOLDERS:
+                continue
             elif bracket == '"' and included not in own and (root / "src" / included).exists():
                 problems.append(f"{file}: includes src/{included}")
 

@@ -1,26 +1,27 @@
-// The policies on the access points of real operators, held against a model of their intent.
+// The policies on the access points of real operators, held against the expected state.
 #include <algorithm>
 #include <functional>
 #include <map>
 #include <set>
+#include <unordered_set>
 
-#include "PolicyModel.h"
-#include "PolicyTest.h"
+#include "UtilSystemTest.h"
+#include "WishParams.h"
 #include "lists/ApnFile.h"
 #include "lists/ApnMapping.h"
 
 namespace pavo::test {
 namespace {
 
+using model::World;
 using nlohmann::json;
 using pavoctl::ApnEntry;
-using Wishes = std::vector<ModelProfile>;
+using Wishes = std::vector<json>;
 
 constexpr const char* operatorList = "/usr/share/mobile-broadband-provider-info/apns-conf.xml";
 
 // The list says nothing of IP types, so they take turns.
-constexpr int ipTypeTurns[] = {1, 2, 3};
-constexpr const char* ipTypeNames[] = {"", "V4", "V6", "V4V6"};
+constexpr const char* ipTypeTurns[] = {"V4", "V6", "V4V6"};
 
 std::map<std::string, std::vector<ApnEntry>> entriesByOperator() {
   std::map<std::string, std::vector<ApnEntry>> operators;
@@ -89,120 +90,106 @@ std::map<std::string, std::vector<ApnEntry>> chosenOperators() {
 Wishes wishesOf(const std::vector<ApnEntry>& entries) {
   Wishes wishes;
   for (const ApnEntry& entry : entries) {
-    const ProfileParams params = pavoctl::mapApn(entry).params;
-    ModelProfile& wish = wishes.emplace_back();
-    wish.apn = params.getApnName();
-    wish.types = params.getApnTypesMask();
-    if (params.hasUserName()) {
-      wish.user = params.getUserName();
+    json wish = model::viewOf(pavoctl::mapApn(entry).params);
+    for (const char* const other : {"isPavo", "isIA", "class", "clat", "disabled", "emergency",
+                                    "maxPdnPerBlock", "maxPdnTimer", "pdnWaitInterval"}) {
+      wish.erase(other);
     }
-    if (params.hasPassword()) {
-      wish.password = params.getPassword();
-    }
-    if (params.hasAuthType()) {
-      wish.auth = static_cast<int>(params.getAuthType());
-    }
+    wishes.push_back(wish);
   }
-  wishes.emplace_back().types = DEFAULT;
+  wishes.push_back({{"apn", ""}, {"types", DEFAULT}});
   for (std::size_t i = 0; i < wishes.size(); ++i) {
-    wishes[i].home = ipTypeTurns[(i + 1) % 3];
+    wishes[i]["home"] = ipTypeTurns[(i + 1) % 3];
+    wishes[i].erase("roam");
     if (i % 4 != 0) {
-      wishes[i].roam = ipTypeTurns[i / 2 % 3];
+      wishes[i]["roam"] = ipTypeTurns[i / 2 % 3];
     }
   }
   return wishes;
 }
 
-ProfileParams paramsOf(const ModelProfile& wish) {
-  ProfileParams params;
-  params.setApnName(wish.apn);
-  params.setApnTypesMask(wish.types);
-  params.setHomeIPType(static_cast<IPType>(wish.home));
-  if (wish.user) {
-    params.setUserName(*wish.user);
+// Most of the access points are on the modem already, as the operator's own, with types in another
+// order than they are wanted.
+std::vector<json> storedOf(const Wishes& wishes) {
+  std::vector<json> stored;
+  for (std::size_t i = 0; i < wishes.size(); ++i) {
+    if (i % 4 == 2) {
+      continue;
+    }
+    stored.push_back({{"apn", wishes[i]["apn"]},
+                      {"pdpType", ipTypeTurns[i % 3]},
+                      {"password", "operator"},
+                      {"apnTypes", i % 2 == 0 ? 4 : 1}});
+    for (const char* const same : {"user", "auth"}) {
+      if (wishes[i].contains(same)) {
+        stored.back()[same] = wishes[i][same];
+      }
+    }
   }
-  if (wish.password) {
-    params.setPassword(*wish.password);
-  }
-  if (wish.auth) {
-    params.setAuthType(static_cast<AuthType>(*wish.auth));
-  }
-  if (wish.roam) {
-    params.setRoamIPType(static_cast<IPType>(*wish.roam));
-  }
-  return params;
+  return stored;
 }
 
-class OperatorsTest : public PolicyTest {
+class OperatorsTest : public UtilSystemTest {
  protected:
-  // Most of the access points are on the modem already, as the operator's own, with types in
-  // another order than they are wanted.
-  void putOnModem(const Wishes& wishes) {
-    std::vector<json> settings;
-    model.profiles.clear();
-    for (std::size_t i = 0; i < wishes.size(); ++i) {
-      if (i % 4 == 2) {
-        continue;
-      }
-      ModelProfile own = wishes[i];
-      own.apn = lowered(own.apn);
-      own.home = ipTypeTurns[i % 3];
-      own.roam.reset();
-      own.password = "operator";
-      own.types = i % 2 == 0 ? MMS : DEFAULT;
-      json& profile = settings.emplace_back();
-      profile = {{"apn", wishes[i].apn},
-                 {"pdpType", ipTypeNames[own.home]},
-                 {"password", "operator"},
-                 {"apnTypes", i % 2 == 0 ? 4 : 1}};
-      if (own.user) {
-        profile["user"] = *own.user;
-      }
-      if (own.auth) {
-        profile["auth"] = *own.auth;
-      }
-      model.profiles[static_cast<int>(settings.size())] = own;
+  // The world's profiles in the order in which filters find them.
+  std::vector<model::Token> order(const World& world) {
+    std::vector<model::Token> tokens;
+    for (const Key& key : manager->filter(FilterProfileParams())) {
+      const auto entry = std::find_if(
+          world.cache.begin(), world.cache.end(),
+          [&](const auto& cached) { return cached.second->id == key->getProfileId(); });
+      EXPECT_NE(entry, world.cache.end());
+      tokens.push_back(entry->first);
     }
-    put(settings);
+    return tokens;
   }
 
-  void expectModel() { EXPECT_EQ(PolicyModel::textsWithPersistence(table()), model.texts()); }
-
-  PolicyModel model;
+  void runPolicies(const Wishes& wishes, bool isUpdateAllowed) {
+    World world;
+    world.capacity = 100;
+    world.isUpdateAllowed = isUpdateAllowed;
+    put(storedOf(wishes));
+    world.table = table();
+    world.refresh(/*isStarted=*/false);
+    Util util;
+    util.setProfileUpdateAllowed(isUpdateAllowed);
+    // A data call's profile goes with its key.
+    std::vector<Key> keys;
+    std::list<ProfileParams> all;
+    std::unordered_set<std::string> names;
+    const auto expectKey = [&](bool isExpected, Key key) {
+      ASSERT_EQ(key != nullptr, isExpected);
+      keys.push_back(std::move(key));
+      const int number = static_cast<int>(keys.size());
+      EXPECT_EQ(keys.back()->getProfileId(), world.keys.at(number).first);
+      world.settle();
+    };
+    for (const json& wish : wishes) {
+      SCOPED_TRACE(wish.dump());
+      const ProfileParams& params = all.emplace_back(model::paramsOf(wish));
+      names.insert(lowered(wish["apn"]));
+      const auto next = [&] { return static_cast<int>(keys.size()) + 1; };
+      bool isExpected = world.setupDataCall(next(), wish, order(world));
+      ASSERT_NO_FATAL_FAILURE(
+          expectKey(isExpected, util.findOrCreateProfileForSetupDataCall(params)));
+      isExpected = world.attach(next(), wish, order(world));
+      ASSERT_NO_FATAL_FAILURE(expectKey(isExpected, util.findOrCreateProfileForLteAttach(params)));
+    }
+    EXPECT_EQ(table(), world.table);
+    world.typesByName(wishes, {names.begin(), names.end()}, order(world));
+    util.updateAPNTypeBitmaskOnModemProfile(all);
+    EXPECT_EQ(table(), world.table);
+    expectCacheEqualsTable();
+  }
 };
 
-TEST_F(OperatorsTest, EveryPolicy_OnRealAccessPoints_LeavesWhatTheModelSays) {
+TEST_F(OperatorsTest, EveryPolicy_OnRealAccessPoints_LeavesTheExpectedState) {
   const auto operators = chosenOperators();
   ASSERT_GE(operators.size(), 30U);
   for (const auto& [plmn, entries] : operators) {
     for (const bool isUpdateAllowed : {false, true}) {
       SCOPED_TRACE(plmn + (isUpdateAllowed ? ", updates allowed" : ""));
-      const Wishes wishes = wishesOf(entries);
-      putOnModem(wishes);
-      expectModel();
-      model.isUpdateAllowed = isUpdateAllowed;
-      Util util;
-      util.setProfileUpdateAllowed(isUpdateAllowed);
-      // A data call's profile goes with its key.
-      std::vector<Key> keys;
-      std::list<ProfileParams> all;
-      for (const ModelProfile& wish : wishes) {
-        const ProfileParams& params = all.emplace_back(paramsOf(wish));
-        SCOPED_TRACE(params.dump());
-        PolicyModel::Order order = cacheOrder();
-        keys.push_back(util.findOrCreateProfileForSetupDataCall(params));
-        ASSERT_NE(keys.back(), nullptr);
-        EXPECT_EQ(keys.back()->getProfileId(), model.dataCall(wish, order));
-        order = cacheOrder();
-        keys.push_back(util.findOrCreateProfileForLteAttach(params));
-        ASSERT_NE(keys.back(), nullptr);
-        EXPECT_EQ(keys.back()->getProfileId(), model.attach(wish, order));
-      }
-      expectModel();
-      util.updateAPNTypeBitmaskOnModemProfile(all);
-      model.distributeTypes(wishes);
-      expectModel();
-      expectCacheEqualsTable();
+      runPolicies(wishesOf(entries), isUpdateAllowed);
       if (HasFailure()) {
         return;
       }

@@ -71,7 +71,7 @@ class PolicyProgramTest : public ToolTest {
     EXPECT_EQ(foreseen["isDryRun"], true);
     EXPECT_EQ(foreseen["explanation"]["source"], "foresight");
     EXPECT_EQ(told["isDryRun"], false);
-    EXPECT_EQ(told["explanation"]["source"], "log");
+    EXPECT_EQ(told["explanation"]["source"], "library");
     for (Json* json : {&foreseen, &told}) {
       json->erase("isDryRun");
       (*json)["explanation"].erase("source");

@@ -2,7 +2,6 @@
 
 #include "Context.h"
 #include "Table.h"
-#include "policies/Effects.h"
 
 namespace pavoctl {
 namespace {

@@ -5,7 +5,7 @@
 #include "Table.h"
 #include "Verbs.h"
 #include "policies/PolicyRun.h"
-#include "policies/StoryText.h"
+#include "policies/StepText.h"
 #include "profiles/Values.h"
 
 namespace pavoctl {
@@ -32,7 +32,7 @@ ExitStatus list(const CommandLine& line, Context& context) {
     context.output.write(profileTable(profiles));
   }
   if (line.isExplained && !line.isJson) {
-    context.output.write("\n" + storyText(steps, Telling::done));
+    context.output.write("\n" + stepsText(steps, Telling::done));
   }
   if (listing.unreadable > 0) {
     throw Failure(std::to_string(listing.unreadable) +

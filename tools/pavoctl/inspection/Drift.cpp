@@ -3,7 +3,7 @@
 #include <map>
 
 #include "Text.h"
-#include "policies/StoryText.h"
+#include "policies/StepText.h"
 #include "profiles/Names.h"
 
 namespace pavoctl {
@@ -20,12 +20,13 @@ Json typeJson(const std::optional<pavo::IPType>& type) {
 // All that can differ: also what the library uses and does not hand out.
 Json contentsOf(const CachedProfile& cached, Secrets secrets) {
   Json json = toJson(cached.profile, secrets);
-  json["commonIPType"] = typeJson(cached.commonIPType);
-  json["overrideHomeIPType"] = typeJson(cached.overrideHomeIPType);
-  json["lteRoamIPType"] = typeJson(cached.lteRoamIPType);
-  json["umtsRoamIPType"] = typeJson(cached.umtsRoamIPType);
-  json["hasUnknownTypes"] = cached.hasUnknownTypes;
-  json["profileName"] = cached.name ? Json(*cached.name) : Json(nullptr);
+  json["commonIPType"] = typeJson(cached.settings.commonIPType);
+  json["overrideHomeIPType"] = typeJson(cached.settings.overrideHomeIPType);
+  json["lteRoamIPType"] = typeJson(cached.settings.lteRoamIPType);
+  json["umtsRoamIPType"] = typeJson(cached.settings.umtsRoamIPType);
+  json["hasUnknownTypes"] = cached.hasUnknownTypes();
+  json["profileName"] =
+      cached.settings.profileName ? Json(*cached.settings.profileName) : Json(nullptr);
   return json;
 }
 

@@ -22,4 +22,30 @@ const char* nameOf(Policy policy) {
 
 bool isForList(Policy policy) { return policy == Policy::apnClass || policy == Policy::apnTypes; }
 
+PolicyAnswer call(const PolicyCall& call, pavo::policy::ProfileOperations& profiles,
+                  pavo::policy::PolicyObserver& observer) {
+  namespace policy = pavo::policy;
+  const policy::Run run{profiles, observer, call.isUpdateAllowed};
+  // Only a list may be empty.
+  const pavo::ProfileParams params =
+      call.wanted.empty() ? pavo::ProfileParams() : call.wanted.front();
+  switch (call.policy) {
+    case Policy::setupDataCall:
+      return {policy::findOrCreateProfileForSetupDataCall(run, params)};
+    case Policy::emergency:
+      return {policy::findOrCreateProfileForEmergencyDataCall(run, params)};
+    case Policy::lteAttach:
+      return {policy::findOrCreateProfileForLteAttach(run, params)};
+    case Policy::matchAttach:
+      return {nullptr, policy::matchLteAttachProfileId(run, call.profileId, params)};
+    case Policy::apnClass:
+      policy::updateModemProfileByApnClass(run, call.wanted);
+      break;
+    case Policy::apnTypes:
+      policy::updateAPNTypeBitmaskOnModemProfile(run, call.wanted);
+      break;
+  }
+  return {};
+}
+
 }  // namespace pavoctl

@@ -5,6 +5,8 @@
 
 #include <list>
 
+#include "policy/Policies.h"
+
 namespace pavoctl {
 
 enum class Policy { setupDataCall, emergency, lteAttach, matchAttach, apnClass, apnTypes };
@@ -21,5 +23,14 @@ struct PolicyCall {
   std::list<pavo::ProfileParams> wanted;
   int profileId = 0;  // matchAttach
 };
+
+// What a policy answers; to a list, nothing.
+struct PolicyAnswer {
+  pavo::policy::Key key;
+  bool isMatching = false;
+};
+
+PolicyAnswer call(const PolicyCall& call, pavo::policy::ProfileOperations& profiles,
+                  pavo::policy::PolicyObserver& observer);
 
 }  // namespace pavoctl

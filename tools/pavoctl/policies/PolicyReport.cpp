@@ -17,18 +17,6 @@ Json profileJson(const CachedProfile& cached, Secrets secrets) {
   return json;
 }
 
-const char* sourceName(Source source) {
-  switch (source) {
-    case Source::foresight:
-      return "foresight";
-    case Source::log:
-      return "log";
-    case Source::profiles:
-      break;
-  }
-  return "profiles";
-}
-
 }  // namespace
 
 PolicyReport::PolicyReport(const CommandLine& commandLine, const PolicyCall& policyCall,
@@ -63,14 +51,15 @@ Json PolicyReport::json() const {
     for (const auto& params : call.wanted) {
       wanted.push_back(toJson(params, line.secrets));
     }
-    report["explanation"] =
-        Json{{"source", sourceName(outcome.source)}, {"wanted", wanted}, {"steps", outcome.steps}};
+    report["explanation"] = Json{{"source", line.isDryRun ? "foresight" : "library"},
+                                 {"wanted", wanted},
+                                 {"steps", outcome.steps}};
   }
   return report;
 }
 
 std::string PolicyReport::text() const {
-  return (line.isExplained ? headingText() + storyText(outcome.steps, telling) + "\n" : "") +
+  return (line.isExplained ? headingText() + stepsText(outcome.steps, telling) + "\n" : "") +
          resultText();
 }
 
@@ -80,9 +69,6 @@ std::string PolicyReport::headingText() const {
                                            : ", without leave to change what it finds.\n");
   for (const auto& params : call.wanted) {
     text += "Wanted: " + filterText(toJson(params, line.secrets)) + "\n";
-  }
-  if (outcome.source == Source::profiles) {
-    text += "The library's log has lost lines; the steps were checked against the profiles.\n";
   }
   return text;
 }

@@ -2,8 +2,8 @@
 #pragma once
 
 #include "CommandLine.h"
-#include "policies/PolicyStages.h"
-#include "policies/StoryText.h"
+#include "policies/PolicyRecorder.h"
+#include "policies/StepText.h"
 
 namespace pavoctl {
 

@@ -1,7 +1,8 @@
-// Running the library's policies, and foreseeing what they would do.
+// Running the library's policies, and simulating what they would do.
 #pragma once
 
-#include "policies/PolicyStages.h"
+#include "policies/PolicyCall.h"
+#include "policies/PolicyRecorder.h"
 #include "session/Session.h"
 
 namespace pavoctl {
@@ -12,10 +13,9 @@ struct PolicyResult {
 };
 
 // Nothing on the modem changes.
-PolicyOutcome foresee(const PolicyCall& call, const Snapshot& snapshot, Secrets secrets);
+PolicyOutcome simulate(const PolicyCall& call, const Snapshot& snapshot, Secrets secrets);
 
-// Has the library do it, and reads in its log what it did. When the log does not hold all of that
-// any more, the profiles tell.
+// Does it with the library's operations.
 PolicyResult perform(const PolicyCall& call, Session& session, Secrets secrets);
 
 // What the filter finds; the steps tell why it does not find the others.

@@ -75,7 +75,7 @@ ExitStatus runPolicy(const CommandLine& line, Context& context) {
   const PolicyCall call = callOf(line);
   if (line.isDryRun) {
     return report(line, context, call,
-                  foresee(call, context.session(line.session).snapshot(), line.secrets));
+                  simulate(call, context.session(line.session).snapshot(), line.secrets));
   }
   Hold hold(line, context);
   if (!line.isHeld) {

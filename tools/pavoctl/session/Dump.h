@@ -17,9 +17,6 @@ inline constexpr std::string_view listFailed =
 inline constexpr std::string_view waitingForService = "OvixWdsProxy::registerOvixSvcUp";
 inline constexpr std::string_view refreshed = "Refreshed Profiles:";
 inline constexpr std::string_view expired = "ProfileCache: token is not present or expired";
-inline constexpr std::string_view nullProfile = "ProfileCache: null profile";
-inline constexpr std::string_view unchanged = "ProfileCache: profile is unchanged";
-inline constexpr std::string_view modifyFailed = "ProfileCache: failed to modify modem profile";
 inline constexpr std::string_view released = "Released profile ";
 inline constexpr std::string_view releaseFailed = "ProfileCache: failed to release profile";
 }  // namespace message

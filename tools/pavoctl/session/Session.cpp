@@ -81,10 +81,6 @@ class Change {
   const Patience patience;
 };
 
-bool logged(const std::vector<std::string>& messages, std::string_view wanted) {
-  return std::find(messages.begin(), messages.end(), wanted) != messages.end();
-}
-
 }  // namespace
 
 Session::Session(const Options& sessionOptions) : options(sessionOptions) {
@@ -145,11 +141,7 @@ Session::Listing Session::list(const pavo::FilterProfileParams& filter) const {
     }
     Listing listing;
     const auto keys = Manager::getInstance().filter(filter);
-    const Dump now = dump();
-    if (const auto messages = now.messagesSince("Manager::filter > ")) {
-      listing.unreadable = static_cast<std::size_t>(
-          std::count(messages->begin(), messages->end(), message::nullProfile));
-    }
+    listing.unreadable = dump().unreadable();
     for (const auto& key : keys) {
       if (auto params = Manager::getInstance().getProfile(key)) {
         listing.profiles.push_back({key->getProfileId(), std::move(*params)});
@@ -183,22 +175,20 @@ Key Session::keyOf(int id) const {
   if (!keys.empty()) {
     return keys.front();
   }
-  const Dump now = dump();
-  const auto messages = now.messagesSince("Manager::filter > ");
-  const bool isUnsure = messages && contains(*messages, message::nullProfile);
+  const bool isUnsure = dump().unreadable() > 0;
   throw Failure("there is no profile " + std::to_string(id) +
                 (isUnsure ? ", or it is one that could not be read from the modem" : ""));
 }
 
-std::vector<std::string> Session::onProfile(
-    int id, const std::string& entry, const std::function<void(const Key&)>& operation) const {
+void Session::onProfile(int id, const std::string& entry,
+                        const std::function<void(const Key&)>& operation) const {
   for (int attempt = 0; attempt < attemptsMax; ++attempt) {
     const Key key = keyOf(id);
     operation(key);
     const Dump now = dump();
     const auto messages = now.messagesSince(entry);
     if (messages && !contains(*messages, message::expired)) {
-      return {messages->begin(), messages->end()};
+      return;
     }
   }
   throw Failure("profile " + std::to_string(id) + " keeps changing");
@@ -232,20 +222,21 @@ Session::Added Session::add(const pavo::AddProfileParams& params) const {
 }
 
 Session::Modified Session::modify(int id, const pavo::ModifyProfileParams& params) const {
-  std::vector<std::string> messages;
+  auto outcome = ChangeOutcome::refused;
   {
     const std::string name = "profile " + std::to_string(id);
     const Change change("to change " + name, "it may have changed the profile", options.timeout);
-    bool isKnown = false;
-    messages = onProfile(id, "Manager::modifyProfile > ", [&](const Key& key) {
-      isKnown = Manager::getInstance().modifyProfile(params, key);
+    onProfile(id, "Manager::modifyProfile > ", [&](const Key& key) {
+      const auto before = Snapshot::takeOne(Manager::getInstance(), key);
+      const bool isKnown = Manager::getInstance().modifyProfile(params, key);
+      outcome = before && isKnown ? outcomeOf(params, *before, entryOf(dump(), tokenOf(*key)))
+                                  : ChangeOutcome::refused;
     });
-    // The library answers true also when the modem refused; the profile is then as it was.
-    if (!isKnown || logged(messages, message::modifyFailed)) {
+    if (outcome == ChangeOutcome::refused) {
       change.fail();
     }
   }
-  const bool isChanged = !logged(messages, message::unchanged);
+  const bool isChanged = outcome == ChangeOutcome::changed;
   return {isChanged ? getAfter("changed", id) : get(id), isChanged};
 }
 

@@ -17,8 +17,6 @@
 
 namespace pavoctl {
 
-using Key = std::shared_ptr<pavo::IProfileKey>;
-
 // Starts the library and waits until it has read the modem's profiles. Main thread only. Every
 // failure is a Failure whose text is ready for the user; a wait for longer than the timeout ends
 // the process (see Patience).
@@ -96,9 +94,9 @@ class Session {
 
  private:
   // Runs the operation, whose entry line in the log begins with entry, on a key of the profile
-  // until the key was good for it; returns what the library logged meanwhile.
-  std::vector<std::string> onProfile(int id, const std::string& entry,
-                                     const std::function<void(const Key&)>& operation) const;
+  // until the key was good for it.
+  void onProfile(int id, const std::string& entry,
+                 const std::function<void(const Key&)>& operation) const;
   // The profile as it is after what was done to it.
   Profile getAfter(const std::string& what, int id) const;
 

@@ -3,8 +3,9 @@
 #include <charconv>
 
 #include "Errors.h"
+#include "matching/ApnTypeBits.h"
+#include "matching/Changes.h"
 #include "profiles/Names.h"
-#include "session/Dump.h"
 
 namespace pavoctl {
 namespace {
@@ -14,8 +15,6 @@ using pavo::IPType;
 // More changes than this in a row, each between two steps, are no accident.
 constexpr int readingsMax = 20;
 constexpr std::string_view tokenKey = "token=";
-// The bits of the modem's own mask that have a counterpart among the library's types.
-constexpr std::uint64_t modemTypesKnown = 0x1FFF;
 
 template <typename Number>
 std::optional<Number> numberAt(std::string_view text) {
@@ -42,21 +41,39 @@ std::optional<IPType> ipTypeOf(std::string_view text) {
   return number ? std::optional(static_cast<IPType>(*number)) : std::nullopt;
 }
 
-void take(std::string_view key, std::string_view value, CachedProfile& profile) {
+void take(std::string_view key, std::string_view value, pavo::ProfileSettings& settings) {
   if (key == "CommonIPType") {
-    profile.commonIPType = ipTypeOf(value);
+    settings.commonIPType = ipTypeOf(value);
   } else if (key == "OverrideHomeIPType") {
-    profile.overrideHomeIPType = ipTypeOf(value);
+    settings.overrideHomeIPType = ipTypeOf(value);
   } else if (key == "LteRoamIP") {
-    profile.lteRoamIPType = ipTypeOf(value);
+    settings.lteRoamIPType = ipTypeOf(value);
   } else if (key == "UmtsRoamIP") {
-    profile.umtsRoamIPType = ipTypeOf(value);
+    settings.umtsRoamIPType = ipTypeOf(value);
   } else if (key == "ApnTypesMask") {
-    profile.hasUnknownTypes = (numberAt<std::uint64_t>(value).value_or(0) & ~modemTypesKnown) != 0;
+    settings.apnTypesMask = numberAt<unsigned long long>(value);
   }
 }
 
-// The text of the entry of that token, "  token: text".
+// What the library says of the profile, without the types that it has made of the modem's.
+pavo::ProfileSettings settingsWithoutTypes(const Profile& profile) {
+  pavo::ProfileSettings settings;
+  pavo::copySettings(profile.params, settings);
+  settings.profileId = profile.id;
+  settings.commonIPType.reset();
+  settings.overrideHomeIPType.reset();
+  settings.lteRoamIPType.reset();
+  settings.umtsRoamIPType.reset();
+  return settings;
+}
+
+}  // namespace
+
+bool CachedProfile::hasUnknownTypes() const {
+  const auto mask = settings.apnTypesMask.value_or(0);
+  return pavo::convertToOvixApnTypeMask(pavo::convertToCommonApnTypeMask(mask)) != mask;
+}
+
 std::optional<std::string> entryOf(const Dump& dump, std::uint64_t token) {
   const std::string start = "  " + std::to_string(token) + ": ";
   for (const auto& line : dump.cache) {
@@ -65,22 +82,6 @@ std::optional<std::string> entryOf(const Dump& dump, std::uint64_t token) {
     }
   }
   return std::nullopt;
-}
-
-}  // namespace
-
-std::optional<IPType> CachedProfile::homeIPType() const {
-  return overrideHomeIPType && *overrideHomeIPType != IPType::UNKNOWN ? overrideHomeIPType
-                                                                      : commonIPType;
-}
-
-std::optional<IPType> CachedProfile::roamIPType() const {
-  if (lteRoamIPType) {
-    // The two networks have to agree; an absent UMTS type counts as UNKNOWN.
-    return *lteRoamIPType == umtsRoamIPType.value_or(IPType::UNKNOWN) ? lteRoamIPType
-                                                                      : std::nullopt;
-  }
-  return umtsRoamIPType ? std::nullopt : commonIPType;
 }
 
 std::uint64_t tokenOf(pavo::IProfileKey& key) {
@@ -94,6 +95,7 @@ std::uint64_t tokenOf(pavo::IProfileKey& key) {
 
 bool readDump(std::string_view text, CachedProfile& cached) {
   cached.dump = text;
+  cached.settings = settingsWithoutTypes(cached.profile);
   const pavo::ProfileParams& params = cached.profile.params;
   // Texts may hold commas and whatever looks like another attribute, so their values are skipped,
   // not parsed.
@@ -112,10 +114,10 @@ bool readDump(std::string_view text, CachedProfile& cached) {
     }
     if (key == "ProfileName") {
       // Another text, the last of all.
-      cached.name = text.substr(equals + 1, text.size() - equals - 2);
+      cached.settings.profileName = text.substr(equals + 1, text.size() - equals - 2);
       return true;
     }
-    take(key, text.substr(equals + 1, comma - equals - 1), cached);
+    take(key, text.substr(equals + 1, comma - equals - 1), cached.settings);
     text.remove_prefix(comma + 1);
   }
   return true;
@@ -155,6 +157,46 @@ std::optional<Snapshot> Snapshot::take(pavo::Manager& manager) {
   snapshot.unreadable = dump.cache.size() - keys.size();
   snapshot.pending = dump.pending;
   return snapshot;
+}
+
+std::optional<CachedProfile> Snapshot::takeOne(pavo::Manager& manager, const Key& key) {
+  auto params = manager.getProfile(key);
+  const auto text = entryOf(Dump::parse(manager.dump()), tokenOf(*key));
+  CachedProfile cached;
+  cached.token = tokenOf(*key);
+  if (params) {
+    cached.profile = {key->getProfileId(), std::move(*params)};
+  }
+  return params && text && readDump(*text, cached) ? std::optional(cached) : std::nullopt;
+}
+
+std::optional<CachedProfile> changed(const CachedProfile& cached,
+                                     const pavo::ModifyProfileParams& params) {
+  pavo::ProfileSettings changes;
+  if (!pavo::planChanges(cached.settings, params, changes)) {
+    return std::nullopt;
+  }
+  CachedProfile after = cached;
+  pavo::applyChanges(changes, after.settings);
+  after.profile.params = pavo::clientView(after.settings);
+  return after;
+}
+
+CachedProfile created(const pavo::AddProfileParams& params) {
+  CachedProfile profile;
+  pavo::copySettings(params, profile.settings);
+  profile.settings.profileName =
+      params.getIsIAProfile() ? pavo::ProfileSettings::pavoIAName : pavo::ProfileSettings::pavoName;
+  profile.profile = {unknownId, pavo::clientView(profile.settings)};
+  return profile;
+}
+
+ChangeOutcome outcomeOf(const pavo::ModifyProfileParams& params, const CachedProfile& before,
+                        const std::optional<std::string>& textAfter) {
+  const bool isTaken = textAfter && *textAfter != before.dump;
+  return !changed(before, params) ? ChangeOutcome::unchanged
+         : isTaken                ? ChangeOutcome::changed
+                                  : ChangeOutcome::refused;
 }
 
 }  // namespace pavoctl

@@ -1,0 +1,19 @@
+#include "Policies.h"
+
+#include <array>
+#include <cstdarg>
+#include <cstdio>
+
+namespace pavo::policy {
+
+void Run::log(LineLevel level, const char* format, ...) const {
+  // The library's log cuts lines long before that.
+  std::array<char, 1024> line;
+  std::va_list arguments;
+  va_start(arguments, format);
+  std::vsnprintf(line.data(), line.size(), format, arguments);
+  va_end(arguments);
+  observer.log(level, line.data());
+}
+
+}  // namespace pavo::policy

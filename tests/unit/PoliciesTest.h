@@ -1,0 +1,71 @@
+// What a policy does on a table of profiles: every operation, every line for the log, every change.
+#pragma once
+
+#include <gmock/gmock.h>
+
+#include <functional>
+#include <initializer_list>
+
+#include "FakeProfiles.h"
+#include "ProfileBuilders.h"
+
+namespace pavo::test {
+
+class PoliciesTest : public testing::Test {
+ protected:
+  using Policy = std::function<std::string(const policy::Run& run)>;
+  using KeyPolicy = Key (*)(const policy::Run& run, const ProfileParams& params);
+
+  struct Expected {
+    /// The operations and the lines, as FakeProfiles notes them.
+    Lines lines = {};
+    /// What the modem is asked for.
+    Lines changes = {};
+    std::string result = {};
+  };
+
+  /// The modem's profiles, numbered from 1.
+  void put(const std::vector<ProfileSettings>& profiles) {
+    table.clear();
+    for (const ProfileSettings& profile : profiles) {
+      const int id = static_cast<int>(table.size()) + 1;
+      table[id] = profile;
+      table[id].profileId = id;
+    }
+  }
+
+  /// Runs the policy on the table, once for each switch.
+  void expect(const Policy& policy, const Expected& expected) const {
+    for (const bool updateAllowed : switches) {
+      SCOPED_TRACE(updateAllowed ? "updates allowed" : "updates not allowed");
+      FakeProfiles profiles;
+      profiles.table = table;
+      profiles.isRefusing = isRefusing;
+      EXPECT_EQ(policy({profiles, profiles, updateAllowed}), expected.result);
+      EXPECT_EQ(profiles.lines, expected.lines);
+      EXPECT_EQ(profiles.changes, expected.changes);
+    }
+  }
+
+  /// A policy that returns a key has a first and a last line besides.
+  void expect(const std::string& name, KeyPolicy policy, const ProfileParams& wanted,
+              Expected expected) const {
+    Lines& lines = expected.lines;
+    lines.insert(lines.begin(), "H " + name + " > " + wanted.dump());
+    lines.push_back("H " + name + " < " + expected.result);
+    expect(
+        [&](const policy::Run& run) {
+          const Key key = policy(run, wanted);
+          return key != nullptr ? key->dump() : "";
+        },
+        expected);
+  }
+
+  std::vector<bool> switches{false};
+  bool isRefusing = false;
+
+ private:
+  std::map<int, ProfileSettings> table;
+};
+
+}  // namespace pavo::test
