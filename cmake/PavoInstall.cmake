@@ -9,6 +9,7 @@ write_basic_package_version_file(${CMAKE_BINARY_DIR}/pavorConfigVersion.cmake
   COMPATIBILITY SameMajorVersion)
 install(FILES ${CMAKE_BINARY_DIR}/pavorConfig.cmake ${CMAKE_BINARY_DIR}/pavorConfigVersion.cmake
   DESTINATION ${pavo_package_dir})
+install(FILES ${PROJECT_SOURCE_DIR}/LICENSE DESTINATION ${CMAKE_INSTALL_DOCDIR})
 install(EXPORT pavorTargets NAMESPACE pavor:: DESTINATION ${pavo_package_dir})
 
 if(PAVO_ON_HOST)
