@@ -6,8 +6,8 @@
 #include <cstring>
 #include <utility>
 
-#include "File.h"
 #include "PrivateFile.h"
+#include "modem/common/File.h"
 
 namespace modem {
 

@@ -7,7 +7,7 @@
 
 #include "Poll.h"
 #include "Trace.h"
-#include "modem/EmbeddedModem.h"
+#include "modem/service/EmbeddedModem.h"
 
 namespace ovix {
 namespace {

@@ -1,4 +1,4 @@
-#include "modem/Control.h"
+#include "modem/service/Control.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

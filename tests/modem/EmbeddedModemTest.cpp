@@ -1,4 +1,4 @@
-#include "modem/EmbeddedModem.h"
+#include "modem/service/EmbeddedModem.h"
 
 #include <gtest/gtest.h>
 
@@ -8,7 +8,7 @@
 
 #include "Answers.h"
 #include "RawClient.h"
-#include "modem/ControlClient.h"
+#include "modem/client/ControlClient.h"
 
 namespace modem::test {
 namespace {

@@ -1,4 +1,4 @@
-#include "modem/FaultJson.h"
+#include "modem/faults/FaultJson.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -8,10 +8,10 @@
 
 #include "FaultEffects.h"
 #include "TemporaryFolder.h"
-#include "modem/EffectJson.h"
-#include "modem/FaultSelector.h"
-#include "modem/File.h"
-#include "modem/ProfileJson.h"
+#include "modem/common/File.h"
+#include "modem/core/ProfileJson.h"
+#include "modem/faults/EffectJson.h"
+#include "modem/faults/FaultSelector.h"
 
 namespace modem {
 namespace {

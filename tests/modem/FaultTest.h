@@ -10,7 +10,7 @@
 #include "Answers.h"
 #include "Deadline.h"
 #include "ServedModem.h"
-#include "modem/Refusal.h"
+#include "modem/core/Refusal.h"
 
 namespace modem::test {
 

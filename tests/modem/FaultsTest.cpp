@@ -1,11 +1,11 @@
-#include "modem/Faults.h"
+#include "modem/faults/Faults.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "modem/EffectJson.h"
-#include "modem/Messages.h"
-#include "modem/ProfileJson.h"
+#include "modem/core/Messages.h"
+#include "modem/core/ProfileJson.h"
+#include "modem/faults/EffectJson.h"
 
 namespace modem {
 namespace {

@@ -1,4 +1,4 @@
-#include "modem/Modem.h"
+#include "modem/core/Modem.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -13,7 +13,7 @@
 
 #include "FileMode.h"
 #include "TemporaryFolder.h"
-#include "modem/File.h"
+#include "modem/common/File.h"
 
 namespace modem {
 namespace {

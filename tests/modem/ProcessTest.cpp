@@ -20,9 +20,9 @@
 #include "Deadline.h"
 #include "RawClient.h"
 #include "TemporaryFolder.h"
-#include "modem/ControlClient.h"
 #include "modem/LocalSocket.h"
-#include "modem/Server.h"
+#include "modem/client/ControlClient.h"
+#include "modem/server/Server.h"
 
 namespace modem::test {
 namespace {

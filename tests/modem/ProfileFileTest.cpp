@@ -1,4 +1,4 @@
-#include "modem/ProfileFile.h"
+#include "modem/core/ProfileFile.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -8,7 +8,7 @@
 
 #include "FileMode.h"
 #include "TemporaryFolder.h"
-#include "modem/Store.h"
+#include "modem/core/Store.h"
 
 namespace modem {
 namespace {

@@ -1,4 +1,4 @@
-#include "modem/ProfileJson.h"
+#include "modem/core/ProfileJson.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

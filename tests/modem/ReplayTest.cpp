@@ -1,5 +1,5 @@
 // A trace, served again to clients on the wire.
-#include "modem/Replay.h"
+#include "modem/trace/Replay.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

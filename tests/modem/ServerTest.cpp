@@ -1,4 +1,4 @@
-#include "modem/Server.h"
+#include "modem/server/Server.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -1,4 +1,4 @@
-#include "modem/Trace.h"
+#include "modem/trace/Trace.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -10,7 +10,7 @@
 #include "FileMode.h"
 #include "Payloads.h"
 #include "TemporaryFolder.h"
-#include "modem/TraceSessions.h"
+#include "modem/trace/TraceSessions.h"
 
 namespace modem::test {
 namespace {

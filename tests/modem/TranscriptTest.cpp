@@ -1,10 +1,10 @@
-#include "modem/Transcript.h"
+#include "modem/trace/Transcript.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include "Payloads.h"
-#include "modem/ProfileJson.h"
+#include "modem/core/ProfileJson.h"
 
 namespace modem::test {
 namespace {

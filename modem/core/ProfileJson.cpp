@@ -1,0 +1,177 @@
+#include "modem/core/ProfileJson.h"
+
+#include <algorithm>
+#include <limits>
+#include <type_traits>
+
+namespace modem {
+
+using nlohmann::json;
+
+namespace {
+
+bool isUtf8(std::string_view text) {
+  try {
+    json(text).dump();
+    return true;
+  } catch (const json::type_error&) {
+    return false;
+  }
+}
+
+int hexDigit(char c) {
+  constexpr std::string_view digits = "0123456789abcdef";
+  const auto at = digits.find(c);
+  return at == std::string_view::npos ? -1 : static_cast<int>(at);
+}
+
+std::string textFromHex(const json& value, const std::string& what) {
+  const std::string hex = value.is_string() ? value.get<std::string>() : "?";
+  std::string text;
+  for (size_t i = 0; i < hex.size(); i += 2) {
+    const int high = hexDigit(hex[i]);
+    const int low = i + 1 < hex.size() ? hexDigit(hex[i + 1]) : -1;
+    if (high < 0 || low < 0) {
+      throw JsonError(what + ".hex has to be pairs of the digits 0-9 and a-f");
+    }
+    text.push_back(static_cast<char>(high * 16 + low));
+  }
+  return text;
+}
+
+std::string textFromJson(const json& value, const std::string& what) {
+  if (value.is_object() && value.size() == 1 && value.contains("hex")) {
+    return textFromHex(value["hex"], what);
+  }
+  if (!value.is_string()) {
+    throw JsonError(what + " has to be a text");
+  }
+  return value.get<std::string>();
+}
+
+uint32_t choiceFromJson(const json& value, const Setting& setting) {
+  const std::string what(setting.name);
+  if (!value.is_string()) {
+    return static_cast<uint32_t>(numberFromJson(value, std::numeric_limits<uint32_t>::max(), what));
+  }
+  std::string known;
+  for (const Choice& choice : setting.choices) {
+    if (value.get_ref<const std::string&>() == choice.name) {
+      return choice.value;
+    }
+    known += known.empty() ? "" : ", ";
+    known += choice.name;
+  }
+  throw JsonError(what + " has to be one of " + known);
+}
+
+template <typename Value>
+Value settingFromJson(const json& value, const Setting& setting) {
+  const std::string what(setting.name);
+  if constexpr (std::is_same_v<Value, std::string>) {
+    return textFromJson(value, what);
+  } else {
+    if (setting.isFlag && value.is_boolean()) {
+      return static_cast<Value>(value.get<bool>() ? 1 : 0);
+    }
+    if (!setting.choices.empty()) {
+      return static_cast<Value>(choiceFromJson(value, setting));
+    }
+    return static_cast<Value>(numberFromJson(value, std::numeric_limits<Value>::max(), what));
+  }
+}
+
+template <typename Value>
+json settingToJson(const Value& value, const Setting& setting) {
+  if constexpr (std::is_same_v<Value, std::string>) {
+    return textToJson(value);
+  } else {
+    for (const Choice& choice : setting.choices) {
+      if (choice.value == value) {
+        return choice.name;
+      }
+    }
+    if (setting.isFlag && value <= 1) {
+      return value == 1;
+    }
+    return value;
+  }
+}
+
+}  // namespace
+
+json toJson(const Profile& profile) {
+  json object = json::object();
+  forEachSetting(
+      [&object](const Setting& setting, const auto& value) {
+        if (value) {
+          object[std::string(setting.name)] = settingToJson(*value, setting);
+        }
+      },
+      profile);
+  return object;
+}
+
+Profile profileFromJson(const json& object) {
+  Profile profile;
+  forEachSetting(
+      [&object]<typename Value>(const Setting& setting, std::optional<Value>& value) {
+        const auto member = object.find(std::string(setting.name));
+        if (member != object.end()) {
+          value = settingFromJson<Value>(*member, setting);
+        }
+      },
+      profile);
+  return profile;
+}
+
+bool isSettingName(std::string_view name) {
+  bool found = false;
+  Profile any;
+  forEachSetting([&](const Setting& setting, auto&) { found = found || setting.name == name; },
+                 any);
+  return found;
+}
+
+json textToJson(std::string_view text) {
+  if (isUtf8(text)) {
+    return text;
+  }
+  return json{{"hex", hexOf({reinterpret_cast<const uint8_t*>(text.data()), text.size()})}};
+}
+
+std::string hexOf(std::span<const uint8_t> bytes) {
+  constexpr std::string_view digits = "0123456789abcdef";
+  std::string hex;
+  hex.reserve(2 * bytes.size());
+  for (const uint8_t byte : bytes) {
+    hex.push_back(digits[byte >> 4]);
+    hex.push_back(digits[byte & 0xF]);
+  }
+  return hex;
+}
+
+uint64_t numberFromJson(const json& value, uint64_t max, const std::string& what) {
+  // A number that a program put in may be of the signed kind, whatever its value.
+  const bool isWhole =
+      value.is_number_unsigned() || (value.is_number_integer() && value.get<int64_t>() >= 0);
+  if (!isWhole || value.get<uint64_t>() > max) {
+    throw JsonError(what + " has to be a whole number from 0 to " + std::to_string(max));
+  }
+  return value.get<uint64_t>();
+}
+
+uint32_t countFromJson(const json& value, uint64_t max, const std::string& what) {
+  const uint64_t count = numberFromJson(value, max, what);
+  if (count == 0) {
+    throw JsonError(what + " has to be at least 1");
+  }
+  return static_cast<uint32_t>(count);
+}
+
+std::string dumpLine(const json& value) {
+  return value.dump(/*indent=*/-1, /*indent_char=*/' ', /*ensure_ascii=*/false,
+                    json::error_handler_t::replace);
+}
+
+}  // namespace modem
