@@ -13,7 +13,7 @@ namespace modem {
 std::string readFile(const std::string& path) {
   auto text = readFileIfAny(path);
   if (!text) {
-    throw FileError(path + ": " + std::strerror(ENOENT));
+    throw Error(path + ": " + std::strerror(ENOENT));
   }
   return std::move(*text);
 }
@@ -30,7 +30,7 @@ std::optional<std::string> readFileIfAny(const std::string& path) {
     text.append(chunk, static_cast<size_t>(count));
   }
   if (count < 0) {
-    throw FileError(path + ": cannot read: " + std::strerror(errno));
+    throw Error(path + ": cannot read: " + std::strerror(errno));
   }
   return text;
 }

@@ -2,18 +2,15 @@
 #pragma once
 
 #include <optional>
-#include <stdexcept>
 #include <string>
+
+#include "modem/common/Error.h"
 
 namespace modem {
 
-// What is wrong with a file, in one line that names the file and the place.
-class FileError : public std::runtime_error {
- public:
-  using std::runtime_error::runtime_error;
-};
+using FileError = Error;
 
-// Throws FileError when it is not there or cannot be read.
+// Throws Error when it is not there or cannot be read.
 std::string readFile(const std::string& path);
 
 // Empty when it is not there.

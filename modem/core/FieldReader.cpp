@@ -8,15 +8,13 @@ namespace modem {
 
 namespace {
 
-constexpr size_t fieldHeaderBytes = 3;
-
 [[noreturn]] void refuseMalformed(const std::string& detail) {
   throw Refusal(ErrorCode::MalformedMessage, detail);
 }
 
 }  // namespace
 
-uint64_t numberFrom(std::span<const uint8_t> bytes) {
+uint64_t numberFrom(ByteView bytes) {
   uint64_t value = 0;
   for (size_t i = 0; i < bytes.size(); ++i) {
     value |= static_cast<uint64_t>(bytes[i]) << (8 * i);
@@ -30,7 +28,7 @@ std::string fieldName(uint8_t tag) {
   return name;
 }
 
-FieldReader::FieldReader(std::span<const uint8_t> payload) {
+FieldReader::FieldReader(ByteView payload) {
   while (!payload.empty()) {
     if (payload.size() < fieldHeaderBytes) {
       refuseMalformed("the message ends inside a field's header");
@@ -49,9 +47,7 @@ FieldReader::FieldReader(std::span<const uint8_t> payload) {
   }
 }
 
-std::optional<std::span<const uint8_t>> FieldReader::bytes(uint8_t tag) const {
-  return values[tag];
-}
+std::optional<ByteView> FieldReader::bytes(uint8_t tag) const { return values[tag]; }
 
 std::optional<std::string> FieldReader::text(uint8_t tag) const {
   if (!values[tag]) {

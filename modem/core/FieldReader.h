@@ -13,12 +13,16 @@
 
 namespace modem {
 
+using ByteView = std::span<const uint8_t>;
+
+inline constexpr size_t fieldHeaderBytes = 3;
+
 class FieldReader {
  public:
-  explicit FieldReader(std::span<const uint8_t> payload);
+  explicit FieldReader(ByteView payload);
 
   // Empty when the payload has no such field.
-  std::optional<std::span<const uint8_t>> bytes(uint8_t tag) const;
+  std::optional<ByteView> bytes(uint8_t tag) const;
   std::optional<std::string> text(uint8_t tag) const;
   std::optional<int32_t> i32(uint8_t tag) const;
 
@@ -32,11 +36,11 @@ class FieldReader {
  private:
   std::optional<uint64_t> numberOfWidth(uint8_t tag, size_t width) const;
 
-  std::array<std::optional<std::span<const uint8_t>>, 256> values;
+  std::array<std::optional<ByteView>, 256> values;
 };
 
 // Little-endian, of 1 to 8 bytes.
-uint64_t numberFrom(std::span<const uint8_t> bytes);
+uint64_t numberFrom(ByteView bytes);
 
 // As a message names a tag: "field 0x1F".
 std::string fieldName(uint8_t tag);

@@ -8,6 +8,8 @@
 
 namespace modem {
 
+using Bytes = std::vector<uint8_t>;
+
 class FieldWriter {
  public:
   // Number is an unsigned integer or int32_t; it is written in its own width.
@@ -21,10 +23,10 @@ class FieldWriter {
   void bytes(uint8_t tag, std::span<const uint8_t> value);
   void result(int32_t result, int32_t error);
 
-  std::vector<uint8_t> take() { return std::move(payload); }
+  Bytes take() { return std::move(payload); }
 
   template <typename Number>
-  static void appendNumber(std::vector<uint8_t>& out, Number value) {
+  static void appendNumber(Bytes& out, Number value) {
     const auto wide = static_cast<uint64_t>(value);
     for (size_t i = 0; i < sizeof value; ++i) {
       out.push_back(static_cast<uint8_t>(wide >> (8 * i)));
@@ -34,7 +36,7 @@ class FieldWriter {
  private:
   void begin(uint8_t tag, size_t length);
 
-  std::vector<uint8_t> payload;
+  Bytes payload;
 };
 
 }  // namespace modem

@@ -8,15 +8,15 @@ namespace modem {
 namespace {
 
 constexpr std::array<MessageName, 9> allMessageNames = {{
-    {indicationRegister, "indication-register"},
-    {createProfile, "create-profile"},
-    {modifyProfile, "modify-profile"},
-    {deleteProfile, "delete-profile"},
-    {profileList, "profile-list"},
-    {profileSettings, "profile-settings"},
-    {configureEvents, "configure-events"},
-    {bindSubscription, "bind-subscription"},
-    {profileChanged, "profile-changed"},
+    {MessageId::IndicationRegister, "indication-register"},
+    {MessageId::CreateProfile, "create-profile"},
+    {MessageId::ModifyProfile, "modify-profile"},
+    {MessageId::DeleteProfile, "delete-profile"},
+    {MessageId::ProfileList, "profile-list"},
+    {MessageId::ProfileSettings, "profile-settings"},
+    {MessageId::ConfigureEvents, "configure-events"},
+    {MessageId::BindSubscription, "bind-subscription"},
+    {MessageId::ProfileChanged, "profile-changed"},
 }};
 
 constexpr std::array<EventName, 5> allEventNames = {{
@@ -33,18 +33,18 @@ std::span<const EventName> eventNames() { return allEventNames; }
 
 std::span<const MessageName> messageNames() { return allMessageNames; }
 
-std::string messageName(uint16_t id) {
+std::string messageName(MessageId id) {
   for (const MessageName& known : allMessageNames) {
     if (known.id == id) {
       return std::string(known.name);
     }
   }
   char number[8];
-  std::snprintf(number, sizeof number, "0x%04X", static_cast<unsigned>(id));
+  std::snprintf(number, sizeof number, "0x%04X", static_cast<unsigned>(numberOf(id)));
   return number;
 }
 
-std::optional<uint16_t> messageIdOf(std::string_view name) {
+std::optional<MessageId> messageIdOf(std::string_view name) {
   for (const MessageName& known : allMessageNames) {
     if (known.name == name) {
       return known.id;

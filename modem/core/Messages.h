@@ -13,22 +13,25 @@
 
 namespace modem {
 
-enum MessageId : uint16_t {
-  indicationRegister = 0x0003,
-  createProfile = 0x0027,
-  modifyProfile = 0x0028,
-  deleteProfile = 0x0029,
-  profileList = 0x002A,
-  profileSettings = 0x002B,
-  configureEvents = 0x00A7,
-  profileChanged = 0x00A8,
-  bindSubscription = 0x00AF,
+enum class MessageId : uint16_t {
+  IndicationRegister = 0x0003,
+  CreateProfile = 0x0027,
+  ModifyProfile = 0x0028,
+  DeleteProfile = 0x0029,
+  ProfileList = 0x002A,
+  ProfileSettings = 0x002B,
+  ConfigureEvents = 0x00A7,
+  ProfileChanged = 0x00A8,
+  BindSubscription = 0x00AF,
 };
 
-// Tags of the fields that are not profile settings; Profile.h has those.
+constexpr uint16_t numberOf(MessageId id) { return static_cast<uint16_t>(id); }
+
+// The tags of the fields. Settings have the same tags in every message; the other fields of a
+// message may share a tag with a setting that the message does not have.
 enum FieldTag : uint8_t {
-  tagProfile = 0x01,  // profile type of a create, profile id of the others
-  tagResult = 0x02,   // of every response
+  tagProfile = 0x01,  // profile type in a create request, profile id in the others
+  tagResult = 0x02,   // in every response
   tagAnswer = 0x03,   // the id or the list in a response
   tagBindSubscription = 0x01,
   tagListType = 0x10,
@@ -36,6 +39,25 @@ enum FieldTag : uint8_t {
   tagReportSwitch = 0x11,
   tagChangedProfile = 0x10,
   tagReportEvents = 0x20,
+
+  tagName = 0x10,
+  tagPdpType = 0x11,
+  tagApn = 0x12,
+  tagUser = 0x13,
+  tagPassword = 0x14,
+  tagAuth = 0x15,
+  tagDisabled = 0x16,
+  tagApnClass = 0x17,
+  tagEmergency = 0x18,
+  tagMaxPdnPerBlock = 0x19,
+  tagMaxPdnTimer = 0x1A,
+  tagPdnWaitInterval = 0x1B,
+  tagLteRoam = 0x1C,
+  tagUmtsRoam = 0x1D,
+  tagOverrideHome = 0x1E,
+  tagPersistent = 0x1F,
+  tagApnTypes = 0x20,
+  tagClat = 0x21,
 };
 
 enum class ErrorCode : int32_t {
@@ -70,7 +92,7 @@ inline constexpr int32_t resultSuccess = 0;
 inline constexpr int32_t resultFailure = 1;
 
 struct MessageName {
-  uint16_t id;
+  MessageId id;
   std::string_view name;
 };
 
@@ -78,8 +100,8 @@ struct MessageName {
 std::span<const MessageName> messageNames();
 
 // The name of a message, or its number as 0x1234 when it has none.
-std::string messageName(uint16_t id);
-std::optional<uint16_t> messageIdOf(std::string_view name);
+std::string messageName(MessageId id);
+std::optional<MessageId> messageIdOf(std::string_view name);
 
 std::string_view errorName(ErrorCode code);
 

@@ -24,8 +24,8 @@ ProfilesByIndex persistentOf(const ProfilesByIndex& profiles) {
   return found;
 }
 
-std::vector<uint8_t> eventPayload(const ProfileEvent& event) {
-  std::vector<uint8_t> value;
+Bytes eventPayload(const ProfileEvent& event) {
+  Bytes value;
   FieldWriter::appendNumber(value, profileType3gpp);
   FieldWriter::appendNumber(value, event.index);
   FieldWriter::appendNumber(value, event.event);
@@ -34,7 +34,7 @@ std::vector<uint8_t> eventPayload(const ProfileEvent& event) {
   return fields.take();
 }
 
-std::vector<uint8_t> refusalPayload(ErrorCode code) {
+Bytes refusalPayload(ErrorCode code) {
   FieldWriter fields;
   fields.result(resultFailure, static_cast<int32_t>(code));
   return fields.take();
@@ -55,13 +55,14 @@ void requireType3gpp(uint64_t type) {
   }
 }
 
-bool isConfiguration(uint16_t messageId) {
-  return messageId == indicationRegister || messageId == configureEvents ||
-         messageId == bindSubscription;
+bool isConfiguration(MessageId messageId) {
+  return messageId == MessageId::IndicationRegister || messageId == MessageId::ConfigureEvents ||
+         messageId == MessageId::BindSubscription;
 }
 
-bool isEdit(uint16_t messageId) {
-  return messageId == createProfile || messageId == modifyProfile || messageId == deleteProfile;
+bool isEdit(MessageId messageId) {
+  return messageId == MessageId::CreateProfile || messageId == MessageId::ModifyProfile ||
+         messageId == MessageId::DeleteProfile;
 }
 
 }  // namespace
@@ -96,7 +97,7 @@ json Modem::clientsToJson() const {
   return list;
 }
 
-Outcome Modem::handle(ClientNumber number, uint16_t messageId, std::span<const uint8_t> payload) {
+Outcome Modem::handle(ClientNumber number, MessageId messageId, ByteView payload) {
   Outcome outcome;
   const auto found = clients.find(number);
   if (!on || found == clients.end()) {
@@ -198,27 +199,27 @@ bool Modem::Client::wants(const ProfileEvent& event) const {
          });
 }
 
-void Modem::dispatch(Client& client, uint16_t messageId, const FieldReader& fields,
+void Modem::dispatch(Client& client, MessageId messageId, const FieldReader& fields,
                      FieldWriter& answer, std::vector<Indication>& indications) {
   if (isConfiguration(messageId)) {
     configureClient(client, messageId, fields);
   } else if (isEdit(messageId)) {
     editProfile(messageId, fields, answer, indications);
-  } else if (messageId == profileList) {
+  } else if (messageId == MessageId::ProfileList) {
     writeList(fields, answer);
-  } else if (messageId == profileSettings) {
+  } else if (messageId == MessageId::ProfileSettings) {
     writeSettings(answer, *table.find(readProfileIndex(fields)));
   } else {
     throw Refusal(ErrorCode::NotSupported, "no message " + messageName(messageId));
   }
 }
 
-void Modem::configureClient(Client& client, uint16_t messageId, const FieldReader& fields) {
-  if (messageId == bindSubscription) {
+void Modem::configureClient(Client& client, MessageId messageId, const FieldReader& fields) {
+  if (messageId == MessageId::BindSubscription) {
     client.subscription = required(fields.i32(tagBindSubscription), tagBindSubscription);
     return;
   }
-  if (messageId == indicationRegister) {
+  if (messageId == MessageId::IndicationRegister) {
     client.eventsOn = fields.number<uint8_t>(tagReportEvents).value_or(client.eventsOn) != 0;
     return;
   }
@@ -240,14 +241,14 @@ void Modem::configureClient(Client& client, uint16_t messageId, const FieldReade
   client.reportOn = reportSwitch.value_or(client.reportOn) != 0;
 }
 
-void Modem::editProfile(uint16_t messageId, const FieldReader& fields, FieldWriter& answer,
+void Modem::editProfile(MessageId messageId, const FieldReader& fields, FieldWriter& answer,
                         std::vector<Indication>& indications) {
   // All values are read before the id is judged: a message that is malformed anywhere is malformed.
-  Profile settings = messageId == deleteProfile ? Profile{} : readSettings(fields);
-  if (messageId == createProfile) {
+  Profile settings = messageId == MessageId::DeleteProfile ? Profile{} : readSettings(fields);
+  if (messageId == MessageId::CreateProfile) {
     requireType3gpp(required(fields.number<uint32_t>(tagProfile), tagProfile));
     Created created = create(std::move(settings));
-    std::vector<uint8_t> id;
+    Bytes id;
     FieldWriter::appendNumber(id, profileType3gpp);
     FieldWriter::appendNumber(id, created.index);
     answer.bytes(tagAnswer, id);
@@ -255,12 +256,12 @@ void Modem::editProfile(uint16_t messageId, const FieldReader& fields, FieldWrit
     return;
   }
   const uint8_t index = readProfileIndex(fields);
-  indications = messageId == modifyProfile ? modify(index, settings) : erase(index);
+  indications = messageId == MessageId::ModifyProfile ? modify(index, settings) : erase(index);
 }
 
 void Modem::writeList(const FieldReader& fields, FieldWriter& answer) const {
   requireType3gpp(fields.number<uint32_t>(tagListType).value_or(profileType3gpp));
-  std::vector<uint8_t> list;
+  Bytes list;
   FieldWriter::appendNumber(list, static_cast<uint16_t>(table.all().size()));
   for (const auto& [index, profile] : table.all()) {
     const std::string name = profile.name.value_or("");
@@ -313,7 +314,7 @@ void Modem::commit(ProfileTable changed, bool isPersistentChange) {
   if (store && isPersistentChange) {
     try {
       store->save(changed.persistent());
-    } catch (const FileError& error) {
+    } catch (const Error& error) {
       throw Refusal(ErrorCode::Internal, error.what());
     }
   }

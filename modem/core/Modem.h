@@ -36,12 +36,12 @@ struct ProfileEvent {
 struct Indication {
   ClientNumber client;
   uint32_t event;
-  std::vector<uint8_t> payload;
+  Bytes payload;
 };
 
 // What a request led to; the response goes out before the indications.
 struct Outcome {
-  std::vector<uint8_t> response;
+  Bytes response;
   std::vector<Indication> indications;
 };
 
@@ -54,7 +54,7 @@ class Modem {
     std::optional<uint32_t> boot = {};  // the first boot number; empty: a random one
   };
 
-  // Powers up. Throws FileError when the store cannot be read or written.
+  // Powers up. Throws Error when the store cannot be read or written.
   explicit Modem(Options options);
 
   bool isOn() const { return on; }
@@ -68,7 +68,7 @@ class Modem {
   // Every client by number, with what it has registered for.
   nlohmann::json clientsToJson() const;
 
-  Outcome handle(ClientNumber number, uint16_t messageId, std::span<const uint8_t> payload);
+  Outcome handle(ClientNumber number, MessageId messageId, ByteView payload);
 
   // Edits by somebody who is no client; all registered clients are told. They throw Refusal.
   struct Created {
@@ -82,7 +82,7 @@ class Modem {
   std::vector<Indication> raise(ProfileEvent event) const;
 
   // Forgets all clients and what is not persistent. When the store cannot be read it throws
-  // FileError and the modem stays on.
+  // Error and the modem stays on.
   void powerOff();
   void powerUp();
 
@@ -102,10 +102,10 @@ class Modem {
     bool wants(const ProfileEvent& event) const;
   };
 
-  void dispatch(Client& client, uint16_t messageId, const FieldReader& fields, FieldWriter& answer,
+  void dispatch(Client& client, MessageId messageId, const FieldReader& fields, FieldWriter& answer,
                 std::vector<Indication>& indications);
-  void configureClient(Client& client, uint16_t messageId, const FieldReader& fields);
-  void editProfile(uint16_t messageId, const FieldReader& fields, FieldWriter& answer,
+  void configureClient(Client& client, MessageId messageId, const FieldReader& fields);
+  void editProfile(MessageId messageId, const FieldReader& fields, FieldWriter& answer,
                    std::vector<Indication>& indications);
   void writeList(const FieldReader& fields, FieldWriter& answer) const;
   void requireProfile(uint8_t index) const;

@@ -14,6 +14,7 @@
 
 #include "modem/core/FieldReader.h"
 #include "modem/core/FieldWriter.h"
+#include "modem/core/Messages.h"
 
 namespace modem {
 
@@ -56,6 +57,8 @@ struct Setting {
   bool isFlag = false;  // any number but 0 is true and is kept as given
 };
 
+inline constexpr size_t nameBytesMax = 50;
+
 std::span<const Choice> pdpTypeChoices();
 std::span<const Choice> commonPdpTypeChoices();
 
@@ -65,24 +68,24 @@ void forEachSetting(Visit&& visit, Profiles&... profiles) {
   const auto pdp = pdpTypeChoices();
   const auto common = commonPdpTypeChoices();
   // clang-format off
-  visit(Setting{.tag = 0x10, .name = "name", .textBytesMax = 50}, profiles.name...);
-  visit(Setting{.tag = 0x11, .name = "pdpType", .choices = pdp}, profiles.pdpType...);
-  visit(Setting{.tag = 0x12, .name = "apn", .textBytesMax = 150}, profiles.apn...);
-  visit(Setting{.tag = 0x13, .name = "user", .textBytesMax = 127}, profiles.user...);
-  visit(Setting{.tag = 0x14, .name = "password", .textBytesMax = 127}, profiles.password...);
-  visit(Setting{.tag = 0x15, .name = "auth"}, profiles.auth...);
-  visit(Setting{.tag = 0x16, .name = "disabled", .isFlag = true}, profiles.disabled...);
-  visit(Setting{.tag = 0x17, .name = "class"}, profiles.apnClass...);
-  visit(Setting{.tag = 0x18, .name = "emergency", .isFlag = true}, profiles.emergency...);
-  visit(Setting{.tag = 0x19, .name = "maxPdnPerBlock"}, profiles.maxPdnPerBlock...);
-  visit(Setting{.tag = 0x1A, .name = "maxPdnTimer"}, profiles.maxPdnTimer...);
-  visit(Setting{.tag = 0x1B, .name = "pdnWaitInterval"}, profiles.pdnWaitInterval...);
-  visit(Setting{.tag = 0x1C, .name = "lteRoam", .choices = common}, profiles.lteRoam...);
-  visit(Setting{.tag = 0x1D, .name = "umtsRoam", .choices = common}, profiles.umtsRoam...);
-  visit(Setting{.tag = 0x1E, .name = "overrideHome", .choices = common}, profiles.overrideHome...);
-  visit(Setting{.tag = 0x1F, .name = "persistent", .isFlag = true}, profiles.persistent...);
-  visit(Setting{.tag = 0x20, .name = "apnTypes"}, profiles.apnTypes...);
-  visit(Setting{.tag = 0x21, .name = "clat", .isFlag = true}, profiles.clat...);
+  visit(Setting{.tag = tagName, .name = "name", .textBytesMax = nameBytesMax}, profiles.name...);
+  visit(Setting{.tag = tagPdpType, .name = "pdpType", .choices = pdp}, profiles.pdpType...);
+  visit(Setting{.tag = tagApn, .name = "apn", .textBytesMax = 150}, profiles.apn...);
+  visit(Setting{.tag = tagUser, .name = "user", .textBytesMax = 127}, profiles.user...);
+  visit(Setting{.tag = tagPassword, .name = "password", .textBytesMax = 127}, profiles.password...);
+  visit(Setting{.tag = tagAuth, .name = "auth"}, profiles.auth...);
+  visit(Setting{.tag = tagDisabled, .name = "disabled", .isFlag = true}, profiles.disabled...);
+  visit(Setting{.tag = tagApnClass, .name = "class"}, profiles.apnClass...);
+  visit(Setting{.tag = tagEmergency, .name = "emergency", .isFlag = true}, profiles.emergency...);
+  visit(Setting{.tag = tagMaxPdnPerBlock, .name = "maxPdnPerBlock"}, profiles.maxPdnPerBlock...);
+  visit(Setting{.tag = tagMaxPdnTimer, .name = "maxPdnTimer"}, profiles.maxPdnTimer...);
+  visit(Setting{.tag = tagPdnWaitInterval, .name = "pdnWaitInterval"}, profiles.pdnWaitInterval...);
+  visit(Setting{.tag = tagLteRoam, .name = "lteRoam", .choices = common}, profiles.lteRoam...);
+  visit(Setting{.tag = tagUmtsRoam, .name = "umtsRoam", .choices = common}, profiles.umtsRoam...);
+  visit(Setting{.tag = tagOverrideHome, .name = "overrideHome", .choices = common}, profiles.overrideHome...);
+  visit(Setting{.tag = tagPersistent, .name = "persistent", .isFlag = true}, profiles.persistent...);
+  visit(Setting{.tag = tagApnTypes, .name = "apnTypes"}, profiles.apnTypes...);
+  visit(Setting{.tag = tagClat, .name = "clat", .isFlag = true}, profiles.clat...);
   // clang-format on
 }
 

@@ -19,41 +19,37 @@ struct Entry {
   Profile profile;
 };
 
-JsonError unknownMember(const std::string& place, const std::string& name) {
-  return JsonError(place + " has the unknown member \"" + name + "\"");
-}
-
 Entry readEntry(const json& object, const std::string& place, size_t capacity) {
   if (!object.is_object()) {
-    throw JsonError(place + " has to be an object");
+    throw Error(place + " has to be an object");
   }
   Entry entry{.place = place, .index = std::nullopt, .profile = {}};
   for (const auto& [name, value] : object.items()) {
     if (name == "index") {
       const uint64_t index = numberFromJson(value, capacity, place + ".index");
       if (index == 0) {
-        throw JsonError(place + ".index is 0, indices start at 1");
+        throw Error(place + ".index is 0, indices start at 1");
       }
       entry.index = static_cast<uint8_t>(index);
     } else if (!isSettingName(name)) {
-      throw unknownMember(place, name);
+      throw Error(place + " has the unknown member \"" + name + "\"");
     }
   }
   try {
     entry.profile = profileFromJson(object);
     checkSettings(entry.profile);
   } catch (const std::runtime_error& error) {
-    throw JsonError(place + "." + error.what());
+    throw Error(place + "." + error.what());
   }
   return entry;
 }
 
 std::vector<Entry> readEntries(const json& document, size_t capacity) {
   if (!document.is_object() || !document.contains("profiles") || !document["profiles"].is_array()) {
-    throw JsonError("the file has to be an object with the list \"profiles\"");
+    throw Error("the file has to be an object with the list \"profiles\"");
   }
   if (document.size() != 1) {
-    throw JsonError("the file has members other than \"profiles\"");
+    throw Error("the file has members other than \"profiles\"");
   }
   std::vector<Entry> entries;
   for (const json& object : document["profiles"]) {
@@ -68,8 +64,8 @@ ProfilesByIndex numbered(std::vector<Entry> entries, size_t capacity) {
   for (Entry& entry : entries) {
     if (entry.index) {
       if (!table.isFree(*entry.index)) {
-        throw JsonError(entry.place + ".index " + std::to_string(*entry.index) +
-                        " is that of another profile");
+        throw Error(entry.place + ".index " + std::to_string(*entry.index) +
+                    " is that of another profile");
       }
       table.put(*entry.index, entry.profile);
     }
@@ -78,7 +74,7 @@ ProfilesByIndex numbered(std::vector<Entry> entries, size_t capacity) {
     if (!entry.index) {
       const auto index = table.lowestFreeIndex();
       if (!index) {
-        throw JsonError(entry.place + " does not fit, the capacity is " + std::to_string(capacity));
+        throw Error(entry.place + " does not fit, the capacity is " + std::to_string(capacity));
       }
       table.put(*index, entry.profile);
     }
@@ -93,13 +89,9 @@ std::optional<ProfilesByIndex> readProfileFile(const std::string& path, size_t c
   if (!text) {
     return std::nullopt;
   }
-  try {
-    return numbered(readEntries(json::parse(*text), capacity), capacity);
-  } catch (const json::exception& error) {
-    throw FileError(path + ": " + error.what());
-  } catch (const JsonError& error) {
-    throw FileError(path + ": " + error.what());
-  }
+  return readJson(path, *text, [capacity](const json& document) {
+    return numbered(readEntries(document, capacity), capacity);
+  });
 }
 
 std::string profileFileText(const ProfilesByIndex& profiles) {

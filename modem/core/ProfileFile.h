@@ -11,7 +11,7 @@
 namespace modem {
 
 // Every profile has an index from 1 to the capacity, its own or else the lowest that no other one
-// asks for. Empty when there is no such file; FileError when it cannot be read or is wrong.
+// asks for. Empty when there is no such file; Error when it cannot be read or is wrong.
 std::optional<ProfilesByIndex> readProfileFile(const std::string& path, size_t capacity);
 
 std::string profileFileText(const ProfilesByIndex& profiles);

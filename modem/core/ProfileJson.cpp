@@ -32,7 +32,7 @@ std::string textFromHex(const json& value, const std::string& what) {
     const int high = hexDigit(hex[i]);
     const int low = i + 1 < hex.size() ? hexDigit(hex[i + 1]) : -1;
     if (high < 0 || low < 0) {
-      throw JsonError(what + ".hex has to be pairs of the digits 0-9 and a-f");
+      throw Error(what + ".hex has to be pairs of the digits 0-9 and a-f");
     }
     text.push_back(static_cast<char>(high * 16 + low));
   }
@@ -44,7 +44,7 @@ std::string textFromJson(const json& value, const std::string& what) {
     return textFromHex(value["hex"], what);
   }
   if (!value.is_string()) {
-    throw JsonError(what + " has to be a text");
+    throw Error(what + " has to be a text");
   }
   return value.get<std::string>();
 }
@@ -59,10 +59,9 @@ uint32_t choiceFromJson(const json& value, const Setting& setting) {
     if (value.get_ref<const std::string&>() == choice.name) {
       return choice.value;
     }
-    known += known.empty() ? "" : ", ";
-    known += choice.name;
+    appendName(known, choice.name);
   }
-  throw JsonError(what + " has to be one of " + known);
+  throw Error(what + " has to be one of " + known);
 }
 
 template <typename Value>
@@ -138,40 +137,6 @@ json textToJson(std::string_view text) {
     return text;
   }
   return json{{"hex", hexOf({reinterpret_cast<const uint8_t*>(text.data()), text.size()})}};
-}
-
-std::string hexOf(std::span<const uint8_t> bytes) {
-  constexpr std::string_view digits = "0123456789abcdef";
-  std::string hex;
-  hex.reserve(2 * bytes.size());
-  for (const uint8_t byte : bytes) {
-    hex.push_back(digits[byte >> 4]);
-    hex.push_back(digits[byte & 0xF]);
-  }
-  return hex;
-}
-
-uint64_t numberFromJson(const json& value, uint64_t max, const std::string& what) {
-  // A number that a program put in may be of the signed kind, whatever its value.
-  const bool isWhole =
-      value.is_number_unsigned() || (value.is_number_integer() && value.get<int64_t>() >= 0);
-  if (!isWhole || value.get<uint64_t>() > max) {
-    throw JsonError(what + " has to be a whole number from 0 to " + std::to_string(max));
-  }
-  return value.get<uint64_t>();
-}
-
-uint32_t countFromJson(const json& value, uint64_t max, const std::string& what) {
-  const uint64_t count = numberFromJson(value, max, what);
-  if (count == 0) {
-    throw JsonError(what + " has to be at least 1");
-  }
-  return static_cast<uint32_t>(count);
-}
-
-std::string dumpLine(const json& value) {
-  return value.dump(/*indent=*/-1, /*indent_char=*/' ', /*ensure_ascii=*/false,
-                    json::error_handler_t::replace);
 }
 
 }  // namespace modem

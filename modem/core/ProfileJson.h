@@ -5,22 +5,14 @@
 // flags are true, false or a number.
 #pragma once
 
-#include <cstdint>
 #include <nlohmann/json.hpp>
-#include <span>
-#include <stdexcept>
 #include <string>
 #include <string_view>
 
+#include "modem/common/Json.h"
 #include "modem/core/Profile.h"
 
 namespace modem {
-
-// What is wrong with a piece of JSON, in one line that names the member.
-class JsonError : public std::runtime_error {
- public:
-  using std::runtime_error::runtime_error;
-};
 
 nlohmann::json toJson(const Profile& profile);
 
@@ -30,15 +22,5 @@ Profile profileFromJson(const nlohmann::json& object);
 bool isSettingName(std::string_view name);
 
 nlohmann::json textToJson(std::string_view text);
-std::string hexOf(std::span<const uint8_t> bytes);
-
-// A whole number of at most `max`; JsonError names `what` when value is anything else.
-uint64_t numberFromJson(const nlohmann::json& value, uint64_t max, const std::string& what);
-
-// The same from 1 on.
-uint32_t countFromJson(const nlohmann::json& value, uint64_t max, const std::string& what);
-
-// One line of JSON; whatever is no UTF-8 in it is replaced, so that this cannot fail.
-std::string dumpLine(const nlohmann::json& value);
 
 }  // namespace modem

@@ -2,17 +2,17 @@
 // and one line for the people who ask over the control channel.
 #pragma once
 
-#include <stdexcept>
 #include <string>
 
+#include "modem/common/Error.h"
 #include "modem/core/Messages.h"
 
 namespace modem {
 
-class Refusal : public std::runtime_error {
+class Refusal : public Error {
  public:
   Refusal(ErrorCode why, const std::string& detail)
-      : std::runtime_error(std::string(errorName(why)) + ": " + detail), code(why) {}
+      : Error(std::string(errorName(why)) + ": " + detail), code(why) {}
 
   const ErrorCode code;
 };

@@ -14,7 +14,7 @@ namespace modem {
 namespace {
 
 [[noreturn]] void fail(const std::string& path, const char* what) {
-  throw FileError(path + ": " + what + ": " + std::strerror(errno));
+  throw Error(path + ": " + what + ": " + std::strerror(errno));
 }
 
 void writeAll(int fd, const std::string& text, const std::string& path) {
@@ -39,8 +39,8 @@ std::optional<ProfilesByIndex> Store::load() const {
     makePrivate(path);
     for (const auto& [index, profile] : *profiles) {
       if (!profile.isPersistent()) {
-        throw FileError(path + ": the profile with index " + std::to_string(index) +
-                        " is not persistent, so this is not a store");
+        throw Error(path + ": the profile with index " + std::to_string(index) +
+                    " is not persistent, so this is not a store");
       }
     }
   }
@@ -51,7 +51,7 @@ void Store::save(const ProfilesByIndex& profiles) const {
   const std::string fresh = path + ".new";
   PrivateFile file = createPrivateFile(fresh);
   if (!file.fd.isOpen()) {
-    throw FileError(fresh + ": cannot create: " + file.problem);
+    throw Error(fresh + ": cannot create: " + file.problem);
   }
   writeAll(file.fd.get(), profileFileText(profiles), fresh);
   // Not flushed to the disk: the power that is lost here is the emulated modem's, whose process may

@@ -18,10 +18,10 @@ class Store {
  public:
   Store(std::string path, size_t capacity);
 
-  // Empty when nothing was ever saved; throws FileError.
+  // Empty when nothing was ever saved; throws Error.
   std::optional<ProfilesByIndex> load() const;
 
-  // Throws FileError, and then the old file still stands.
+  // Throws Error, and then the old file still stands.
   void save(const ProfilesByIndex& profiles) const;
 
  private:

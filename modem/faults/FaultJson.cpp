@@ -4,9 +4,8 @@
 #include <array>
 #include <string_view>
 
-#include "modem/core/ProfileFile.h"
-#include "modem/core/ProfileJson.h"
-#include "modem/faults/EffectJson.h"
+#include "modem/common/File.h"
+#include "modem/common/Json.h"
 #include "modem/faults/FaultSelector.h"
 
 namespace modem {
@@ -23,7 +22,7 @@ uint64_t seedFromJson(const json& value) { return numberFromJson(value, seedMax,
 double probabilityFromJson(const json& value) {
   const double probability = value.is_number() ? value.get<double>() : -1;
   if (!(probability > 0 && probability <= 1)) {
-    throw JsonError("probability has to be a number above 0 and not above 1");
+    throw Error("probability has to be a number above 0 and not above 1");
   }
   return probability;
 }
@@ -42,7 +41,7 @@ Trigger triggerFromJson(const json& args) {
   }
   if (args.contains("seed")) {
     if (!args.contains("probability")) {
-      throw JsonError("seed is for a fault with a probability");
+      throw Error("seed is for a fault with a probability");
     }
     trigger.seed = seedFromJson(args["seed"]);
   }
@@ -67,10 +66,10 @@ void triggerToJson(const Trigger& trigger, json& out) {
 void refuseUnknownArguments(const json& args, const Fault& fault) {
   for (const auto& [name, value] : args.items()) {
     const bool isKnown = name == selectorName(fault.selector.kind) ||
-                         isArgumentOf(fault.effect, name) ||
+                         fault.effect->arguments().contains(name) ||
                          std::ranges::count(triggerNames, std::string_view(name)) > 0;
     if (!isKnown) {
-      throw JsonError("unknown argument \"" + name + "\"");
+      throw Error("unknown argument \"" + name + "\"");
     }
   }
 }
@@ -79,17 +78,16 @@ void refuseUnknownArguments(const json& args, const Fault& fault) {
 
 Fault faultFromJson(const json& args) {
   if (!args.is_object()) {
-    throw JsonError("a fault has to be an object");
+    throw Error("a fault has to be an object");
   }
   Fault fault;
   fault.selector = selectorFromJson(args);
   fault.trigger = triggerFromJson(args);
   fault.effect = effectFromJson(args);
   refuseUnknownArguments(args, fault);
-  const auto fits = [&](Subject subject) { return canBefall(fault.effect, subject); };
+  const auto fits = [&](Subject subject) { return fault.effect->fits(subject); };
   if (std::ranges::none_of(subjectsOf(fault.selector), fits)) {
-    throw JsonError(effectName(fault.effect) + " is no fault of this " +
-                    selectorName(fault.selector.kind));
+    throw Error(fault.effect->name() + " is no fault of this " + selectorName(fault.selector.kind));
   }
   return fault;
 }
@@ -98,44 +96,38 @@ json toJson(const Fault& fault) {
   json out = json::object();
   selectorToJson(fault.selector, out);
   triggerToJson(fault.trigger, out);
-  effectToJson(fault.effect, out);
+  out.update(fault.effect->arguments());
   return out;
 }
 
 FaultScript faultScriptFromJson(const json& script) {
   if (!script.is_object() || !script.contains("faults") || !script["faults"].is_array()) {
-    throw JsonError("a script has to be an object with the list \"faults\"");
+    throw Error("a script has to be an object with the list \"faults\"");
   }
   FaultScript read;
   for (const auto& [name, value] : script.items()) {
     if (name == "seed") {
       read.seed = seedFromJson(value);
     } else if (name != "faults") {
-      throw JsonError("a script has no member \"" + name + "\"");
+      throw Error("a script has no member \"" + name + "\"");
     }
   }
   if (script["faults"].size() > faultsMax) {
-    throw JsonError("a script has at most " + std::to_string(faultsMax) + " faults");
+    throw Error("a script has at most " + std::to_string(faultsMax) + " faults");
   }
   for (const json& fault : script["faults"]) {
     const std::string place = "faults[" + std::to_string(read.faults.size()) + "]: ";
     try {
       read.faults.push_back(faultFromJson(fault));
-    } catch (const JsonError& error) {
-      throw JsonError(place + error.what());
+    } catch (const Error& error) {
+      throw Error(place + error.what());
     }
   }
   return read;
 }
 
 FaultScript readFaultScript(const std::string& path) {
-  try {
-    return faultScriptFromJson(json::parse(readFile(path)));
-  } catch (const json::exception& error) {
-    throw FileError(path + ": " + error.what());
-  } catch (const JsonError& error) {
-    throw FileError(path + ": " + error.what());
-  }
+  return readJson(path, readFile(path), faultScriptFromJson);
 }
 
 }  // namespace modem

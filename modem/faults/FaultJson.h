@@ -10,7 +10,7 @@
 
 namespace modem {
 
-// Throws JsonError, which names what is wrong in one line.
+// Throws Error, which names what is wrong in one line.
 Fault faultFromJson(const nlohmann::json& args);
 
 // What faultFromJson would make the same fault of.
@@ -25,10 +25,10 @@ struct FaultScript {
   std::vector<Fault> faults = {};
 };
 
-// Throws JsonError with the place of what is wrong, such as "faults[2]".
+// Throws Error with the place of what is wrong, such as "faults[2]".
 FaultScript faultScriptFromJson(const nlohmann::json& script);
 
-// The same from a file; throws FileError with the path and the place.
+// The same from a file; throws Error with the path and the place.
 FaultScript readFaultScript(const std::string& path);
 
 // What every program that reads JSON can hold.

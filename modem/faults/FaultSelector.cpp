@@ -5,8 +5,8 @@
 #include <string_view>
 
 #include "modem/Hello.h"
+#include "modem/common/Json.h"
 #include "modem/core/Messages.h"
-#include "modem/core/ProfileJson.h"
 
 namespace modem {
 
@@ -28,8 +28,8 @@ struct KindRow {
 std::vector<Name> requestNames() {
   std::vector<Name> names;
   for (const MessageName& known : messageNames()) {
-    if (known.id != profileChanged) {
-      names.push_back({known.name, known.id});
+    if (known.id != MessageId::ProfileChanged) {
+      names.push_back({known.name, numberOf(known.id)});
     }
   }
   return names;
@@ -68,14 +68,15 @@ const KindRow& rowOf(Subject::Kind kind) { return kindRows()[static_cast<size_t>
   for (const Name& name : row.names) {
     known += std::string(name.name) + ", ";
   }
-  throw JsonError(std::string(row.selector) + " has to be one of " + known + "any or a number");
+  throw Error(std::string(row.selector) + " has to be one of " + known + "any or a number");
 }
 
 uint32_t codeFromJson(const json& value, const KindRow& row) {
   if (!value.is_string()) {
     const auto code =
         static_cast<uint32_t>(numberFromJson(value, row.codeMax, std::string(row.selector)));
-    if (row.selector == "message" && code == profileChanged) {
+    if (row.selector == "message" &&
+        MessageId{static_cast<uint16_t>(code)} == MessageId::ProfileChanged) {
       refuse(row);
     }
     return code;
@@ -98,7 +99,7 @@ Selector selectorFromJson(const json& args) {
       continue;
     }
     if (selector) {
-      throw JsonError("message, indication and service exclude each other");
+      throw Error("message, indication and service exclude each other");
     }
     selector.emplace().kind = static_cast<Subject::Kind>(i);
     if (*value != "any") {
@@ -106,7 +107,7 @@ Selector selectorFromJson(const json& args) {
     }
   }
   if (!selector) {
-    throw JsonError("one of message, indication and service is missing");
+    throw Error("one of message, indication and service is missing");
   }
   return *selector;
 }

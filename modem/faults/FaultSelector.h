@@ -5,11 +5,11 @@
 #include <string>
 #include <vector>
 
-#include "modem/faults/Fault.h"
+#include "modem/faults/Subject.h"
 
 namespace modem {
 
-// From the only one of the three members that args has; throws JsonError.
+// From the only one of the three members that args has; throws Error.
 Selector selectorFromJson(const nlohmann::json& args);
 void selectorToJson(const Selector& selector, nlohmann::json& out);
 

@@ -2,8 +2,7 @@
 
 #include <string>
 
-#include "modem/core/ProfileJson.h"
-#include "modem/faults/EffectJson.h"
+#include "modem/common/Json.h"
 #include "modem/faults/FaultSelector.h"
 
 namespace modem {
@@ -23,7 +22,7 @@ double roll(std::mt19937_64& dice) {
 
 void Faults::add(const Fault& fault) {
   if (pending.size() == faultsMax) {
-    throw JsonError("there are " + std::to_string(faultsMax) + " faults already");
+    throw Error("there are " + std::to_string(faultsMax) + " faults already");
   }
   Pending fresh{fault, std::mt19937_64{}};
   Trigger& trigger = fresh.fault.trigger;
@@ -43,19 +42,19 @@ void Faults::replace(const FaultScript& script) {
   }
 }
 
-std::optional<Effect> Faults::take(Subject subject) {
-  std::optional<Effect> met;
+EffectPtr Faults::take(Subject subject) {
+  EffectPtr taken;
   for (Pending& one : pending) {
-    // A fault that is beaten to a subject has seen it go by all the same.
-    if (one.counts(subject) && one.isDue() && !met) {
-      met = one.fault.effect;
+    // Every fault that matches counts this subject, even when an earlier fault takes effect on it.
+    if (one.counts(subject) && one.isDue() && taken == nullptr) {
+      taken = one.fault.effect;
       if (one.fault.trigger.times) {
         --*one.fault.trigger.times;
       }
     }
   }
   std::erase_if(pending, [](const Pending& one) { return one.isUsedUp(); });
-  return met;
+  return taken;
 }
 
 json Faults::toJson() const {
@@ -72,7 +71,7 @@ void Faults::clear() {
 }
 
 bool Faults::Pending::counts(Subject subject) const {
-  return isSelected(fault.selector, subject) && canBefall(fault.effect, subject);
+  return isSelected(fault.selector, subject) && fault.effect->fits(subject);
 }
 
 bool Faults::Pending::isDue() {
@@ -83,7 +82,8 @@ bool Faults::Pending::isDue() {
   return fault.trigger.probability >= 1 || roll(dice) < fault.trigger.probability;
 }
 
-// Another one for each fault, so that two with the same probability do not always strike together.
+// Each fault gets a seed of its own, so that two faults with the same probability do not always
+// take effect together.
 uint64_t Faults::nextSeed() {
   std::mt19937_64 seeds(seed);
   seeds.discard(added++);

@@ -20,13 +20,13 @@ namespace modem {
 
 class Faults {
  public:
-  // Behind those that there are. Throws JsonError when there are too many.
+  // Behind those that there are. Throws Error when there are too many.
   void add(const Fault& fault);
   // In their place, with the script's seed or else 0.
   void replace(const FaultScript& script);
 
   // What befalls this subject; uses up one time of the fault.
-  std::optional<Effect> take(Subject subject);
+  EffectPtr take(Subject subject);
 
   // Those that are not used up, as what is left of them.
   nlohmann::json toJson() const;

@@ -1,6 +1,6 @@
 #include "modem/faults/PowerCycle.h"
 
-#include "modem/core/ProfileJson.h"
+#include "modem/common/Json.h"
 
 namespace modem {
 
@@ -23,7 +23,7 @@ PowerCycle powerCycleFromJson(const json& args) {
   if (args.contains("times")) {
     cycle.times = countFromJson(args["times"], timesMax, "times");
   } else if (args.contains("onMs")) {
-    throw JsonError("onMs is for a power cycle with times");
+    throw Error("onMs is for a power cycle with times");
   }
   return cycle;
 }

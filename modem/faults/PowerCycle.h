@@ -13,7 +13,7 @@ struct PowerCycle {
   uint32_t times = 1;
 };
 
-// From the arguments offMs, onMs and times; throws JsonError.
+// From the arguments offMs, onMs and times; throws Error.
 PowerCycle powerCycleFromJson(const nlohmann::json& args);
 void powerCycleToJson(const PowerCycle& cycle, nlohmann::json& out);
 

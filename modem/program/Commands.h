@@ -6,10 +6,10 @@
 
 #include <cstdint>
 #include <optional>
-#include <stdexcept>
 #include <string>
 #include <vector>
 
+#include "modem/common/Error.h"
 #include "modem/core/ProfileTable.h"
 
 namespace modem {
@@ -18,9 +18,9 @@ inline constexpr int exitDone = 0;
 inline constexpr int exitRefused = 1;
 inline constexpr int exitBadUsage = 2;
 
-class UsageError : public std::runtime_error {
+class UsageError : public Error {
  public:
-  using std::runtime_error::runtime_error;
+  using Error::Error;
 };
 
 struct ServeArguments {

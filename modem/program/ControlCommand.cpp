@@ -3,6 +3,7 @@
 
 #include "modem/client/ControlClient.h"
 #include "modem/common/File.h"
+#include "modem/common/Json.h"
 #include "modem/program/Commands.h"
 
 namespace modem {
@@ -18,15 +19,12 @@ json valueFromText(const std::string& text) {
 }
 
 json objectFromFile(const std::string& path) {
-  try {
-    json object = json::parse(readFile(path));
+  return readJson(path, readFile(path), [](json object) {
     if (!object.is_object()) {
-      throw FileError(path + ": it has to be a JSON object");
+      throw Error("it has to be a JSON object");
     }
     return object;
-  } catch (const json::exception& error) {
-    throw FileError(path + ": " + error.what());
-  }
+  });
 }
 
 void addWord(const std::string& word, json& args) {

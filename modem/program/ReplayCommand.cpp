@@ -8,12 +8,12 @@ namespace modem {
 int replay(const ReplayArguments& arguments) {
   std::vector<TraceSession> sessions = readTraceSessions(arguments.tracePath);
   const ListeningSocket listener(arguments.socketPath);
-  Server server({.listenFd = listener.get(), .complain = tellPeople});
+  Server server({.listenFd = listener.get(), .report = writeLog});
   Replay replay(std::move(sessions), server);
   runServer(server, replay, arguments.socketPath, arguments.readyFd);
-  tellPeople("replayed " + std::to_string(replay.requestsServed()) + " of " +
-             std::to_string(replay.requestsOfTrace()) + " requests, " +
-             std::to_string(replay.requestsDiffering()) + " differed");
+  writeLog("replayed " + std::to_string(replay.requestsServed()) + " of " +
+           std::to_string(replay.requestsOfTrace()) + " requests, " +
+           std::to_string(replay.requestsDiffering()) + " differed");
   return replay.requestsDiffering() == 0 ? exitDone : exitRefused;
 }
 

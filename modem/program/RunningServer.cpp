@@ -42,22 +42,22 @@ class TerminationBySignals {
   }
 };
 
-void tellReady(int fd, const std::string& socketPath) {
+void writeReadyLine(int fd, const std::string& socketPath) {
   const std::string line = "pavo-modem: listening on " + socketPath + "\n";
   if (write(fd, line.data(), line.size()) != static_cast<ssize_t>(line.size())) {
-    tellPeople("cannot write to descriptor " + std::to_string(fd) + ": " + std::strerror(errno));
+    writeLog("cannot write to descriptor " + std::to_string(fd) + ": " + std::strerror(errno));
   }
 }
 
 }  // namespace
 
-void tellPeople(const std::string& line) { std::cerr << "pavo-modem: " + line << std::endl; }
+void writeLog(const std::string& line) { std::cerr << "pavo-modem: " + line << std::endl; }
 
 void runServer(Server& server, ClientHandler& handler, const std::string& socketPath, int readyFd) {
   const TerminationBySignals termination(server);
   // The reader of the ready line may be gone when it is written.
   signal(SIGPIPE, SIG_IGN);
-  tellReady(readyFd, socketPath);
+  writeReadyLine(readyFd, socketPath);
   server.run(handler);
 }
 

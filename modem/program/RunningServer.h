@@ -9,7 +9,7 @@
 namespace modem {
 
 // A line for people on the standard error.
-void tellPeople(const std::string& line);
+void writeLog(const std::string& line);
 
 // Serves the socket until SIGTERM, SIGINT or the handler ends it. Afterwards these signals are
 // ignored. For a process of one thread.

@@ -21,7 +21,7 @@ Service::Options optionsFrom(const ServeArguments& arguments) {
   if (!arguments.profilesPath.empty()) {
     auto profiles = readProfileFile(arguments.profilesPath, arguments.capacity);
     if (!profiles) {
-      throw FileError(arguments.profilesPath + ": " + std::strerror(ENOENT));
+      throw Error(arguments.profilesPath + ": " + std::strerror(ENOENT));
     }
     options.modem.ownProfiles = std::move(*profiles);
   }
@@ -52,7 +52,7 @@ int serve(const ServeArguments& arguments) {
   if (!arguments.tracePath.empty()) {
     options.trace = std::make_unique<TraceWriter>(arguments.tracePath);
   }
-  Server server({.listenFd = listener.get(), .complain = tellPeople});
+  Server server({.listenFd = listener.get(), .report = writeLog});
   Service service(std::move(options), server);
   runServer(server, service, arguments.socketPath, arguments.readyFd);
   return exitDone;

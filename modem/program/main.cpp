@@ -85,10 +85,10 @@ int main(int argc, char** argv) {
   } catch (const CLI::ParseError& error) {
     return app.exit(error) == 0 ? modem::exitDone : modem::exitBadUsage;
   } catch (const UsageError& error) {
-    modem::tellPeople(error.what());
+    modem::writeLog(error.what());
     return modem::exitBadUsage;
   } catch (const std::exception& error) {
-    modem::tellPeople(error.what());
+    modem::writeLog(error.what());
     return modem::exitRefused;
   }
 }

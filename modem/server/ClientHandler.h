@@ -27,12 +27,13 @@ class ClientLink {
   // Ends the server's run.
   virtual void stop() = 0;
   // Tells the people in one line what is not as it should be.
-  virtual void complain(const std::string& line) = 0;
+  virtual void report(const std::string& line) = 0;
 
   virtual ~ClientLink() = default;
 };
 
-enum class Ender { Client, Modem };
+enum class Direction { In, Out };  // from a client, to a client
+enum class ClosedBy { Client, Modem };
 
 class ClientHandler {
  public:
@@ -40,7 +41,7 @@ class ClientHandler {
   virtual void onHello(ClientNumber client, Hello hello) = 0;
   virtual void onRequest(ClientNumber client, const Frame& request) = 0;
   // Once for each client that said hello.
-  virtual void onEnd(ClientNumber client, Ender ender) = 0;
+  virtual void onEnd(ClientNumber client, ClosedBy closedBy) = 0;
   // The payload of a control request; the payload of its response.
   virtual nlohmann::json onControl(std::string_view request) = 0;
 

@@ -25,7 +25,7 @@ bool Connection::nextFrame(Frame& frame) {
   }
   const FrameReader::Status status = reader.next(frame);
   if (status == FrameReader::Status::Broken) {
-    close(Ender::Modem, "broken frame: " + reader.reason());
+    close(ClosedBy::Modem, "broken frame: " + reader.reason());
   }
   return status == FrameReader::Status::Ready;
 }
@@ -38,7 +38,7 @@ void Connection::send(const Frame& frame) {
   output.insert(output.end(), bytes.begin(), bytes.end());
   flush();
   if (output.size() - outputDone > outputBytesMax) {
-    close(Ender::Modem, "it does not read what it is sent");
+    close(ClosedBy::Modem, "it does not read what it is sent");
   }
 }
 
@@ -51,9 +51,9 @@ void Connection::flush() {
     } else if (errno == EAGAIN) {
       break;
     } else if (errno == EPIPE || errno == ECONNRESET) {
-      close(Ender::Client, "");  // It has left, as clients do.
+      close(ClosedBy::Client, "");  // It has left, as clients do.
     } else if (errno != EINTR) {
-      close(Ender::Client, std::string("cannot send: ") + std::strerror(errno));
+      close(ClosedBy::Client, std::string("cannot send: ") + std::strerror(errno));
     }
   }
   // Moving the rest to the front each time would cost a slow reader's backlog over and over.
@@ -66,9 +66,9 @@ void Connection::flush() {
   }
 }
 
-void Connection::close(Ender who, std::string why) {
+void Connection::close(ClosedBy byWhom, std::string why) {
   if (isOpen()) {
-    ender = who;
+    closedBy = byWhom;
     reason = std::move(why);
     fd.reset();
   }

@@ -45,9 +45,9 @@ class Connection {
   void flush();
 
   // why is empty when nobody is to be blamed.
-  void close(Ender who, std::string why);
+  void close(ClosedBy closedBy, std::string why);
   const std::string& closeReason() const { return reason; }
-  Ender endedBy() const { return ender; }
+  ClosedBy whoClosed() const { return closedBy; }
 
   bool isMidFrame() const { return reader.isMidFrame(); }
 
@@ -66,7 +66,7 @@ class Connection {
   std::vector<uint8_t> output;
   size_t outputDone = 0;
   std::string reason;
-  Ender ender = Ender::Client;
+  ClosedBy closedBy = ClosedBy::Client;
 };
 
 }  // namespace modem

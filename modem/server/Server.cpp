@@ -12,7 +12,7 @@
 #include <utility>
 
 #include "modem/LocalSocket.h"
-#include "modem/core/ProfileJson.h"
+#include "modem/common/Json.h"
 
 namespace modem {
 
@@ -35,10 +35,10 @@ void turnAway(const UniqueFd& socket) {
 
 Server::Server(Options options)
     : listenFd(options.listenFd),
-      complaints(std::move(options.complain)),
+      reportLine(std::move(options.report)),
       wake(eventfd(/*initval=*/0, EFD_CLOEXEC | EFD_NONBLOCK)) {
   if (!wake.isOpen()) {
-    throw SocketError(std::string("cannot make an eventfd: ") + std::strerror(errno));
+    throw Error(std::string("cannot make an eventfd: ") + std::strerror(errno));
   }
 }
 
@@ -124,11 +124,11 @@ void Server::take(UniqueFd socket) {
   const auto peer = peerOf(socket.get());
   if (!peer || !mayConnect(*peer, geteuid())) {
     turnAway(socket);
-    complainAtTimes("a connection was turned away, it is of " +
-                    (peer ? "user " + std::to_string(*peer) : "an unknown user"));
+    reportLimited("a connection was turned away, it is of " +
+                  (peer ? "user " + std::to_string(*peer) : "an unknown user"));
   } else if (connections.size() >= connectionsMax) {
     turnAway(socket);
-    complainAtTimes("a connection was turned away, there are " + std::to_string(connectionsMax));
+    reportLimited("a connection was turned away, there are " + std::to_string(connectionsMax));
   } else {
     connections.push_back(
         std::make_unique<Connection>(std::move(socket), Clock::now() + silenceMax));
@@ -142,7 +142,7 @@ void Server::serve(Connection& connection) {
     onFrame(connection, frame);
   }
   if (!isMore) {
-    connection.close(Ender::Client, connection.isMidFrame() ? "it ended inside a frame" : "");
+    connection.close(ClosedBy::Client, connection.isMidFrame() ? "it ended inside a frame" : "");
   }
 }
 
@@ -155,7 +155,7 @@ void Server::closeSilent() {
     // A server that was held up itself may not have heard it yet.
     serve(*connection);
     if (connection->role == Role::Unknown) {
-      connection->close(Ender::Modem, "it has not said what it is");
+      connection->close(ClosedBy::Modem, "it has not said what it is");
     }
   }
 }
@@ -167,7 +167,7 @@ void Server::sweepClosed() {
     }
     const bool isClient = connection->role == Role::Client;
     if (isClient) {
-      handler->onEnd(connection->client, connection->endedBy());
+      handler->onEnd(connection->client, connection->whoClosed());
     }
     if (connection->closeReason().empty()) {
       continue;
@@ -176,9 +176,9 @@ void Server::sweepClosed() {
         (isClient ? "client " + std::to_string(connection->client) : "a connection") +
         " was closed: " + connection->closeReason();
     if (connection->role == Role::Unknown) {
-      complainAtTimes(line);
+      reportLimited(line);
     } else {
-      complain(line);
+      report(line);
     }
   }
   std::erase_if(connections, [](const auto& connection) { return !connection->isOpen(); });
@@ -214,10 +214,10 @@ void Server::onFrame(Connection& connection, const Frame& frame) {
   } else if (connection.role == Role::Control && frame.kind == FrameKind::ControlRequest) {
     onControl(connection, frame);
   } else {
-    connection.close(Ender::Modem, "a frame of kind " +
-                                       std::to_string(static_cast<int>(frame.kind)) +
-                                       " and transaction " + std::to_string(frame.transaction) +
-                                       " has no place here");
+    connection.close(ClosedBy::Modem, "a frame of kind " +
+                                          std::to_string(static_cast<int>(frame.kind)) +
+                                          " and transaction " + std::to_string(frame.transaction) +
+                                          " has no place here");
   }
 }
 
@@ -229,7 +229,7 @@ void Server::onFirstFrame(Connection& connection, const Frame& frame) {
   }
   const auto hello = frame.kind == FrameKind::Hello ? decodeHello(frame.payload) : std::nullopt;
   if (!hello) {
-    connection.close(Ender::Modem, "the first frame is neither a hello nor a control request");
+    connection.close(ClosedBy::Modem, "the first frame is neither a hello nor a control request");
     return;
   }
   connection.role = Role::Client;
@@ -261,14 +261,14 @@ void Server::send(ClientNumber client, const Frame& frame) {
 
 void Server::hangUp(ClientNumber client) {
   if (Connection* connection = findClient(client)) {
-    connection->close(Ender::Modem, "");
+    connection->close(ClosedBy::Modem, "");
   }
 }
 
 void Server::hangUpAll() {
   for (const auto& connection : connections) {
     if (connection->role == Role::Client) {
-      connection->close(Ender::Modem, "");
+      connection->close(ClosedBy::Modem, "");
     }
   }
 }
@@ -277,15 +277,15 @@ void Server::after(std::chrono::microseconds delay, std::function<void()> action
   timers.emplace(Clock::now() + delay, std::move(action));
 }
 
-void Server::complain(const std::string& line) {
-  if (complaints) {
-    complaints(line);
+void Server::report(const std::string& line) {
+  if (reportLine) {
+    reportLine(line);
   }
 }
 
-void Server::complainAtTimes(const std::string& line) {
-  if (const auto written = strangersLines.admit(line)) {
-    complain(*written);
+void Server::reportLimited(const std::string& line) {
+  if (const auto written = unknownPeerLines.admit(line)) {
+    report(*written);
   }
 }
 

@@ -28,10 +28,10 @@ class Server final : public ClientLink {
   struct Options {
     int listenFd = -1;  // the caller's, outlives the server; -1: adopted connections only
     // Told in one line why connections end, when that is the peer's fault. May be empty.
-    std::function<void(const std::string&)> complain;
+    std::function<void(const std::string&)> report;
   };
 
-  // Throws SocketError when there is no descriptor.
+  // Throws Error when there is no descriptor.
   explicit Server(Options options);
 
   // The handler outlives the run.
@@ -49,7 +49,7 @@ class Server final : public ClientLink {
   void hangUp(ClientNumber client) override;
   void hangUpAll() override;
   void after(std::chrono::microseconds delay, std::function<void()> action) override;
-  void complain(const std::string& line) override;
+  void report(const std::string& line) override;
 
  private:
   using Clock = std::chrono::steady_clock;
@@ -61,7 +61,7 @@ class Server final : public ClientLink {
   void serve(Connection& connection);
   void closeSilent();
   void sweepClosed();
-  void complainAtTimes(const std::string& line);
+  void reportLimited(const std::string& line);
   void runTimers();
   int timeoutMs() const;
 
@@ -72,11 +72,11 @@ class Server final : public ClientLink {
 
   ClientHandler* handler = nullptr;  // while in run()
   const int listenFd;
-  const std::function<void(const std::string&)> complaints;
+  const std::function<void(const std::string&)> reportLine;
   const UniqueFd wake;  // an eventfd: something was adopted, or the end was asked for
   std::vector<std::unique_ptr<Connection>> connections;
   std::multimap<Clock::time_point, std::function<void()>> timers;
-  LineLimit strangersLines;  // of connections that end before they have said what they are
+  LineLimit unknownPeerLines;  // of connections that end before they have said what they are
   Clock::time_point acceptAgainAt = Clock::time_point::min();
   ClientNumber lastClient = 0;
 

@@ -24,7 +24,7 @@ static_assert(2 * listBytesMax <= framePayloadBytesMax);
 
 uint64_t requiredNumber(const json& args, const std::string& name, uint64_t max) {
   if (!args.contains(name)) {
-    throw JsonError(name + " is missing");
+    throw Error(name + " is missing");
   }
   return numberFromJson(args[name], max, name);
 }
@@ -103,20 +103,20 @@ json Control::handle(std::string_view request) {
   try {
     json args = json::parse(request);
     if (!args.is_object() || !args.contains("verb") || !args["verb"].is_string()) {
-      throw JsonError("a request has to be an object with the text \"verb\"");
+      throw Error("a request has to be an object with the text \"verb\"");
     }
     const std::string name = args["verb"];
     args.erase("verb");
     const Verb* verb = findVerb(name);
     if (verb == nullptr) {
-      throw JsonError("unknown verb \"" + name + "\"");
+      throw Error("unknown verb \"" + name + "\"");
     }
     for (const auto& [argument, value] : args.items()) {
       const bool isKnown = verb->judgesArgumentsItself ||
                            (verb->takesSettings && isSettingName(argument)) ||
                            std::ranges::count(verb->arguments, std::string_view(argument)) > 0;
       if (!isKnown) {
-        throw JsonError("unknown argument \"" + argument + "\"");
+        throw Error("unknown argument \"" + argument + "\"");
       }
     }
     json reply = std::invoke(verb->run, *this, args);
@@ -161,7 +161,7 @@ json Control::create(const json& args) {
 json Control::modify(const json& args) {
   requireOn();
   if (args.contains("persistent")) {
-    throw JsonError("persistent is fixed when a profile is created");
+    throw Error("persistent is fixed when a profile is created");
   }
   host.deliver(modem.modify(indexOf(args), profileFromJson(args)));
   return json::object();
@@ -242,7 +242,7 @@ json Control::clearTranscript(const json&) {
 
 json Control::quit(const json&) {
   if (!host.canQuit()) {
-    throw JsonError("an embedded modem lives as long as its process");
+    throw Error("an embedded modem lives as long as its process");
   }
   host.quit();
   return json::object();

@@ -18,7 +18,7 @@ namespace modem {
 class ControlHost {
  public:
   virtual void deliver(const std::vector<Indication>& indications) = 0;
-  // Closes every client's connection each time. Throws FileError when the power stays on.
+  // Closes every client's connection each time. Throws Error when the power stays on.
   virtual void powerCycle(const PowerCycle& cycle) = 0;
   // Sends the indications that a fault has kept back.
   virtual void releaseHeldBack() = 0;

@@ -2,42 +2,44 @@
 
 #include <utility>
 
-#include "modem/faults/Distort.h"
-#include "modem/faults/EffectJson.h"
-
 namespace modem {
 
-Outbox::Outbox(ClientLink& clientLink, Recorder& trafficRecorder)
-    : link(clientLink), recorder(trafficRecorder) {}
+class Outbox::Message final : public Outgoing {
+ public:
+  Message(Outbox& outbox, ClientNumber client, Frame frame, std::string fault)
+      : Outgoing(std::move(frame)), outbox(&outbox), client(client), fault(std::move(fault)) {}
 
-void Outbox::send(Outgoing outgoing) {
-  if (!outgoing.effect) {
-    put(outgoing.client, outgoing.frame);
+  void send() override { outbox->put(client, frame, fault); }
+  void sendAfter(std::chrono::milliseconds delay) override {
+    outbox->link.after(delay, [message = *this]() mutable { message.send(); });
+  }
+  void holdBack() override { outbox->heldBack[client].push_back(*this); }
+  void lose() override { outbox->recorder.addLost(client, frame); }
+  void losePower(const PowerCycle& cycle) override { outbox->losePower(cycle); }
+
+ private:
+  Outbox* outbox;
+  ClientNumber client;
+  std::string fault;  // the effect's name
+};
+
+Outbox::Outbox(ClientLink& link, Recorder& recorder, PowerLoss losePower)
+    : link(link), recorder(recorder), losePower(std::move(losePower)) {}
+
+Outbox::~Outbox() = default;
+
+void Outbox::send(ClientNumber client, Frame frame, const Effect* effect) {
+  if (effect == nullptr) {
+    put(client, frame);
     return;
   }
-  const Effect& effect = *outgoing.effect;
-  const std::string fault = effectName(effect);
-  const Frame frame = distorted(std::move(outgoing.frame), effect);
-  if (std::holds_alternative<Lose>(effect)) {
-    recorder.addLost(outgoing.client, frame);
-    return;
-  }
-  if (const auto* late = std::get_if<SendLate>(&effect)) {
-    link.after(late->delay,
-               [this, client = outgoing.client, frame, fault] { put(client, frame, fault); });
-  } else if (std::holds_alternative<HoldBack>(effect)) {
-    heldBack[outgoing.client].push_back(frame);
-  } else {
-    put(outgoing.client, frame, fault);
-    if (std::holds_alternative<Double>(effect)) {
-      put(outgoing.client, frame, fault);
-    }
-  }
+  Message message(*this, client, std::move(frame), effect->name());
+  effect->onOutgoing(message);
 }
 
 void Outbox::release() {
-  for (const auto& [client, frames] : std::map(heldBack)) {
-    releaseOf(client);
+  while (!heldBack.empty()) {
+    releaseOf(heldBack.begin()->first);
   }
 }
 
@@ -55,12 +57,12 @@ void Outbox::put(ClientNumber client, const Frame& frame, const std::string& fau
 }
 
 void Outbox::releaseOf(ClientNumber client) {
-  const auto held = heldBack.extract(client);
+  auto held = heldBack.extract(client);
   if (held.empty()) {
     return;
   }
-  for (const Frame& frame : held.mapped()) {
-    put(client, frame, effectName(HoldBack{}));
+  for (Message& message : held.mapped()) {
+    message.send();
   }
 }
 

@@ -1,44 +1,46 @@
-// What the modem sends to its clients, under the faults that befall it on its way: lost, doubled,
-// late, out of order, distorted. What was sent is recorded as it was sent.
+// Sends answers and indications to clients and records them as they are sent. A message may be
+// under the effect of a fault.
 //
-// A held-back indication waits here until its client's next one is out, the hold is released, or
-// the client is gone.
+// An indication that an effect holds back waits here until the client's next indication has been
+// sent, the fault's removal releases it, or the client has left.
 #pragma once
 
+#include <functional>
 #include <map>
-#include <optional>
 #include <string>
 #include <vector>
 
-#include "modem/faults/Fault.h"
+#include "modem/faults/Effect.h"
 #include "modem/server/ClientHandler.h"
 #include "modem/trace/Recorder.h"
 
 namespace modem {
 
-struct Outgoing {
-  ClientNumber client;
-  Frame frame;
-  std::optional<Effect> effect = {};
-};
-
 class Outbox {
  public:
-  Outbox(ClientLink& link, Recorder& recorder);
+  using PowerLoss = std::function<void(const PowerCycle&)>;
 
-  void send(Outgoing outgoing);
+  Outbox(ClientLink& link, Recorder& recorder, PowerLoss losePower);
+  ~Outbox();
 
-  // Sends what was held back.
+  // effect may be null.
+  void send(ClientNumber client, Frame frame, const Effect* effect);
+
+  // Sends what is held back.
   void release();
+  // Drops what is held back for a client that has left.
   void forget(ClientNumber client);
 
  private:
+  class Message;
+
   void put(ClientNumber client, const Frame& frame, const std::string& fault = {});
   void releaseOf(ClientNumber client);
 
   ClientLink& link;
   Recorder& recorder;
-  std::map<ClientNumber, std::vector<Frame>> heldBack;
+  const PowerLoss losePower;
+  std::map<ClientNumber, std::vector<Message>> heldBack;
 };
 
 }  // namespace modem

@@ -1,47 +1,96 @@
 #include "modem/service/Service.h"
 
 #include <algorithm>
+#include <span>
 #include <utility>
 
 #include "modem/core/FieldWriter.h"
-#include "modem/faults/Distort.h"
-#include "modem/faults/EffectJson.h"
 
 namespace modem {
 
 namespace {
 
-template <typename... Cases>
-struct Overloaded : Cases... {
-  using Cases::operator()...;
-};
-template <typename... Cases>
-Overloaded(Cases...) -> Overloaded<Cases...>;
-
-Frame helloFrame(std::vector<uint8_t> payload) {
+Frame helloFrame(Bytes payload) {
   return {FrameKind::Hello, /*messageId=*/0, /*transaction=*/0, std::move(payload)};
-}
-
-bool isEarly(const Outgoing& outgoing) {
-  return outgoing.effect && std::holds_alternative<SendEarly>(*outgoing.effect);
-}
-
-// What the modem is given to write: its own way, or another than the client's.
-std::vector<uint8_t> writtenPayload(const Frame& request, const std::optional<Effect>& effect) {
-  const auto* use = effect ? std::get_if<UseSettings>(&*effect) : nullptr;
-  const bool isWrite = request.messageId == createProfile || request.messageId == modifyProfile;
-  return use != nullptr && isWrite ? withSettings(request.payload, use->settings) : request.payload;
 }
 
 }  // namespace
 
-Service::Service(Options options, ClientLink& clientLink)
-    : link(clientLink),
+// A hello under the effect of a fault.
+class Service::IncomingHello final : public Incoming {
+ public:
+  IncomingHello(Service& service, ClientNumber client, Hello hello, const Effect& effect)
+      : Incoming(helloFrame(encodeHello(hello))),
+        service(service),
+        client(client),
+        hello(hello),
+        effect(effect) {}
+
+  void carryOut() override { service.accept(client, hello); }
+  void carryOutWithEffect() override { carryOut(); }
+  void carryOutAfter(std::chrono::milliseconds delay) override {
+    service.link.after(delay, [&service = service, client = client, hello = hello] {
+      service.accept(client, hello);
+    });
+  }
+  void carryOutUnanswered() override { service.modem.addClient(client, hello.sawAbsence); }
+  void refuse(int32_t, int32_t error) override {
+    service.answerHello(client, error, effect.name());
+  }
+  void losePower(const PowerCycle& cycle) override { service.losePower(cycle); }
+
+ private:
+  Service& service;
+  const ClientNumber client;
+  const Hello hello;
+  const Effect& effect;
+};
+
+// A request under the effect of a fault.
+class Service::IncomingRequest final : public Incoming {
+ public:
+  IncomingRequest(Service& service, ClientNumber client, const Frame& request, const Effect& effect)
+      : Incoming(request), service(service), client(client), effect(effect) {}
+
+  void carryOut() override { service.carryOut(client, frame, /*answerEffect=*/nullptr); }
+  void carryOutWithEffect() override { service.carryOut(client, frame, &effect); }
+  void carryOutAfter(std::chrono::milliseconds delay) override {
+    service.link.after(delay, [&service = service, client = client, frame = frame] {
+      service.carryOut(client, frame, /*answerEffect=*/nullptr);
+    });
+  }
+  void carryOutUnanswered() override {
+    service.modem.handle(client, MessageId{frame.messageId}, frame.payload);
+  }
+  void refuse(int32_t result, int32_t error) override {
+    FieldWriter fields;
+    fields.result(result, error);
+    service.answer(client, frame, fields.take(), &effect);
+  }
+  void losePower(const PowerCycle& cycle) override { service.losePower(cycle); }
+
+ private:
+  Service& service;
+  const ClientNumber client;
+  const Effect& effect;
+};
+
+// An indication and the effect of its fault, if it has one.
+struct Service::SentIndication {
+  ClientNumber client;
+  Frame frame;
+  EffectPtr effect;
+
+  bool precedesAnswer() const { return effect != nullptr && effect->precedesAnswer(); }
+};
+
+Service::Service(Options options, ClientLink& link)
+    : link(link),
       modem(std::move(options.modem)),
       recorder(link, std::move(options.trace)),
-      outbox(link, recorder),
+      outbox(link, recorder, [this](const PowerCycle& cycle) { losePower(cycle); }),
       control(modem, faults, recorder.transcript(), *this),
-      quitAllowed(options.canQuit) {
+      isQuitAllowed(options.canQuit) {
   faults.replace(options.script);
 }
 
@@ -52,30 +101,18 @@ void Service::onHello(ClientNumber client, Hello hello) {
     link.hangUp(client);
     return;
   }
-  const MaybeEffect effect =
+  const EffectPtr effect =
       faults.take({Subject::Kind::Service, static_cast<uint32_t>(hello.purpose)});
-  const std::string fault = effect ? effectName(*effect) : "";
-  recorder.add(Direction::In, client, frame, fault);
-  if (!effect) {
-    welcome(client, hello);
+  recorder.add(Direction::In, client, frame, effect ? effect->name() : "");
+  if (effect == nullptr) {
+    accept(client, hello);
     return;
   }
-  const auto losePowerThen = [&](const LosePower& power) {
-    if (power.moment == LosePower::Moment::After) {
-      welcome(client, hello);
-    }
-    losePower(power.cycle);
-  };
-  std::visit(
-      Overloaded{[&](const RefuseHello& refusal) { answerHello(client, refusal.code, fault); },
-                 [&](const TakeUpLate& late) {
-                   link.after(late.delay, [this, client, hello] { welcome(client, hello); });
-                 },
-                 losePowerThen, [](const auto&) { /* Silence. */ }},
-      *effect);
+  IncomingHello incoming(*this, client, hello, *effect);
+  effect->onIncoming(incoming);
 }
 
-void Service::welcome(ClientNumber client, Hello hello) {
+void Service::accept(ClientNumber client, Hello hello) {
   if (link.isConnected(client)) {
     modem.addClient(client, hello.sawAbsence);
     answerHello(client, /*refusal=*/0);
@@ -89,90 +126,59 @@ void Service::answerHello(ClientNumber client, int32_t refusal, const std::strin
 }
 
 void Service::onRequest(ClientNumber client, const Frame& request) {
-  const MaybeEffect effect = faults.take({Subject::Kind::Message, request.messageId});
-  recorder.add(Direction::In, client, request, effect ? effectName(*effect) : "");
-  if (effect) {
-    meet(client, request, *effect);
-  } else {
-    carryOut(client, request);
-  }
-}
-
-void Service::meet(ClientNumber client, const Frame& request, const Effect& effect) {
-  const auto refuse = [&](const AnswerError& refusal) {
-    FieldWriter fields;
-    fields.result(refusal.result, refusal.error);
-    answer(client, request, fields.take(), effect);
-  };
-  const auto takeUpLate = [&](const TakeUpLate& late) {
-    link.after(late.delay, [this, client, request] { carryOut(client, request); });
-  };
-  std::visit(Overloaded{refuse, takeUpLate, [](const StaySilent&) {},
-                        [&](const LosePower& power) { losePowerAround(client, request, power); },
-                        [&](const auto&) { carryOut(client, request, effect); }},
-             effect);
-}
-
-void Service::carryOut(ClientNumber client, const Frame& request, const MaybeEffect& effect) {
-  if (!link.isConnected(client)) {
-    return;  // It left before its delayed request was taken up.
-  }
-  Outcome outcome = modem.handle(client, request.messageId, writtenPayload(request, effect));
-  const std::vector<Outgoing> told = underFaults(outcome.indications);
-  for (const Outgoing& indication : told) {
-    if (isEarly(indication)) {
-      sendIndication(indication);
-    }
-  }
-  answer(client, request, std::move(outcome.response), effect);
-  for (const Outgoing& indication : told) {
-    if (!isEarly(indication)) {
-      sendIndication(indication);
-    }
-  }
-}
-
-void Service::answer(ClientNumber client, const Frame& request, std::vector<uint8_t> payload,
-                     const MaybeEffect& effect) {
-  outbox.send({client,
-               {FrameKind::Response, request.messageId, request.transaction, std::move(payload)},
-               effect});
-}
-
-void Service::losePowerAround(ClientNumber client, const Frame& request, const LosePower& power) {
-  if (power.moment == LosePower::Moment::Unanswered) {
-    modem.handle(client, request.messageId, request.payload);
-  } else if (power.moment == LosePower::Moment::After) {
-    carryOut(client, request);
-  }
-  losePower(power.cycle);
-}
-
-std::vector<Outgoing> Service::underFaults(const std::vector<Indication>& indications) {
-  std::vector<Outgoing> told;
-  told.reserve(indications.size());
-  for (const Indication& indication : indications) {
-    told.push_back({indication.client,
-                    {FrameKind::Indication, profileChanged, /*transaction=*/0, indication.payload},
-                    faults.take({Subject::Kind::Indication, indication.event})});
-  }
-  return told;
-}
-
-void Service::sendIndication(const Outgoing& outgoing) {
-  const auto* power = outgoing.effect ? std::get_if<LosePower>(&*outgoing.effect) : nullptr;
-  if (power != nullptr && power->moment == LosePower::Moment::Before) {
-    losePower(power->cycle);
+  const EffectPtr effect = faults.take({Subject::Kind::Message, request.messageId});
+  recorder.add(Direction::In, client, request, effect ? effect->name() : "");
+  if (effect == nullptr) {
+    carryOut(client, request, /*answerEffect=*/nullptr);
     return;
   }
-  outbox.send(outgoing);
-  if (power != nullptr) {
-    losePower(power->cycle);
+  IncomingRequest incoming(*this, client, request, *effect);
+  effect->onIncoming(incoming);
+}
+
+void Service::carryOut(ClientNumber client, const Frame& request, const Effect* answerEffect) {
+  if (!link.isConnected(client)) {
+    return;  // The client has left while its request was delayed.
+  }
+  Outcome outcome = modem.handle(client, MessageId{request.messageId}, request.payload);
+  std::vector<SentIndication> indications = withFaults(outcome.indications);
+  const auto afterAnswer =
+      std::ranges::stable_partition(indications, &SentIndication::precedesAnswer);
+  for (const SentIndication& early : std::span(indications.begin(), afterAnswer.begin())) {
+    sendIndication(early);
+  }
+  answer(client, request, std::move(outcome.response), answerEffect);
+  for (const SentIndication& indication : afterAnswer) {
+    sendIndication(indication);
   }
 }
 
-void Service::onEnd(ClientNumber client, Ender ender) {
-  recorder.addEnd(client, ender);
+void Service::answer(ClientNumber client, const Frame& request, Bytes payload,
+                     const Effect* effect) {
+  outbox.send(client,
+              {FrameKind::Response, request.messageId, request.transaction, std::move(payload)},
+              effect);
+}
+
+std::vector<Service::SentIndication> Service::withFaults(
+    const std::vector<Indication>& indications) {
+  std::vector<SentIndication> sent;
+  sent.reserve(indications.size());
+  for (const Indication& indication : indications) {
+    sent.push_back({indication.client,
+                    {FrameKind::Indication, numberOf(MessageId::ProfileChanged),
+                     /*transaction=*/0, indication.payload},
+                    faults.take({Subject::Kind::Indication, indication.event})});
+  }
+  return sent;
+}
+
+void Service::sendIndication(const SentIndication& indication) {
+  outbox.send(indication.client, indication.frame, indication.effect.get());
+}
+
+void Service::onEnd(ClientNumber client, ClosedBy closedBy) {
+  recorder.addEnd(client, closedBy);
   outbox.forget(client);
   modem.removeClient(client);
 }
@@ -180,7 +186,7 @@ void Service::onEnd(ClientNumber client, Ender ender) {
 nlohmann::json Service::onControl(std::string_view request) { return control.handle(request); }
 
 void Service::deliver(const std::vector<Indication>& indications) {
-  for (const Outgoing& indication : underFaults(indications)) {
+  for (const SentIndication& indication : withFaults(indications)) {
     sendIndication(indication);
   }
 }
@@ -189,14 +195,14 @@ void Service::powerCycle(const PowerCycle& cycle) {
   modem.powerOff();
   link.hangUpAll();
   if (cycle.off.count() == 0) {
-    returnPower(cycle);
+    restorePower(cycle);
   } else {
-    link.after(cycle.off, [this, cycle] { returnPower(cycle); });
+    link.after(cycle.off, [this, cycle] { restorePower(cycle); });
   }
 }
 
-void Service::returnPower(PowerCycle cycle) {
-  // Two cycles may run at once: what one has done, the other need not do.
+void Service::restorePower(PowerCycle cycle) {
+  // Two power cycles may overlap, and the other one may have restored the power already.
   if (!modem.isOn()) {
     modem.powerUp();
   }
@@ -211,8 +217,8 @@ void Service::losePower(const PowerCycle& cycle) {
   }
   try {
     powerCycle(cycle);
-  } catch (const FileError& error) {
-    link.complain(std::string("the power stays on: ") + error.what());
+  } catch (const Error& error) {
+    link.report(std::string("the power stays on: ") + error.what());
   }
 }
 

@@ -1,12 +1,11 @@
-// The modem at work: takes up what clients say, lets the modem handle it, and lets the faults that
-// it was told of befall what comes and goes. Serves the control channel.
+// Serves the emulated modem to its clients: passes their requests to the modem, sends its answers
+// and indications, applies the effects of faults on the way, and serves the control channel.
 //
-//   request ── fault of the request? ──► Modem ──► answer ───── fault of the answer? ──► Outbox
-//                                          └─────► indications ─ faults of theirs? ────► Outbox
+//   request ── its fault? ──► Modem ──► answer ────── the request's fault? ──► Outbox
+//                               └─────► indications ─ faults of their own? ──► Outbox
 #pragma once
 
 #include <memory>
-#include <optional>
 #include <vector>
 
 #include "modem/core/Modem.h"
@@ -24,39 +23,39 @@ class Service final : public ClientHandler, private ControlHost {
     Modem::Options modem = {};
     bool canQuit = false;  // whether the control verb quit ends the server's run
     FaultScript script = {};
-    std::unique_ptr<TraceWriter> trace = nullptr;  // null: none is wanted
+    std::unique_ptr<TraceWriter> trace = nullptr;  // null: no trace is written
   };
 
-  // Throws FileError when the store cannot be used.
+  // Throws Error when the store cannot be used.
   Service(Options options, ClientLink& link);
 
   void onHello(ClientNumber client, Hello hello) override;
   void onRequest(ClientNumber client, const Frame& request) override;
-  void onEnd(ClientNumber client, Ender ender) override;
+  void onEnd(ClientNumber client, ClosedBy closedBy) override;
   nlohmann::json onControl(std::string_view request) override;
 
  private:
-  using MaybeEffect = std::optional<Effect>;
+  class IncomingHello;
+  class IncomingRequest;
+  struct SentIndication;
 
   // ControlHost.
   void deliver(const std::vector<Indication>& indications) override;
   void powerCycle(const PowerCycle& cycle) override;
   void releaseHeldBack() override { outbox.release(); }
-  bool canQuit() const override { return quitAllowed; }
+  bool canQuit() const override { return isQuitAllowed; }
   void quit() override { link.stop(); }
 
-  void welcome(ClientNumber client, Hello hello);
+  void accept(ClientNumber client, Hello hello);
   void answerHello(ClientNumber client, int32_t refusal, const std::string& fault = {});
-  void meet(ClientNumber client, const Frame& request, const Effect& effect);
-  void carryOut(ClientNumber client, const Frame& request, const MaybeEffect& effect = {});
-  void answer(ClientNumber client, const Frame& request, std::vector<uint8_t> payload,
-              const MaybeEffect& effect);
-  void losePowerAround(ClientNumber client, const Frame& request, const LosePower& power);
-  std::vector<Outgoing> underFaults(const std::vector<Indication>& indications);
-  void sendIndication(const Outgoing& outgoing);
-  // As powerCycle, for those who cannot be told that the store is unreadable.
+  // answerEffect, which may be null, acts on the answer.
+  void carryOut(ClientNumber client, const Frame& request, const Effect* answerEffect);
+  void answer(ClientNumber client, const Frame& request, Bytes payload, const Effect* effect);
+  std::vector<SentIndication> withFaults(const std::vector<Indication>& indications);
+  void sendIndication(const SentIndication& indication);
+  // Does what powerCycle does. If the store is unreadable it reports that and keeps the power on.
   void losePower(const PowerCycle& cycle);
-  void returnPower(PowerCycle cycle);
+  void restorePower(PowerCycle cycle);
 
   ClientLink& link;
   Modem modem;
@@ -64,7 +63,7 @@ class Service final : public ClientHandler, private ControlHost {
   Recorder recorder;
   Outbox outbox;
   Control control;
-  const bool quitAllowed;
+  const bool isQuitAllowed;
 };
 
 }  // namespace modem

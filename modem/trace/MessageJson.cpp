@@ -16,10 +16,8 @@ using nlohmann::json;
 
 namespace {
 
-using Bytes = std::span<const uint8_t>;
-
 // Takes bytes from the front; a value that is too short is malformed.
-uint64_t takeNumber(Bytes& bytes, size_t width) {
+uint64_t takeNumber(ByteView& bytes, size_t width) {
   if (bytes.size() < width) {
     throw Refusal(ErrorCode::MalformedMessage, "a value is too short");
   }
@@ -28,12 +26,12 @@ uint64_t takeNumber(Bytes& bytes, size_t width) {
   return number;
 }
 
-json takeId(Bytes& bytes) {
+json takeId(ByteView& bytes) {
   const uint64_t type = takeNumber(bytes, /*width=*/4);
   return json{{"type", type}, {"index", takeNumber(bytes, /*width=*/1)}};
 }
 
-json eventListToJson(Bytes list) {
+json eventListToJson(ByteView list) {
   json ids = json::array();
   for (uint64_t left = takeNumber(list, /*width=*/2); left > 0; --left) {
     ids.push_back(takeId(list));
@@ -41,7 +39,7 @@ json eventListToJson(Bytes list) {
   return ids;
 }
 
-json profileListToJson(Bytes list) {
+json profileListToJson(ByteView list) {
   json profiles = json::array();
   for (uint64_t left = takeNumber(list, /*width=*/2); left > 0; --left) {
     json profile = takeId(list);
@@ -62,25 +60,25 @@ void putNumber(json& out, const char* name, const FieldReader& fields, uint8_t t
   }
 }
 
-json requestToJson(uint16_t messageId, const FieldReader& fields) {
+json requestToJson(MessageId messageId, const FieldReader& fields) {
   json out = json::object();
-  if (messageId == createProfile || messageId == modifyProfile) {
+  if (messageId == MessageId::CreateProfile || messageId == MessageId::ModifyProfile) {
     out = toJson(readSettings(fields));
   }
-  if (messageId == createProfile) {
+  if (messageId == MessageId::CreateProfile) {
     putNumber(out, "type", fields, tagProfile);
   } else if (auto id = fields.bytes(tagProfile); id && id->size() == profileIdBytes) {
     out["profile"] = takeId(*id);
   }
-  if (messageId == profileList) {
+  if (messageId == MessageId::ProfileList) {
     putNumber(out, "type", fields, tagListType);
-  } else if (messageId == indicationRegister) {
+  } else if (messageId == MessageId::IndicationRegister) {
     putNumber(out, "reportEvents", fields, tagReportEvents);
-  } else if (messageId == bindSubscription) {
+  } else if (messageId == MessageId::BindSubscription) {
     if (const auto subscription = fields.i32(tagBindSubscription)) {
       out["subscription"] = *subscription;
     }
-  } else if (messageId == configureEvents) {
+  } else if (messageId == MessageId::ConfigureEvents) {
     putNumber(out, "reportSwitch", fields, tagReportSwitch);
     if (const auto list = fields.bytes(tagEventList)) {
       out["events"] = eventListToJson(*list);
@@ -89,16 +87,16 @@ json requestToJson(uint16_t messageId, const FieldReader& fields) {
   return out;
 }
 
-json responseToJson(uint16_t messageId, const FieldReader& fields) {
+json responseToJson(MessageId messageId, const FieldReader& fields) {
   json out = json::object();
-  if (messageId == profileSettings) {
+  if (messageId == MessageId::ProfileSettings) {
     out = toJson(readSettings(fields));
   }
   const auto answer = fields.bytes(tagAnswer);
-  if (answer && messageId == createProfile) {
-    Bytes id = *answer;
+  if (answer && messageId == MessageId::CreateProfile) {
+    ByteView id = *answer;
     out["profile"] = takeId(id);
-  } else if (answer && messageId == profileList) {
+  } else if (answer && messageId == MessageId::ProfileList) {
     out["profiles"] = profileListToJson(*answer);
   }
   return out;
@@ -148,11 +146,11 @@ void decodeInto(json& out, Direction direction, const Frame& frame) {
     const FieldReader fields(frame.payload);
     if (frame.kind == FrameKind::Response || frame.kind == FrameKind::UncheckedResponse) {
       out["result"] = resultToJson(fields);
-      out["fields"] = responseToJson(frame.messageId, fields);
+      out["fields"] = responseToJson(MessageId{frame.messageId}, fields);
     } else if (frame.kind == FrameKind::Indication) {
       out["fields"] = indicationToJson(fields);
     } else {
-      out["fields"] = requestToJson(frame.messageId, fields);
+      out["fields"] = requestToJson(MessageId{frame.messageId}, fields);
     }
   } catch (const Refusal& refusal) {
     out["malformed"] = refusal.what();

@@ -4,11 +4,9 @@
 #include <nlohmann/json.hpp>
 #include <string_view>
 
-#include "modem/Frame.h"
+#include "modem/server/ClientHandler.h"
 
 namespace modem {
-
-enum class Direction { In, Out };  // from a client, to one
 
 // Sets "fields", and in a response "result"; "malformed" when the message cannot be decoded.
 void decodeInto(nlohmann::json& out, Direction direction, const Frame& frame);

@@ -14,9 +14,9 @@ void Recorder::toTrace(const Write& write) {
   }
   try {
     write(*trace);
-  } catch (const FileError& error) {
+  } catch (const Error& error) {
     trace.reset();
-    link.complain(std::string("the trace ends here: ") + error.what());
+    link.report(std::string("the trace ends here: ") + error.what());
   }
 }
 
@@ -26,8 +26,8 @@ void Recorder::add(Direction direction, ClientNumber client, const Frame& frame,
   messages.add(direction, client, frame, std::move(fault));
 }
 
-void Recorder::addEnd(ClientNumber client, Ender ender) {
-  toTrace([&](TraceWriter& writer) { writer.addEnd(client, ender); });
+void Recorder::addEnd(ClientNumber client, ClosedBy closedBy) {
+  toTrace([&](TraceWriter& writer) { writer.addEnd(client, closedBy); });
 }
 
 void Recorder::addLost(ClientNumber client, const Frame& frame) {

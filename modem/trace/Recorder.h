@@ -17,7 +17,7 @@ class Recorder {
   Recorder(ClientLink& link, std::unique_ptr<TraceWriter> trace);
 
   void add(Direction direction, ClientNumber client, const Frame& frame, std::string fault = {});
-  void addEnd(ClientNumber client, Ender ender);
+  void addEnd(ClientNumber client, ClosedBy closedBy);
   // What was not sent, and what was not accepted, is for the trace alone.
   void addLost(ClientNumber client, const Frame& frame);
   void addTurnedAway(ClientNumber client, const Frame& hello);

@@ -17,7 +17,7 @@ namespace {
 constexpr std::chrono::milliseconds atOnce{2};
 
 std::string described(const Frame& request) {
-  return messageName(request.messageId) + " " + meaningOf(Direction::In, request);
+  return messageName(MessageId{request.messageId}) + " " + meaningOf(Direction::In, request);
 }
 
 bool isSame(const Frame& request, const TraceExchange& exchange) {
@@ -51,16 +51,16 @@ void Replay::onHello(ClientNumber number, Hello hello) {
   if (session == nullptr) {
     // Whoever asks whether the service is there may ask more often than it did.
     if (hello.purpose == Purpose::Open) {
-      link.complain("client " + std::to_string(number) +
-                    ": the trace has no further client; its requests are refused");
+      link.report("client " + std::to_string(number) +
+                  ": the trace has no further client; its requests are refused");
     }
     link.send(number, {FrameKind::Hello, 0, 0, encodeHelloAnswer({/*boot=*/1, /*refusal=*/0})});
     return;
   }
   if (session->hello.sawAbsence != hello.sawAbsence) {
-    link.complain("client " + std::to_string(number) + ": the hello differs from the trace, line " +
-                  std::to_string(session->exchanges[0].said.line) +
-                  ", in whether the modem was absent; answered as in the trace");
+    link.report("client " + std::to_string(number) + ": the hello differs from the trace, line " +
+                std::to_string(session->exchanges[0].said.line) +
+                ", in whether the modem was absent; answered as in the trace");
   }
   client.isServed.assign(session->exchanges.size(), false);
   client.isServed[0] = true;
@@ -121,7 +121,7 @@ void Replay::tellDifference(ClientNumber number, const Client& client, const Fra
   line += found < exchanges.size()
               ? "; answered as in line " + std::to_string(exchanges[found].said.line)
               : "; refused";
-  link.complain(line);
+  link.report(line);
 }
 
 void Replay::refuse(ClientNumber number, const Frame& request) {
@@ -173,7 +173,7 @@ void Replay::send(ClientNumber number, Client& client, const TraceEvent& event) 
   link.send(number, frame);
 }
 
-void Replay::onEnd(ClientNumber number, Ender) { clients.erase(number); }
+void Replay::onEnd(ClientNumber number, ClosedBy) { clients.erase(number); }
 
 json Replay::onControl(std::string_view text) {
   const json request = json::parse(text, /*cb=*/nullptr, /*allow_exceptions=*/false);

@@ -26,7 +26,7 @@ class Replay final : public ClientHandler {
 
   void onHello(ClientNumber client, Hello hello) override;
   void onRequest(ClientNumber client, const Frame& request) override;
-  void onEnd(ClientNumber client, Ender ender) override;
+  void onEnd(ClientNumber client, ClosedBy closedBy) override;
   nlohmann::json onControl(std::string_view request) override;
 
   size_t requestsServed() const { return served; }

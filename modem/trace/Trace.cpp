@@ -13,8 +13,8 @@
 #include <utility>
 
 #include "modem/PrivateFile.h"
+#include "modem/common/Json.h"
 #include "modem/core/Messages.h"
-#include "modem/core/ProfileJson.h"
 
 namespace modem {
 
@@ -52,7 +52,7 @@ std::string textOf(const TraceEvent& event, const std::string& meaning) {
   const Frame& frame = event.frame;
   const std::string kind(event.isEnd ? endKind : kindName(frame.kind));
   const bool isNamed = !event.isEnd && frame.kind != FrameKind::Hello;
-  const std::string message = isNamed ? messageName(frame.messageId) : std::string(none);
+  const std::string message = isNamed ? messageName(MessageId{frame.messageId}) : std::string(none);
   std::array<char, 128> head;
   std::snprintf(head.data(), head.size(), "%4lld.%06lld %3u %c %-10s %-19s %4u ",
                 static_cast<long long>(event.time.count() / microsPerSecond),
@@ -63,18 +63,12 @@ std::string textOf(const TraceEvent& event, const std::string& meaning) {
          (frame.payload.empty() ? std::string(none) : hexOf(frame.payload));
 }
 
-// What is wrong with a line.
-class LineError : public std::runtime_error {
- public:
-  using std::runtime_error::runtime_error;
-};
-
 template <typename Number>
 Number numberFromText(std::string_view text, const char* what, int base = 10) {
   Number number{};
   const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number, base);
   if (error != std::errc{} || end != text.data() + text.size()) {
-    throw LineError("the " + std::string(what) + " \"" + std::string(text) + "\" is no number");
+    throw Error("the " + std::string(what) + " \"" + std::string(text) + "\" is no number");
   }
   return number;
 }
@@ -83,7 +77,7 @@ microseconds timeFromText(const std::string& text) {
   const size_t point = text.find('.');
   const std::string micros = point == std::string::npos ? "" : text.substr(point + 1);
   if (micros.size() != 6) {
-    throw LineError("the time \"" + text + "\" has no six decimals");
+    throw Error("the time \"" + text + "\" has no six decimals");
   }
   return microseconds(numberFromText<uint32_t>(text.substr(0, point), "time") * microsPerSecond +
                       numberFromText<uint32_t>(micros, "time"));
@@ -91,7 +85,7 @@ microseconds timeFromText(const std::string& text) {
 
 Direction directionFromText(const std::string& text) {
   if (text != ">" && text != "<") {
-    throw LineError("the direction \"" + text + "\" is neither > nor <");
+    throw Error("the direction \"" + text + "\" is neither > nor <");
   }
   return text == ">" ? Direction::In : Direction::Out;
 }
@@ -102,7 +96,7 @@ FrameKind kindFromText(const std::string& text) {
       return kind;
     }
   }
-  throw LineError("there is no kind \"" + text + "\"");
+  throw Error("there is no kind \"" + text + "\"");
 }
 
 uint16_t messageFromText(const std::string& text) {
@@ -110,10 +104,10 @@ uint16_t messageFromText(const std::string& text) {
     return 0;
   }
   if (const auto id = messageIdOf(text)) {
-    return *id;
+    return numberOf(*id);
   }
   if (!text.starts_with("0x")) {
-    throw LineError("there is no message \"" + text + "\"");
+    throw Error("there is no message \"" + text + "\"");
   }
   return numberFromText<uint16_t>(std::string_view(text).substr(2), "message", /*base=*/16);
 }
@@ -124,7 +118,7 @@ std::vector<uint8_t> bytesFromText(std::string_view text) {
     return bytes;
   }
   if (text.size() % 2 != 0) {
-    throw LineError("the bytes are cut short");
+    throw Error("the bytes are cut short");
   }
   for (size_t i = 0; i < text.size(); i += 2) {
     bytes.push_back(numberFromText<uint8_t>(text.substr(i, 2), "byte", /*base=*/16));
@@ -141,7 +135,7 @@ TraceEvent eventFromText(const std::string& line) {
   std::string message;
   std::string transaction;
   if (!(words >> time >> client >> direction >> kind >> message >> transaction)) {
-    throw LineError("columns are missing");
+    throw Error("columns are missing");
   }
   TraceEvent event;
   event.time = timeFromText(time);
@@ -162,12 +156,12 @@ TraceWriter::TraceWriter(std::string tracePath)
     : path(std::move(tracePath)), start(steady_clock::now()) {
   PrivateFile file = openPrivateFile(path);
   if (!file.fd.isOpen()) {
-    throw FileError(path + ": cannot create: " + file.problem);
+    throw Error(path + ": cannot create: " + file.problem);
   }
   fd = std::move(file.fd);
   // A device has no content to be dropped, and says so.
   if (ftruncate(fd.get(), 0) != 0 && errno != EINVAL) {
-    throw FileError(path + ": cannot empty: " + std::strerror(errno));
+    throw Error(path + ": cannot empty: " + std::strerror(errno));
   }
   writeLine(std::string(firstLine));
   writeLine(std::string(columns));
@@ -182,18 +176,18 @@ void TraceWriter::add(Direction direction, ClientNumber client, const Frame& fra
   addEvent(event, meaningOf(direction, frame) + (fault.empty() ? "" : " (fault: " + fault + ")"));
 }
 
-void TraceWriter::addEnd(ClientNumber client, Ender ender) {
+void TraceWriter::addEnd(ClientNumber client, ClosedBy closedBy) {
   TraceEvent event;
   event.client = client;
-  event.direction = ender == Ender::Client ? Direction::In : Direction::Out;
+  event.direction = closedBy == ClosedBy::Client ? Direction::In : Direction::Out;
   event.isEnd = true;
-  addEvent(event, ender == Ender::Client ? "the client left" : "the modem hung up");
+  addEvent(event, closedBy == ClosedBy::Client ? "the client left" : "the modem hung up");
 }
 
 void TraceWriter::addLost(ClientNumber client, const Frame& frame) {
   writeLine("# lost by a fault on its way to client " + std::to_string(client) + ": " +
-            std::string(kindName(frame.kind)) + " " + messageName(frame.messageId) + " " +
-            meaningOf(Direction::Out, frame));
+            std::string(kindName(frame.kind)) + " " + messageName(MessageId{frame.messageId}) +
+            " " + meaningOf(Direction::Out, frame));
 }
 
 void TraceWriter::addEvent(const TraceEvent& event, const std::string& meaning) {
@@ -209,7 +203,7 @@ void TraceWriter::writeLine(const std::string& line) {
   while (done < text.size()) {
     const ssize_t written = write(fd.get(), text.data() + done, text.size() - done);
     if (written < 0 && errno != EINTR) {
-      throw FileError(path + ": cannot write: " + std::strerror(errno));
+      throw Error(path + ": cannot write: " + std::strerror(errno));
     }
     done += written > 0 ? static_cast<size_t>(written) : 0;
   }
@@ -220,7 +214,7 @@ std::vector<TraceEvent> readTrace(const std::string& path) {
   std::vector<TraceEvent> events;
   std::string line;
   if (!std::getline(lines, line) || line != firstLine) {
-    throw FileError(path + ": line 1: it has to be \"" + std::string(firstLine) + "\"");
+    throw Error(path + ": line 1: it has to be \"" + std::string(firstLine) + "\"");
   }
   for (size_t number = 2; std::getline(lines, line); ++number) {
     if (line.empty() || line.starts_with('#')) {
@@ -229,8 +223,8 @@ std::vector<TraceEvent> readTrace(const std::string& path) {
     try {
       events.push_back(eventFromText(line));
       events.back().line = number;
-    } catch (const LineError& error) {
-      throw FileError(path + ": line " + std::to_string(number) + ": " + error.what());
+    } catch (const Error& error) {
+      throw Error(path + ": line " + std::to_string(number) + ": " + error.what());
     }
   }
   return events;

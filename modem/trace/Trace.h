@@ -33,13 +33,13 @@ struct TraceEvent {
 
 class TraceWriter {
  public:
-  // Replaces what was there; throws FileError.
+  // Replaces what was there; throws Error.
   explicit TraceWriter(std::string path);
 
   // fault: the name of what the modem was told to do wrong with it, else empty. They throw
-  // FileError when the file takes no more.
+  // Error when the file takes no more.
   void add(Direction direction, ClientNumber client, const Frame& frame, const std::string& fault);
-  void addEnd(ClientNumber client, Ender ender);
+  void addEnd(ClientNumber client, ClosedBy closedBy);
   // For people: what would have been sent, had the fault not lost it.
   void addLost(ClientNumber client, const Frame& frame);
 
@@ -52,7 +52,7 @@ class TraceWriter {
   UniqueFd fd;
 };
 
-// Throws FileError with the path, the line and what is wrong with it.
+// Throws Error with the path, the line and what is wrong with it.
 std::vector<TraceEvent> readTrace(const std::string& path);
 
 // What a message says, in one line for people.

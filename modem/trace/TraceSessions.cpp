@@ -8,7 +8,7 @@ namespace modem {
 namespace {
 
 [[noreturn]] void refuse(const std::string& path, const TraceEvent& event, const char* what) {
-  throw FileError(path + ": line " + std::to_string(event.line) + ": " + what);
+  throw Error(path + ": line " + std::to_string(event.line) + ": " + what);
 }
 
 TraceSession newSession(const std::string& path, const TraceEvent& event) {

@@ -21,7 +21,7 @@ struct TraceSession {
   std::vector<TraceExchange> exchanges;
 };
 
-// In the order of their hellos. Throws FileError with the path, the line and what is wrong with it.
+// In the order of their hellos. Throws Error with the path, the line and what is wrong with it.
 std::vector<TraceSession> readTraceSessions(const std::string& path);
 
 }  // namespace modem

@@ -43,7 +43,8 @@ json Transcript::entryToJson(uint64_t sequence) const {
               {"direction", entry.direction == Direction::In ? "in" : "out"},
               {"client", entry.client},
               {"kind", kindName(frame.kind)},
-              {"message", frame.kind == FrameKind::Hello ? "hello" : messageName(frame.messageId)},
+              {"message",
+               frame.kind == FrameKind::Hello ? "hello" : messageName(MessageId{frame.messageId})},
               {"id", frame.messageId},
               {"transaction", frame.transaction},
               {"payload", hexOf(frame.payload)}};
