@@ -8,8 +8,8 @@
 #include <string>
 #include <string_view>
 
-#include "Frame.h"
-#include "Hello.h"
+#include "wire/Frame.h"
+#include "wire/Hello.h"
 
 namespace modem {
 

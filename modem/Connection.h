@@ -13,8 +13,8 @@
 #include <vector>
 
 #include "ClientHandler.h"
-#include "Frame.h"
 #include "UniqueFd.h"
+#include "wire/Frame.h"
 
 namespace modem {
 

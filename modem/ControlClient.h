@@ -5,8 +5,8 @@
 #include <nlohmann/json.hpp>
 #include <string>
 
-#include "Frame.h"
 #include "UniqueFd.h"
+#include "wire/Frame.h"
 
 namespace modem {
 

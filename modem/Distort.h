@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "Fault.h"
-#include "Frame.h"
+#include "wire/Frame.h"
 
 namespace modem {
 

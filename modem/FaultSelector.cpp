@@ -4,9 +4,9 @@
 #include <array>
 #include <string_view>
 
-#include "Hello.h"
 #include "Messages.h"
 #include "ProfileJson.h"
+#include "wire/Hello.h"
 
 namespace modem {
 

@@ -5,10 +5,10 @@
 #include <utility>
 
 #include "FieldReader.h"
-#include "Hello.h"
 #include "Messages.h"
 #include "ProfileJson.h"
 #include "Refusal.h"
+#include "wire/Hello.h"
 
 namespace modem {
 

@@ -4,7 +4,7 @@
 #include <nlohmann/json.hpp>
 #include <string_view>
 
-#include "Frame.h"
+#include "wire/Frame.h"
 
 namespace modem {
 

@@ -1,7 +1,7 @@
 #include "Commands.h"
-#include "LocalSocket.h"
 #include "Replay.h"
 #include "RunningServer.h"
+#include "wire/LocalSocket.h"
 
 namespace modem {
 

@@ -3,8 +3,8 @@
 
 #include <string>
 
-#include "LocalSocket.h"
 #include "Server.h"
+#include "wire/LocalSocket.h"
 
 namespace modem {
 

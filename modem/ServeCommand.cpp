@@ -4,11 +4,11 @@
 #include <utility>
 
 #include "Commands.h"
-#include "FileLock.h"
-#include "LocalSocket.h"
 #include "ProfileFile.h"
 #include "RunningServer.h"
 #include "Service.h"
+#include "base/FileLock.h"
+#include "wire/LocalSocket.h"
 
 namespace modem {
 

@@ -11,8 +11,8 @@
 #include <string_view>
 #include <utility>
 
-#include "LocalSocket.h"
 #include "ProfileJson.h"
+#include "wire/LocalSocket.h"
 
 namespace modem {
 

@@ -13,8 +13,8 @@
 #include <utility>
 
 #include "Messages.h"
-#include "PrivateFile.h"
 #include "ProfileJson.h"
+#include "base/PrivateFile.h"
 
 namespace modem {
 

@@ -16,9 +16,9 @@
 
 #include "ClientHandler.h"
 #include "File.h"
-#include "Frame.h"
 #include "MessageJson.h"
 #include "UniqueFd.h"
+#include "wire/Frame.h"
 
 namespace modem {
 

@@ -4,8 +4,8 @@
 #include <string>
 #include <vector>
 
-#include "Hello.h"
 #include "Trace.h"
+#include "wire/Hello.h"
 
 namespace modem {
 

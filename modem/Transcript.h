@@ -12,8 +12,8 @@
 #include <vector>
 
 #include "ClientHandler.h"
-#include "Frame.h"
 #include "MessageJson.h"
+#include "wire/Frame.h"
 
 namespace modem {
 

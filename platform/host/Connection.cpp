@@ -5,8 +5,8 @@
 #include <array>
 #include <atomic>
 
-#include "Poll.h"
 #include "Trace.h"
+#include "base/Poll.h"
 #include "modem/EmbeddedModem.h"
 
 namespace ovix {

@@ -21,8 +21,8 @@
 #include "RawClient.h"
 #include "TemporaryFolder.h"
 #include "modem/ControlClient.h"
-#include "modem/LocalSocket.h"
 #include "modem/Server.h"
+#include "wire/LocalSocket.h"
 
 namespace modem::test {
 namespace {

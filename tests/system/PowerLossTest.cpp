@@ -11,7 +11,7 @@
 
 #include "SystemTest.h"
 #include "modem/ControlClient.h"
-#include "modem/LocalSocket.h"
+#include "wire/LocalSocket.h"
 
 namespace pavo::test {
 namespace {
