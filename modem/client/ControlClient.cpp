@@ -8,7 +8,7 @@
 #include <utility>
 #include <vector>
 
-#include "modem/LocalSocket.h"
+#include "wire/LocalSocket.h"
 
 namespace modem {
 

@@ -5,8 +5,8 @@
 #include <nlohmann/json.hpp>
 #include <string>
 
-#include "modem/Frame.h"
 #include "modem/UniqueFd.h"
+#include "wire/Frame.h"
 
 namespace modem {
 

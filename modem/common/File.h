@@ -8,8 +8,6 @@
 
 namespace modem {
 
-using FileError = Error;
-
 // Throws Error when it is not there or cannot be read.
 std::string readFile(const std::string& path);
 

@@ -7,7 +7,7 @@
 #include <cstring>
 #include <utility>
 
-#include "modem/PrivateFile.h"
+#include "base/PrivateFile.h"
 
 namespace modem {
 

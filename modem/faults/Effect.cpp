@@ -26,7 +26,7 @@ Effect::Effect(const EffectType& type, const json& args)
     : ownArguments({{std::string(type.name), args[std::string(type.name)]}}), type(type) {
   for (const std::string_view option : type.options) {
     const auto given = args.find(std::string(option));
-    if (given != args.end()) {
+    if (!option.empty() && given != args.end()) {
       ownArguments[given.key()] = *given;
     }
   }

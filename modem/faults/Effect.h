@@ -14,9 +14,9 @@
 #include <string_view>
 #include <vector>
 
-#include "modem/Frame.h"
 #include "modem/faults/PowerCycle.h"
 #include "modem/faults/Subject.h"
+#include "wire/Frame.h"
 
 namespace modem {
 

@@ -4,9 +4,9 @@
 #include <array>
 #include <string_view>
 
-#include "modem/Hello.h"
 #include "modem/common/Json.h"
 #include "modem/core/Messages.h"
+#include "wire/Hello.h"
 
 namespace modem {
 

@@ -1,7 +1,7 @@
-#include "modem/LocalSocket.h"
 #include "modem/program/Commands.h"
 #include "modem/program/RunningServer.h"
 #include "modem/trace/Replay.h"
+#include "wire/LocalSocket.h"
 
 namespace modem {
 

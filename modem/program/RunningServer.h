@@ -3,8 +3,8 @@
 
 #include <string>
 
-#include "modem/LocalSocket.h"
 #include "modem/server/Server.h"
+#include "wire/LocalSocket.h"
 
 namespace modem {
 

@@ -3,12 +3,12 @@
 #include <optional>
 #include <utility>
 
-#include "modem/FileLock.h"
-#include "modem/LocalSocket.h"
+#include "base/FileLock.h"
 #include "modem/core/ProfileFile.h"
 #include "modem/program/Commands.h"
 #include "modem/program/RunningServer.h"
 #include "modem/service/Service.h"
+#include "wire/LocalSocket.h"
 
 namespace modem {
 

@@ -8,8 +8,8 @@
 #include <string>
 #include <string_view>
 
-#include "modem/Frame.h"
-#include "modem/Hello.h"
+#include "wire/Frame.h"
+#include "wire/Hello.h"
 
 namespace modem {
 

@@ -12,9 +12,9 @@
 #include <string>
 #include <vector>
 
-#include "modem/Frame.h"
 #include "modem/UniqueFd.h"
 #include "modem/server/ClientHandler.h"
+#include "wire/Frame.h"
 
 namespace modem {
 

@@ -11,8 +11,8 @@
 #include <string_view>
 #include <utility>
 
-#include "modem/LocalSocket.h"
 #include "modem/common/Json.h"
+#include "wire/LocalSocket.h"
 
 namespace modem {
 

@@ -4,11 +4,11 @@
 #include <span>
 #include <utility>
 
-#include "modem/Hello.h"
 #include "modem/core/FieldReader.h"
 #include "modem/core/Messages.h"
 #include "modem/core/ProfileJson.h"
 #include "modem/core/Refusal.h"
+#include "wire/Hello.h"
 
 namespace modem {
 

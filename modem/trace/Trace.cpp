@@ -12,7 +12,7 @@
 #include <string_view>
 #include <utility>
 
-#include "modem/PrivateFile.h"
+#include "base/PrivateFile.h"
 #include "modem/common/Json.h"
 #include "modem/core/Messages.h"
 

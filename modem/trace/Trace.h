@@ -14,11 +14,11 @@
 #include <string>
 #include <vector>
 
-#include "modem/Frame.h"
 #include "modem/UniqueFd.h"
 #include "modem/common/File.h"
 #include "modem/server/ClientHandler.h"
 #include "modem/trace/MessageJson.h"
+#include "wire/Frame.h"
 
 namespace modem {
 

@@ -4,8 +4,8 @@
 #include <string>
 #include <vector>
 
-#include "modem/Hello.h"
 #include "modem/trace/Trace.h"
+#include "wire/Hello.h"
 
 namespace modem {
 

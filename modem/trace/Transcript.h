@@ -11,9 +11,9 @@
 #include <string>
 #include <vector>
 
-#include "modem/Frame.h"
 #include "modem/server/ClientHandler.h"
 #include "modem/trace/MessageJson.h"
+#include "wire/Frame.h"
 
 namespace modem {
 

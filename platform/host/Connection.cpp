@@ -5,8 +5,8 @@
 #include <array>
 #include <atomic>
 
-#include "Poll.h"
 #include "Trace.h"
+#include "base/Poll.h"
 #include "modem/service/EmbeddedModem.h"
 
 namespace ovix {

@@ -1,4 +1,4 @@
-#include "modem/PrivateFile.h"
+#include "base/PrivateFile.h"
 
 #include <fcntl.h>
 #include <gmock/gmock.h>

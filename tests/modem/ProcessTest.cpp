@@ -20,9 +20,9 @@
 #include "Deadline.h"
 #include "RawClient.h"
 #include "TemporaryFolder.h"
-#include "modem/LocalSocket.h"
 #include "modem/client/ControlClient.h"
 #include "modem/server/Server.h"
+#include "wire/LocalSocket.h"
 
 namespace modem::test {
 namespace {

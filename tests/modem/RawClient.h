@@ -9,8 +9,8 @@
 #include <vector>
 
 #include "Payloads.h"
-#include "modem/Frame.h"
 #include "modem/UniqueFd.h"
+#include "wire/Frame.h"
 
 namespace modem::test {
 

@@ -3,7 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "FaultTest.h"
-#include "modem/Hello.h"
+#include "wire/Hello.h"
 
 namespace modem::test {
 namespace {

@@ -145,7 +145,7 @@ TEST_F(TraceTest, Sessions_OfTwoClients_AreTakenApart) {
   EXPECT_TRUE(sessions[0].hello.sawAbsence);
   ASSERT_EQ(sessions[0].exchanges.size(), 2u);
   EXPECT_EQ(sessions[0].exchanges[0].sent.size(), 1u);
-  EXPECT_EQ(sessions[0].exchanges[1].said.frame.messageId, MessageId::CreateProfile);
+  EXPECT_EQ(sessions[0].exchanges[1].said.frame.messageId, numberOf(MessageId::CreateProfile));
   EXPECT_EQ(sessions[0].exchanges[1].sent.size(), 2u);
   EXPECT_EQ(sessions[1].hello.purpose, Purpose::Watch);
   ASSERT_EQ(sessions[1].exchanges.size(), 1u);

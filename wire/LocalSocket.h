@@ -8,7 +8,7 @@
 #include <stdexcept>
 #include <string>
 
-#include "UniqueFd.h"
+#include "modem/UniqueFd.h"
 
 namespace modem {
 

@@ -5,13 +5,13 @@
 
 #include <string>
 
-#include "UniqueFd.h"
+#include "modem/UniqueFd.h"
 
 namespace modem {
 
 class FileLock {
  public:
-  // Throws FileError when another process, or another FileLock, has the file.
+  // Throws std::runtime_error when another process, or another FileLock, has the file.
   explicit FileLock(const std::string& path);
 
  private:

@@ -7,7 +7,7 @@
 
 #include <string>
 
-#include "UniqueFd.h"
+#include "modem/UniqueFd.h"
 
 namespace modem {
 

@@ -1,4 +1,4 @@
-#include "Poll.h"
+#include "base/Poll.h"
 
 #include <algorithm>
 #include <cerrno>

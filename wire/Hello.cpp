@@ -1,4 +1,4 @@
-#include "Hello.h"
+#include "wire/Hello.h"
 
 namespace modem {
 

@@ -1,4 +1,4 @@
-#include "LocalSocket.h"
+#include "wire/LocalSocket.h"
 
 #include <fcntl.h>
 #include <sys/file.h>

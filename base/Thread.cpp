@@ -1,4 +1,4 @@
-#include "Thread.h"
+#include "base/Thread.h"
 
 #include <pthread.h>
 #include <signal.h>
