@@ -2,7 +2,7 @@
 // mutex, the worker waits in epoll, drains to EAGAIN, answers and notifies under the mutex.
 #pragma once
 
-#include "UniqueFd.h"
+#include "base/UniqueFd.h"
 
 #include <condition_variable>
 #include <mutex>

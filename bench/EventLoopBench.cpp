@@ -1,7 +1,7 @@
 // Waiting for and dispatching n ready descriptors, no log writer, against epoll alone.
 #include "EventManager.h"
 #include "LogWrapper.h"
-#include "UniqueFd.h"
+#include "base/UniqueFd.h"
 
 #include <benchmark/benchmark.h>
 #include <sys/epoll.h>

@@ -6,9 +6,9 @@
 #include <nlohmann/json.hpp>
 #include <string>
 
-#include "modem/Frame.h"
 #include "tests/modem/RawClient.h"
 #include "tests/modem/ServedModem.h"
+#include "wire/Frame.h"
 
 namespace {
 

@@ -7,10 +7,10 @@
 #include "ClientRequest.h"
 #include "ClientResponse.h"
 #include "EventManager.h"
-#include "Mutex.h"
 #include "ProfileCache.h"
 #include "RequestPort.h"
-#include "UniqueFd.h"
+#include "base/Mutex.h"
+#include "base/UniqueFd.h"
 
 #include <atomic>
 #include <memory>

@@ -5,8 +5,8 @@
 // line or a system call.
 #pragma once
 
-#include "Mutex.h"
-#include "UniqueFd.h"
+#include "base/Mutex.h"
+#include "base/UniqueFd.h"
 
 #include <sys/epoll.h>
 

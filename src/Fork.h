@@ -3,7 +3,7 @@
 // parent made.
 #pragma once
 
-#include "Mutex.h"
+#include "base/Mutex.h"
 
 namespace pavo {
 

@@ -1,7 +1,7 @@
 // The most recent important log lines, in memory, for dumps. Any thread.
 #pragma once
 
-#include "Mutex.h"
+#include "base/Mutex.h"
 
 #include <cstddef>
 #include <deque>

@@ -5,7 +5,7 @@
 
 #include "LogLevel.h"
 #include "LogWriter.h"
-#include "Mutex.h"
+#include "base/Mutex.h"
 
 #include <atomic>
 #include <memory>

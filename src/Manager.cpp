@@ -8,8 +8,8 @@
 #include "Fork.h"
 #include "LocalLogBuffer.h"
 #include "LogWrapper.h"
-#include "Mutex.h"
 #include "RequestPort.h"
+#include "base/Mutex.h"
 
 #include <utility>
 #include <vector>

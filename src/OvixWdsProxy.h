@@ -10,10 +10,10 @@
 
 #include "EventManager.h"
 #include "ModemProfile.h"
-#include "Mutex.h"
 #include "ProfileChangedInd.h"
 #include "ThreadChecker.h"
-#include "UniqueFd.h"
+#include "base/Mutex.h"
+#include "base/UniqueFd.h"
 #include "ovix_client.h"
 #include "wds_v01.h"
 

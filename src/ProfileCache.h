@@ -14,12 +14,12 @@
 #include "EventManager.h"
 #include "LogLevel.h"
 #include "ModemProfile.h"
-#include "Mutex.h"
 #include "OvixWdsProxy.h"
 #include "ProfileChangedInd.h"
 #include "ProfileKey.h"
 #include "RequestFunction.h"
 #include "ThreadChecker.h"
+#include "base/Mutex.h"
 
 #include <atomic>
 #include <functional>

@@ -17,9 +17,9 @@
 #include "ClientRequest.h"
 #include "ClientResponse.h"
 #include "Fork.h"
-#include "Mutex.h"
 #include "RequestFunction.h"
 #include "TurnQueue.h"
+#include "base/Mutex.h"
 
 #include <atomic>
 #include <cstdint>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Mutex.h"
+#include "base/Mutex.h"
 
 namespace pavo {
 

@@ -5,8 +5,8 @@
 #include <mutex>
 #include <utility>
 
-#include "Thread.h"
 #include "Trace.h"
+#include "base/Thread.h"
 
 namespace ovix {
 

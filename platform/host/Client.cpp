@@ -8,8 +8,8 @@
 #include <utility>
 
 #include "MessageCodec.h"
-#include "Thread.h"
 #include "Trace.h"
+#include "base/Thread.h"
 
 namespace ovix {
 

@@ -24,8 +24,8 @@
 
 #include "CallbackQueue.h"
 #include "Connection.h"
-#include "Poll.h"
 #include "ServiceObject.h"
+#include "base/Poll.h"
 #include "ovix_client.h"
 
 namespace ovix {

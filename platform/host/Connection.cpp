@@ -5,9 +5,9 @@
 #include <array>
 #include <atomic>
 
-#include "Poll.h"
 #include "Trace.h"
-#include "modem/EmbeddedModem.h"
+#include "base/Poll.h"
+#include "modem/service/EmbeddedModem.h"
 
 namespace ovix {
 namespace {

@@ -20,7 +20,7 @@
 #include <string>
 #include <type_traits>
 
-#include "modem/PrivateFile.h"
+#include "base/PrivateFile.h"
 
 namespace {
 

@@ -8,8 +8,8 @@
 #include <chrono>
 #include <cstring>
 
-#include "Poll.h"
 #include "Trace.h"
+#include "base/Poll.h"
 
 namespace ovix {
 namespace {

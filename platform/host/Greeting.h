@@ -5,9 +5,9 @@
 #include <optional>
 #include <string>
 
-#include "modem/Frame.h"
-#include "modem/Hello.h"
 #include "modem/UniqueFd.h"
+#include "wire/Frame.h"
+#include "wire/Hello.h"
 
 namespace ovix {
 

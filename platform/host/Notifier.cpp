@@ -10,9 +10,9 @@
 #include <system_error>
 
 #include "Connection.h"
-#include "Poll.h"
 #include "ServiceObject.h"
-#include "Thread.h"
+#include "base/Poll.h"
+#include "base/Thread.h"
 
 namespace ovix {
 namespace {

@@ -19,8 +19,8 @@
 #include "Connection.h"
 #include "HandleRegistry.h"
 #include "Notifier.h"
-#include "Poll.h"
 #include "ServiceObject.h"
+#include "base/Poll.h"
 
 namespace {
 

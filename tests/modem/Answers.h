@@ -7,9 +7,9 @@
 #include <string>
 #include <vector>
 
-#include "modem/FieldReader.h"
-#include "modem/Messages.h"
-#include "modem/Profile.h"
+#include "modem/core/FieldReader.h"
+#include "modem/core/Messages.h"
+#include "modem/core/Profile.h"
 
 namespace modem::test {
 

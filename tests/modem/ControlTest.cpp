@@ -1,4 +1,4 @@
-#include "modem/Control.h"
+#include "modem/service/Control.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -75,7 +75,7 @@ TEST_F(ControlTest, Indicate_RegisteredClient_IsToldAsAsked) {
 
 TEST_F(ControlTest, Transcript_SomeMessages_TellsThemInOrder) {
   RawClient client = served.newClient();
-  client.request(createProfile, createRequest({.apn = "ims"}));
+  client.request(MessageId::CreateProfile, createRequest({.apn = "ims"}));
   const json reply = control.call("transcript");
   ASSERT_EQ(reply["entries"].size(), 4u);
   EXPECT_EQ(reply["entries"][0]["message"], "hello");
@@ -90,7 +90,7 @@ TEST_F(ControlTest, Transcript_SomeMessages_TellsThemInOrder) {
 TEST_F(ControlTest, Transcript_MoreThanAFrame_ComesWhole) {
   RawClient client = served.newClient();
   for (int i = 0; i < 500; ++i) {
-    client.request(profileList, {});
+    client.request(MessageId::ProfileList, {});
   }
   const json entries = control.call("transcript")["entries"];
   ASSERT_EQ(entries.size(), 1002u);
@@ -103,7 +103,7 @@ TEST_F(ControlTest, Transcript_Faults_AreMarked) {
   RawClient client = served.newClient();
   control.call("clear-transcript");
   control.call("fail", {{"message", "profile-list"}, {"error", 2}});
-  client.request(profileList, {});
+  client.request(MessageId::ProfileList, {});
   const json entries = control.call("transcript")["entries"];
   ASSERT_EQ(entries.size(), 2u);
   EXPECT_EQ(entries[0]["fault"], "error");
@@ -130,12 +130,12 @@ TEST_F(ControlTest, Refusal_ByTheModem_HasTheErrorCode) {
 
 TEST_F(ControlTest, Call_NoJson_IsAnsweredAndTheConnectionStays) {
   RawClient raw(served.connect());
-  raw.send(FrameKind::ControlRequest, 0, {'{'});
+  raw.send(FrameKind::ControlRequest, MessageId{0}, {'{'});
   const auto reply = raw.receive();
   ASSERT_TRUE(reply);
   EXPECT_EQ(reply->kind, FrameKind::ControlResponse);
   EXPECT_EQ(json::parse(reply->payload)["ok"], false);
-  raw.send(FrameKind::ControlRequest, 0, {'[', ']'});
+  raw.send(FrameKind::ControlRequest, MessageId{0}, {'[', ']'});
   EXPECT_EQ(json::parse(raw.receive()->payload)["ok"], false);
 }
 
@@ -144,7 +144,7 @@ TEST_F(ControlTest, Call_AnswerWouldQuoteMoreThanAFrameHolds_IsRefused) {
   const json request{{"verb", std::string(framePayloadBytesMax - 20, 'a')}};
   const std::string text = request.dump();
   ASSERT_LE(text.size(), framePayloadBytesMax);
-  raw.send(FrameKind::ControlRequest, 0, {text.begin(), text.end()});
+  raw.send(FrameKind::ControlRequest, MessageId{0}, {text.begin(), text.end()});
   const auto reply = raw.receive();
   ASSERT_TRUE(reply);
   EXPECT_EQ(json::parse(reply->payload)["error"], "the request is too long to be answered");

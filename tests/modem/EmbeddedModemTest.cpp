@@ -1,4 +1,4 @@
-#include "modem/EmbeddedModem.h"
+#include "modem/service/EmbeddedModem.h"
 
 #include <gtest/gtest.h>
 
@@ -8,7 +8,7 @@
 
 #include "Answers.h"
 #include "RawClient.h"
-#include "modem/ControlClient.h"
+#include "modem/client/ControlClient.h"
 
 namespace modem::test {
 namespace {
@@ -19,10 +19,11 @@ TEST(EmbeddedModem, Connect_SeveralTimes_ReachesTheSameModem) {
   const auto boot = one.hello();
   ASSERT_TRUE(boot);
   EXPECT_EQ(two.hello(), boot);
-  const Payload created = one.request(createProfile, createRequest({.apn = "shared"}));
+  const Payload created = one.request(MessageId::CreateProfile, createRequest({.apn = "shared"}));
   const uint8_t index = createdIndexOf(created);
-  EXPECT_EQ(settingsOf(two.request(profileSettings, profileRequest(index))).apn, "shared");
-  two.request(deleteProfile, profileRequest(index));
+  EXPECT_EQ(settingsOf(two.request(MessageId::ProfileSettings, profileRequest(index))).apn,
+            "shared");
+  two.request(MessageId::DeleteProfile, profileRequest(index));
 }
 
 TEST(EmbeddedModem, Connect_ManyThreadsAtOnce_AllAreServed) {

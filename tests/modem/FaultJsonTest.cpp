@@ -1,4 +1,4 @@
-#include "modem/FaultJson.h"
+#include "modem/faults/FaultJson.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -8,10 +8,10 @@
 
 #include "FaultEffects.h"
 #include "TemporaryFolder.h"
-#include "modem/EffectJson.h"
-#include "modem/FaultSelector.h"
-#include "modem/File.h"
-#include "modem/ProfileJson.h"
+#include "modem/common/File.h"
+#include "modem/core/ProfileJson.h"
+#include "modem/faults/Effect.h"
+#include "modem/faults/FaultSelector.h"
 
 namespace modem {
 namespace {
@@ -66,7 +66,7 @@ TEST_P(FaultWrong, FromJson_WrongArguments_IsRefusedInOneLine) {
   try {
     faultFromJson(json::parse(GetParam().args));
     FAIL() << "it was taken";
-  } catch (const JsonError& error) {
+  } catch (const Error& error) {
     EXPECT_THAT(error.what(), HasSubstr(GetParam().error));
     EXPECT_THAT(error.what(), Not(HasSubstr("\n")));
   }
@@ -129,7 +129,7 @@ INSTANTIATE_TEST_SUITE_P(
 
 TEST(FaultJson, FromJson_SettingTextTooLongForAControlFrame_IsRefused) {
   const json fault = {{"message", "any"}, {"settings", {{"apn", std::string(513, 'x')}}}};
-  EXPECT_THROW(faultFromJson(fault), JsonError);
+  EXPECT_THROW(faultFromJson(fault), Error);
 }
 
 struct WrongScript {
@@ -148,7 +148,7 @@ TEST_P(ScriptWrong, Read_WrongScript_TellsTheFileAndThePlaceInOneLine) {
   try {
     readFaultScript(path);
     FAIL() << "it was taken";
-  } catch (const FileError& error) {
+  } catch (const Error& error) {
     EXPECT_THAT(error.what(), testing::StartsWith(path + ": "));
     EXPECT_THAT(error.what(), HasSubstr(GetParam().error));
     EXPECT_THAT(error.what(), Not(HasSubstr("\n")));
@@ -169,13 +169,13 @@ INSTANTIATE_TEST_SUITE_P(
                                 "faults[0]: unknown argument \"x\""}));
 
 TEST(FaultScript, Read_NoSuchFile_IsTold) {
-  EXPECT_THROW(readFaultScript("/nonexistent/script.json"), FileError);
+  EXPECT_THROW(readFaultScript("/nonexistent/script.json"), Error);
 }
 
 TEST(FaultScript, FromJson_TooManyFaults_IsRefused) {
   const json fault = {{"message", "any"}, {"silent", true}};
   EXPECT_NO_THROW(faultScriptFromJson({{"faults", json(faultsMax, fault)}}));
-  EXPECT_THROW(faultScriptFromJson({{"faults", json(faultsMax + 1, fault)}}), JsonError);
+  EXPECT_THROW(faultScriptFromJson({{"faults", json(faultsMax + 1, fault)}}), Error);
 }
 
 // The sweeps go through every effect that there is.
@@ -183,9 +183,9 @@ TEST(FaultScript, FromJson_TooManyFaults_IsRefused) {
 std::set<std::string> namesIn(const std::vector<FaultEffect>& effects, Subject subject) {
   std::set<std::string> names;
   for (const FaultEffect& effect : effects) {
-    const Effect parsed = effectFromJson(effect.args);
-    EXPECT_TRUE(canBefall(parsed, subject)) << effect;
-    names.insert(effectName(parsed));
+    const EffectPtr parsed = effectFromJson(effect.args);
+    EXPECT_TRUE(parsed->fits(subject)) << effect;
+    names.insert(parsed->name());
   }
   return names;
 }

@@ -10,7 +10,7 @@
 #include "Answers.h"
 #include "Deadline.h"
 #include "ServedModem.h"
-#include "modem/Refusal.h"
+#include "modem/core/Refusal.h"
 
 namespace modem::test {
 
@@ -23,14 +23,15 @@ class FaultTest : public testing::Test {
     ASSERT_EQ(reply["ok"], true) << reply;
   }
   uint8_t create(const Profile& profile) {
-    return createdIndexOf(client.request(createProfile, createRequest(profile)));
+    return createdIndexOf(client.request(MessageId::CreateProfile, createRequest(profile)));
   }
   nlohmann::json profiles() { return control.call("show")["profiles"]; }
 
   // What has come by now, and comes before the answer to a further request: "create/1" for an
   // indication, "response" for an answer.
   std::vector<std::string> kindsUntilNow() {
-    const uint32_t last = client.send(FrameKind::Request, bindSubscription, bindRequest(0));
+    const uint32_t last =
+        client.send(FrameKind::Request, MessageId::BindSubscription, bindRequest(0));
     std::vector<std::string> kinds;
     for (auto frame = client.receive(); frame && frame->transaction != last;
          frame = client.receive()) {
@@ -41,15 +42,15 @@ class FaultTest : public testing::Test {
   void expectNothingUntilNow() { EXPECT_EQ(kindsUntilNow(), std::vector<std::string>{}); }
 
   // One of each kind, about profile 1; the delete comes last.
-  static std::vector<std::pair<uint16_t, Payload>> everyRequest() {
-    return {{indicationRegister, registerRequest()},
-            {configureEvents, eventListRequest({}, /*isOn=*/false)},
-            {bindSubscription, bindRequest(1)},
-            {createProfile, createRequest({})},
-            {modifyProfile, profileRequest(1, {.apn = "x"})},
-            {profileSettings, profileRequest(1)},
-            {profileList, listRequest()},
-            {deleteProfile, profileRequest(1)}};
+  static std::vector<std::pair<MessageId, Payload>> everyRequest() {
+    return {{MessageId::IndicationRegister, registerRequest()},
+            {MessageId::ConfigureEvents, eventListRequest({}, /*isOn=*/false)},
+            {MessageId::BindSubscription, bindRequest(1)},
+            {MessageId::CreateProfile, createRequest({})},
+            {MessageId::ModifyProfile, profileRequest(1, {.apn = "x"})},
+            {MessageId::ProfileSettings, profileRequest(1)},
+            {MessageId::ProfileList, listRequest()},
+            {MessageId::DeleteProfile, profileRequest(1)}};
   }
 
   ServedModem served;

@@ -1,11 +1,11 @@
-#include "modem/Faults.h"
+#include "modem/faults/Faults.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "modem/EffectJson.h"
-#include "modem/Messages.h"
-#include "modem/ProfileJson.h"
+#include "modem/core/Messages.h"
+#include "modem/core/ProfileJson.h"
+#include "modem/faults/Effect.h"
 
 namespace modem {
 namespace {
@@ -13,14 +13,16 @@ namespace {
 using nlohmann::json;
 using testing::IsEmpty;
 
-constexpr Subject request(uint16_t messageId) { return {Subject::Kind::Message, messageId}; }
+constexpr Subject request(MessageId messageId) {
+  return {Subject::Kind::Message, numberOf(messageId)};
+}
 constexpr Subject indication(uint32_t event) { return {Subject::Kind::Indication, event}; }
 
 void add(Faults& faults, const json& args) { faults.add(faultFromJson(args)); }
 
 std::string taken(Faults& faults, Subject subject) {
   const auto effect = faults.take(subject);
-  return effect ? effectName(*effect) : "nothing";
+  return effect ? effect->name() : "nothing";
 }
 
 // Which of the next subjects meet a fault: one letter each.
@@ -35,15 +37,15 @@ std::string pattern(Faults& faults, Subject subject, int count) {
 TEST(Faults, Take_OtherMessage_MeetsNothing) {
   Faults faults;
   add(faults, {{"message", "create-profile"}, {"silent", true}});
-  EXPECT_EQ(taken(faults, request(deleteProfile)), "nothing");
-  EXPECT_EQ(taken(faults, indication(createProfile)), "nothing");
-  EXPECT_EQ(taken(faults, request(createProfile)), "silent");
+  EXPECT_EQ(taken(faults, request(MessageId::DeleteProfile)), "nothing");
+  EXPECT_EQ(taken(faults, indication(numberOf(MessageId::CreateProfile))), "nothing");
+  EXPECT_EQ(taken(faults, request(MessageId::CreateProfile)), "silent");
 }
 
 TEST(Faults, Take_CountGiven_MeetsThatManySubjects) {
   Faults faults;
   add(faults, {{"message", 0x27}, {"error", 3}, {"count", 2}});
-  EXPECT_EQ(pattern(faults, request(createProfile), 4), "XX..");
+  EXPECT_EQ(pattern(faults, request(MessageId::CreateProfile), 4), "XX..");
 }
 
 TEST(Faults, Take_NthGiven_LetsTheFirstOnesGoBy) {
@@ -63,43 +65,43 @@ TEST(Faults, Take_SeveralFaults_MeetsThemInTheOrderOfAdding) {
   Faults faults;
   add(faults, {{"message", "any"}, {"silent", true}});
   add(faults, {{"message", "profile-list"}, {"delayMs", 5}});
-  EXPECT_EQ(taken(faults, request(profileList)), "silent");
-  EXPECT_EQ(taken(faults, request(profileList)), "delayMs");
+  EXPECT_EQ(taken(faults, request(MessageId::ProfileList)), "silent");
+  EXPECT_EQ(taken(faults, request(MessageId::ProfileList)), "delayMs");
 }
 
 TEST(Faults, Take_FaultThatIsBeaten_HasCountedTheSubject) {
   Faults faults;
   add(faults, {{"message", "any"}, {"silent", true}});
   add(faults, {{"message", "any"}, {"error", 1}, {"nth", 2}});
-  EXPECT_EQ(taken(faults, request(profileList)), "silent");
-  EXPECT_EQ(taken(faults, request(profileList)), "error");
+  EXPECT_EQ(taken(faults, request(MessageId::ProfileList)), "silent");
+  EXPECT_EQ(taken(faults, request(MessageId::ProfileList)), "error");
 }
 
 TEST(Faults, Take_EffectOfSomeMessagesOnly_CountsThoseOnly) {
   Faults faults;
   add(faults, {{"message", "any"}, {"listCount", 300}, {"nth", 2}});
-  EXPECT_EQ(taken(faults, request(profileList)), "nothing");
-  EXPECT_EQ(taken(faults, request(createProfile)), "nothing");
-  EXPECT_EQ(taken(faults, request(profileList)), "listCount");
+  EXPECT_EQ(taken(faults, request(MessageId::ProfileList)), "nothing");
+  EXPECT_EQ(taken(faults, request(MessageId::CreateProfile)), "nothing");
+  EXPECT_EQ(taken(faults, request(MessageId::ProfileList)), "listCount");
 }
 
 TEST(Faults, Take_Certainty_IsWithoutEndUnlessCounted) {
   Faults faults;
   add(faults, {{"message", "any"}, {"silent", true}, {"probability", 1}});
-  EXPECT_EQ(pattern(faults, request(profileList), 100), std::string(100, 'X'));
+  EXPECT_EQ(pattern(faults, request(MessageId::ProfileList), 100), std::string(100, 'X'));
 }
 
 TEST(Faults, Take_Probability_MeetsAboutThatShare) {
   Faults faults;
   add(faults, {{"message", "any"}, {"silent", true}, {"probability", 0.25}});
-  const std::string met = pattern(faults, request(profileList), 4000);
+  const std::string met = pattern(faults, request(MessageId::ProfileList), 4000);
   EXPECT_NEAR(static_cast<double>(std::ranges::count(met, 'X')), 1000, 200);
 }
 
 TEST(Faults, Take_ProbabilityAndCount_EndsWhenUsedUp) {
   Faults faults;
   add(faults, {{"message", "any"}, {"silent", true}, {"probability", 0.5}, {"count", 5}});
-  const std::string met = pattern(faults, request(profileList), 1000);
+  const std::string met = pattern(faults, request(MessageId::ProfileList), 1000);
   EXPECT_EQ(std::ranges::count(met, 'X'), 5);
   EXPECT_THAT(faults.toJson(), IsEmpty());
 }
@@ -112,14 +114,15 @@ TEST(Faults, Take_SameSeed_MeetsTheSameSubjects) {
   // Where it stands among others does not matter to a fault with a seed of its own.
   add(two, {{"message", 1}, {"silent", true}, {"probability", 0.5}});
   add(two, chance);
-  EXPECT_EQ(pattern(one, request(profileList), 200), pattern(two, request(profileList), 200));
+  EXPECT_EQ(pattern(one, request(MessageId::ProfileList), 200),
+            pattern(two, request(MessageId::ProfileList), 200));
 }
 
 // What comes of the dice is the same on every machine and in every build: scripts are kept.
 TEST(Faults, Take_KnownSeed_MeetsTheKnownSubjects) {
   Faults faults;
   add(faults, {{"message", "any"}, {"silent", true}, {"probability", 0.5}, {"seed", 1}});
-  EXPECT_EQ(pattern(faults, request(profileList), 24), "XXXXX.XX..X..XXXX.XXX.XX");
+  EXPECT_EQ(pattern(faults, request(MessageId::ProfileList), 24), "XXXXX.XX..X..XXXX.XXX.XX");
 }
 
 TEST(Faults, Replace_SameScript_RepeatsTheRun) {
@@ -128,9 +131,9 @@ TEST(Faults, Replace_SameScript_RepeatsTheRun) {
       {"message": "any", "lost": true, "probability": 0.5}]})"));
   Faults faults;
   faults.replace(script);
-  const std::string first = pattern(faults, request(profileList), 100);
+  const std::string first = pattern(faults, request(MessageId::ProfileList), 100);
   faults.replace(script);
-  EXPECT_EQ(pattern(faults, request(profileList), 100), first);
+  EXPECT_EQ(pattern(faults, request(MessageId::ProfileList), 100), first);
 }
 
 TEST(Faults, Replace_OtherSeed_ChangesTheRun) {
@@ -138,10 +141,10 @@ TEST(Faults, Replace_OtherSeed_ChangesTheRun) {
       json::parse(R"({"faults": [{"message": "any", "silent": true, "probability": 0.5}]})"));
   Faults faults;
   faults.replace(script);
-  const std::string unseeded = pattern(faults, request(profileList), 100);
+  const std::string unseeded = pattern(faults, request(MessageId::ProfileList), 100);
   script.seed = 6;
   faults.replace(script);
-  EXPECT_NE(pattern(faults, request(profileList), 100), unseeded);
+  EXPECT_NE(pattern(faults, request(MessageId::ProfileList), 100), unseeded);
 }
 
 TEST(Faults, Replace_TwoFaultsOfOneProbability_StrikeApart) {
@@ -149,8 +152,8 @@ TEST(Faults, Replace_TwoFaultsOfOneProbability_StrikeApart) {
   faults.replace(faultScriptFromJson(json::parse(R"({"faults": [
       {"message": "profile-list", "silent": true, "probability": 0.5},
       {"message": "create-profile", "silent": true, "probability": 0.5}]})")));
-  EXPECT_NE(pattern(faults, request(profileList), 100),
-            pattern(faults, request(createProfile), 100));
+  EXPECT_NE(pattern(faults, request(MessageId::ProfileList), 100),
+            pattern(faults, request(MessageId::CreateProfile), 100));
 }
 
 TEST(Faults, Replace_SomePending_LeavesTheNewOnesOnly) {
@@ -164,7 +167,7 @@ TEST(Faults, ToJson_SomePending_TellsWhatIsLeft) {
   Faults faults;
   add(faults, {{"message", "any"}, {"silent", true}, {"count", 3}});
   add(faults, {{"message", "any"}, {"lost", true}, {"nth", 3}});
-  faults.take(request(profileList));
+  faults.take(request(MessageId::ProfileList));
   EXPECT_EQ(faults.toJson(), json::parse(R"([{"message": "any", "count": 2, "silent": true},
                                              {"message": "any", "nth": 2, "count": 1,
                                               "lost": true}])"));
@@ -174,7 +177,7 @@ TEST(Faults, Clear_SomePending_LeavesNone) {
   Faults faults;
   add(faults, {{"message", "any"}, {"silent", true}});
   faults.clear();
-  EXPECT_EQ(taken(faults, request(profileList)), "nothing");
+  EXPECT_EQ(taken(faults, request(MessageId::ProfileList)), "nothing");
 }
 
 TEST(Faults, Add_TooMany_IsRefused) {
@@ -182,7 +185,7 @@ TEST(Faults, Add_TooMany_IsRefused) {
   for (size_t i = 0; i < faultsMax; ++i) {
     add(faults, {{"message", "any"}, {"silent", true}});
   }
-  EXPECT_THROW(add(faults, {{"message", "any"}, {"silent", true}}), JsonError);
+  EXPECT_THROW(add(faults, {{"message", "any"}, {"silent", true}}), Error);
 }
 
 }  // namespace

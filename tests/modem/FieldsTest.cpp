@@ -3,9 +3,9 @@
 
 #include <optional>
 
-#include "modem/FieldReader.h"
-#include "modem/FieldWriter.h"
-#include "modem/Refusal.h"
+#include "modem/core/FieldReader.h"
+#include "modem/core/FieldWriter.h"
+#include "modem/core/Refusal.h"
 
 namespace modem {
 namespace {

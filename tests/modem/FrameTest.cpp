@@ -1,4 +1,4 @@
-#include "modem/Frame.h"
+#include "wire/Frame.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -1,4 +1,4 @@
-#include "modem/Hello.h"
+#include "wire/Hello.h"
 
 #include <gtest/gtest.h>
 

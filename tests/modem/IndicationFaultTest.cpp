@@ -15,9 +15,10 @@ class IndicationFaultTest : public FaultTest {
   IndicationFaultTest() { client.registerForAll(); }
 
   // The payload of the next frame, which has to be an indication.
-  Payload nextIndication(uint16_t messageId = profileChanged) {
+  Payload nextIndication(MessageId messageId = MessageId::ProfileChanged) {
     const auto frame = client.receive();
-    EXPECT_TRUE(frame && frame->kind == FrameKind::Indication && frame->messageId == messageId);
+    EXPECT_TRUE(frame && frame->kind == FrameKind::Indication &&
+                MessageId{frame->messageId} == messageId);
     return frame ? frame->payload : Payload{};
   }
   // A subscription change, which changes no profile.
@@ -70,7 +71,7 @@ TEST_F(IndicationFaultTest, Reordered_FaultsCleared_IsSent) {
 
 TEST_F(IndicationFaultTest, Early_Modify_ComesBeforeTheAnswer) {
   fail({{"indication", "modify"}, {"early", true}});
-  client.send(FrameKind::Request, createProfile, createRequest({}));
+  client.send(FrameKind::Request, MessageId::CreateProfile, createRequest({}));
   EXPECT_THAT(kindsUntilNow(), ElementsAre("modify/1", "response", "create/1"));
 }
 
@@ -115,7 +116,7 @@ TEST_F(IndicationFaultTest, CutToNothing_Any_HasZeroLength) {
 TEST_F(IndicationFaultTest, AsMessage_Any_IsOfThatKind) {
   fail({{"indication", "any"}, {"asMessage", 0x00A9}});
   raise();
-  nextIndication(0x00A9);
+  nextIndication(MessageId{0x00A9});
 }
 
 TEST_F(IndicationFaultTest, Undecodable_Any_CannotBeRead) {
@@ -130,14 +131,14 @@ TEST_F(IndicationFaultTest, Undecodable_Any_CannotBeRead) {
 
 TEST_F(IndicationFaultTest, Power_BeforeAnIndication_LeavesTheAnswer) {
   fail({{"indication", "create"}, {"power", "before"}});
-  client.send(FrameKind::Request, createProfile, createRequest({}));
+  client.send(FrameKind::Request, MessageId::CreateProfile, createRequest({}));
   EXPECT_EQ(client.receive()->kind, FrameKind::Response);
   EXPECT_TRUE(client.isHungUp());
 }
 
 TEST_F(IndicationFaultTest, Power_AfterAnIndication_LosesTheNextOne) {
   fail({{"indication", "create"}, {"power", "after"}});
-  client.send(FrameKind::Request, createProfile, createRequest({}));
+  client.send(FrameKind::Request, MessageId::CreateProfile, createRequest({}));
   EXPECT_EQ(client.receive()->kind, FrameKind::Response);
   EXPECT_EQ(client.nextEvent(), "create/1");
   EXPECT_TRUE(client.isHungUp());

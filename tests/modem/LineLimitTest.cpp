@@ -1,4 +1,4 @@
-#include "modem/LineLimit.h"
+#include "modem/server/LineLimit.h"
 
 #include <gtest/gtest.h>
 

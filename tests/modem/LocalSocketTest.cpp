@@ -1,4 +1,4 @@
-#include "modem/LocalSocket.h"
+#include "wire/LocalSocket.h"
 
 #include <fcntl.h>
 #include <gmock/gmock.h>

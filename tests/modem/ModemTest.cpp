@@ -1,4 +1,4 @@
-#include "modem/Modem.h"
+#include "modem/core/Modem.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -60,17 +60,17 @@ class ModemTest : public testing::Test {
         .capacity = capacity, .ownProfiles = std::move(own), .store = std::move(store)});
     modem->addClient(firstClient, /*sawAbsence=*/false);
     modem->addClient(otherClient, /*sawAbsence=*/false);
-    modem->handle(otherClient, indicationRegister, registerRequest());
-    modem->handle(otherClient, configureEvents, allEventsRequest());
+    modem->handle(otherClient, MessageId::IndicationRegister, registerRequest());
+    modem->handle(otherClient, MessageId::ConfigureEvents, allEventsRequest());
   }
 
-  Result send(uint16_t messageId, const Payload& payload) {
+  Result send(MessageId messageId, const Payload& payload) {
     last = modem->handle(firstClient, messageId, payload);
     return resultOf(last.response);
   }
 
   uint8_t create(const Profile& profile) {
-    EXPECT_EQ(send(createProfile, createRequest(profile)), success);
+    EXPECT_EQ(send(MessageId::CreateProfile, createRequest(profile)), success);
     return createdIndexOf(last.response);
   }
 
@@ -89,7 +89,7 @@ class ModemTest : public testing::Test {
 };
 
 TEST_F(ModemTest, Create_Success_AnswersResultAndIdByteForByte) {
-  send(createProfile, createRequest({}));
+  send(MessageId::CreateProfile, createRequest({}));
   EXPECT_THAT(last.response, ElementsAre(2, 8, 0, 0, 0, 0, 0, 0, 0, 0, 0,  //
                                          3, 5, 0, 0, 0, 0, 0, 1));
 }
@@ -103,7 +103,7 @@ TEST_F(ModemTest, Create_AfterADelete_TakesTheLowestFreeIndex) {
   EXPECT_EQ(create({}), 1);
   EXPECT_EQ(create({}), 2);
   EXPECT_EQ(create({}), 3);
-  send(deleteProfile, profileRequest(2));
+  send(MessageId::DeleteProfile, profileRequest(2));
   EXPECT_EQ(create({}), 2);
   EXPECT_EQ(create({}), 4);
 }
@@ -112,16 +112,16 @@ TEST_F(ModemTest, Create_TableFull_IsRefusedWithoutIndications) {
   for (int i = 0; i < 4; ++i) {
     create({});
   }
-  EXPECT_EQ(send(createProfile, createRequest({})), failure(ErrorCode::NoResources));
+  EXPECT_EQ(send(MessageId::CreateProfile, createRequest({})), failure(ErrorCode::NoResources));
   EXPECT_THAT(last.indications, IsEmpty());
 }
 
 TEST_F(ModemTest, Settings_AfterCreate_AreThoseThatWereGivenAndNoOthers) {
   create(everySetting());
   create(withApn("ims"));
-  EXPECT_EQ(send(profileSettings, profileRequest(1)), success);
+  EXPECT_EQ(send(MessageId::ProfileSettings, profileRequest(1)), success);
   EXPECT_EQ(settingsOf(last.response), everySetting());
-  send(profileSettings, profileRequest(2));
+  send(MessageId::ProfileSettings, profileRequest(2));
   EXPECT_EQ(settingsOf(last.response), withApn("ims"));
 }
 
@@ -131,33 +131,36 @@ TEST_F(ModemTest, Settings_TextsOfTheLongestLength_AreKept) {
                         .user = std::string(127, 'u'),
                         .password = std::string(127, 'p')};
   create(longest);
-  send(profileSettings, profileRequest(1));
+  send(MessageId::ProfileSettings, profileRequest(1));
   EXPECT_EQ(settingsOf(last.response), longest);
 }
 
 TEST_F(ModemTest, Modify_SomeSettings_LeavesTheOthers) {
   create(Profile{.apn = "ims", .user = "u"});
-  EXPECT_EQ(send(modifyProfile, profileRequest(1, Profile{.apn = "sos", .clat = uint8_t{5}})),
-            success);
+  EXPECT_EQ(
+      send(MessageId::ModifyProfile, profileRequest(1, Profile{.apn = "sos", .clat = uint8_t{5}})),
+      success);
   EXPECT_EQ(*modem->profiles().find(1), (Profile{.apn = "sos", .user = "u", .clat = uint8_t{5}}));
   EXPECT_THAT(lastEvents(otherClient), ElementsAre("modify/1"));
 }
 
 TEST_F(ModemTest, Modify_Persistence_IsIgnored) {
   create(withApn("ims"));
-  EXPECT_EQ(send(modifyProfile, profileRequest(1, withApn("sos", /*isPersistent=*/true))), success);
+  EXPECT_EQ(
+      send(MessageId::ModifyProfile, profileRequest(1, withApn("sos", /*isPersistent=*/true))),
+      success);
   EXPECT_EQ(*modem->profiles().find(1), withApn("sos"));
 }
 
 TEST_F(ModemTest, Modify_NothingGiven_SucceedsAndIndicates) {
   create({});
-  EXPECT_EQ(send(modifyProfile, profileRequest(1)), success);
+  EXPECT_EQ(send(MessageId::ModifyProfile, profileRequest(1)), success);
   EXPECT_THAT(lastEvents(otherClient), ElementsAre("modify/1"));
 }
 
 TEST_F(ModemTest, Modify_RefusedValue_ChangesNothing) {
   create(withApn("ims"));
-  EXPECT_EQ(send(modifyProfile, profileRequest(1, Profile{.pdpType = 9u, .apn = "sos"})),
+  EXPECT_EQ(send(MessageId::ModifyProfile, profileRequest(1, Profile{.pdpType = 9u, .apn = "sos"})),
             failure(ErrorCode::InvalidArgument));
   EXPECT_EQ(*modem->profiles().find(1), withApn("ims"));
   EXPECT_THAT(last.indications, IsEmpty());
@@ -165,15 +168,16 @@ TEST_F(ModemTest, Modify_RefusedValue_ChangesNothing) {
 
 TEST_F(ModemTest, Delete_Success_RemovesAndIndicates) {
   create({});
-  EXPECT_EQ(send(deleteProfile, profileRequest(1)), success);
+  EXPECT_EQ(send(MessageId::DeleteProfile, profileRequest(1)), success);
   EXPECT_THAT(lastEvents(otherClient), ElementsAre("delete/1"));
-  EXPECT_EQ(send(profileSettings, profileRequest(1)), failure(ErrorCode::InvalidProfileIndex));
+  EXPECT_EQ(send(MessageId::ProfileSettings, profileRequest(1)),
+            failure(ErrorCode::InvalidProfileIndex));
 }
 
 TEST_F(ModemTest, List_SomeProfiles_HasTypesIndicesAndNames) {
   create(Profile{.name = "ab"});
   create({});
-  EXPECT_EQ(send(profileList, listRequest()), success);
+  EXPECT_EQ(send(MessageId::ProfileList, listRequest()), success);
   EXPECT_THAT(last.response, ElementsAre(2, 8, 0, 0, 0, 0, 0, 0, 0, 0, 0,  //
                                          3, 16, 0, 2, 0,                   //
                                          0, 0, 0, 0, 1, 2, 'a', 'b',       //
@@ -185,13 +189,13 @@ TEST_F(ModemTest, List_LargestTableWithLongestNames_Fits) {
   for (int i = 0; i < 255; ++i) {
     create(Profile{.name = std::string(50, 'n')});
   }
-  EXPECT_EQ(send(profileList, {}), success);
+  EXPECT_EQ(send(MessageId::ProfileList, {}), success);
   EXPECT_EQ(FieldReader(last.response).bytes(tagAnswer)->size(), 2u + 255u * 56u);
 }
 
 struct RefusedRequest {
   const char* name;
-  uint16_t messageId;
+  MessageId messageId;
   Payload payload;
   ErrorCode error;
 };
@@ -218,47 +222,53 @@ std::vector<RefusedRequest> refusedRequests() {
   const Payload hugeList = {0x10, 2, 0, 0xFF, 0xFF};
   const Payload wrongFlag = {0x16, 2, 0, 1, 1};
   return {
-      {"CreateWithoutType", createProfile, {}, MalformedMessage},
-      {"CreateWithNarrowType", createProfile, {1, 1, 0, 0}, MalformedMessage},
-      {"CreateWithWideFlag", createProfile, plus(createRequest({}), wrongFlag), MalformedMessage},
-      {"CreateWithTail", createProfile, plus(createRequest({}), {0x12}), MalformedMessage},
-      {"CreateOfOtherType", createProfile, createRequest({}, 1), InvalidProfileType},
-      {"CreateNameTooLong", createProfile, createRequest({.name = std::string(51, 'n')}),
-       ArgumentTooLong},
-      {"CreateApnTooLong", createProfile, createRequest({.apn = std::string(151, 'a')}),
-       ArgumentTooLong},
-      {"CreateUserTooLong", createProfile, createRequest({.user = std::string(128, 'u')}),
-       ArgumentTooLong},
-      {"CreatePasswordTooLong", createProfile, createRequest({.password = std::string(128, 'p')}),
-       ArgumentTooLong},
-      {"CreatePdpType", createProfile, createRequest({.pdpType = 4u}), InvalidArgument},
-      {"CreateLteRoam", createProfile, createRequest({.lteRoam = 3u}), InvalidArgument},
-      {"CreateUmtsRoam", createProfile, createRequest({.umtsRoam = 254u}), InvalidArgument},
-      {"CreateOverride", createProfile, createRequest({.overrideHome = 256u}), InvalidArgument},
-      {"ModifyWithoutId", modifyProfile, {}, MalformedMessage},
-      {"ModifyWithShortId", modifyProfile, shortId, MalformedMessage},
-      {"ModifyUnknownIndex", modifyProfile, profileRequest(2), InvalidProfileIndex},
-      {"ModifyIndex0", modifyProfile, profileRequest(0), InvalidProfileIndex},
-      {"ModifyOtherType", modifyProfile, profileRequest(1, {}, 1), InvalidProfileType},
-      {"ModifyMalformedUnknownIndex", modifyProfile, plus(profileRequest(2), wrongFlag),
+      {"CreateWithoutType", MessageId::CreateProfile, {}, MalformedMessage},
+      {"CreateWithNarrowType", MessageId::CreateProfile, {1, 1, 0, 0}, MalformedMessage},
+      {"CreateWithWideFlag", MessageId::CreateProfile, plus(createRequest({}), wrongFlag),
        MalformedMessage},
-      {"ModifyApnTooLong", modifyProfile, profileRequest(1, {.apn = std::string(151, 'a')}),
+      {"CreateWithTail", MessageId::CreateProfile, plus(createRequest({}), {0x12}),
+       MalformedMessage},
+      {"CreateOfOtherType", MessageId::CreateProfile, createRequest({}, 1), InvalidProfileType},
+      {"CreateNameTooLong", MessageId::CreateProfile, createRequest({.name = std::string(51, 'n')}),
        ArgumentTooLong},
-      {"DeleteWithoutId", deleteProfile, {}, MalformedMessage},
-      {"DeleteUnknownIndex", deleteProfile, profileRequest(255), InvalidProfileIndex},
-      {"DeleteOtherType", deleteProfile, profileRequest(1, {}, 255), InvalidProfileType},
-      {"SettingsWithoutId", profileSettings, {}, MalformedMessage},
-      {"SettingsUnknownIndex", profileSettings, profileRequest(2), InvalidProfileIndex},
-      {"SettingsOtherType", profileSettings, profileRequest(1, {}, 1), InvalidProfileType},
-      {"ListOtherType", profileList, listRequest(1), InvalidProfileType},
-      {"ListNarrowType", profileList, {0x10, 1, 0, 0}, MalformedMessage},
-      {"RegisterWideFlag", indicationRegister, {0x20, 2, 0, 1, 0}, MalformedMessage},
-      {"EventsHugeCount", configureEvents, hugeList, MalformedMessage},
-      {"EventsNoCount", configureEvents, {0x10, 1, 0, 0}, MalformedMessage},
-      {"EventsOtherType", configureEvents, eventListRequest({idOf(1, 7)}), InvalidProfileType},
-      {"BindWithoutSubscription", bindSubscription, {}, MalformedMessage},
-      {"UnknownMessage", 0x1234, {}, NotSupported},
-      {"IndicationAsRequest", profileChanged, {}, NotSupported},
+      {"CreateApnTooLong", MessageId::CreateProfile, createRequest({.apn = std::string(151, 'a')}),
+       ArgumentTooLong},
+      {"CreateUserTooLong", MessageId::CreateProfile,
+       createRequest({.user = std::string(128, 'u')}), ArgumentTooLong},
+      {"CreatePasswordTooLong", MessageId::CreateProfile,
+       createRequest({.password = std::string(128, 'p')}), ArgumentTooLong},
+      {"CreatePdpType", MessageId::CreateProfile, createRequest({.pdpType = 4u}), InvalidArgument},
+      {"CreateLteRoam", MessageId::CreateProfile, createRequest({.lteRoam = 3u}), InvalidArgument},
+      {"CreateUmtsRoam", MessageId::CreateProfile, createRequest({.umtsRoam = 254u}),
+       InvalidArgument},
+      {"CreateOverride", MessageId::CreateProfile, createRequest({.overrideHome = 256u}),
+       InvalidArgument},
+      {"ModifyWithoutId", MessageId::ModifyProfile, {}, MalformedMessage},
+      {"ModifyWithShortId", MessageId::ModifyProfile, shortId, MalformedMessage},
+      {"ModifyUnknownIndex", MessageId::ModifyProfile, profileRequest(2), InvalidProfileIndex},
+      {"ModifyIndex0", MessageId::ModifyProfile, profileRequest(0), InvalidProfileIndex},
+      {"ModifyOtherType", MessageId::ModifyProfile, profileRequest(1, {}, 1), InvalidProfileType},
+      {"ModifyMalformedUnknownIndex", MessageId::ModifyProfile, plus(profileRequest(2), wrongFlag),
+       MalformedMessage},
+      {"ModifyApnTooLong", MessageId::ModifyProfile,
+       profileRequest(1, {.apn = std::string(151, 'a')}), ArgumentTooLong},
+      {"DeleteWithoutId", MessageId::DeleteProfile, {}, MalformedMessage},
+      {"DeleteUnknownIndex", MessageId::DeleteProfile, profileRequest(255), InvalidProfileIndex},
+      {"DeleteOtherType", MessageId::DeleteProfile, profileRequest(1, {}, 255), InvalidProfileType},
+      {"SettingsWithoutId", MessageId::ProfileSettings, {}, MalformedMessage},
+      {"SettingsUnknownIndex", MessageId::ProfileSettings, profileRequest(2), InvalidProfileIndex},
+      {"SettingsOtherType", MessageId::ProfileSettings, profileRequest(1, {}, 1),
+       InvalidProfileType},
+      {"ListOtherType", MessageId::ProfileList, listRequest(1), InvalidProfileType},
+      {"ListNarrowType", MessageId::ProfileList, {0x10, 1, 0, 0}, MalformedMessage},
+      {"RegisterWideFlag", MessageId::IndicationRegister, {0x20, 2, 0, 1, 0}, MalformedMessage},
+      {"EventsHugeCount", MessageId::ConfigureEvents, hugeList, MalformedMessage},
+      {"EventsNoCount", MessageId::ConfigureEvents, {0x10, 1, 0, 0}, MalformedMessage},
+      {"EventsOtherType", MessageId::ConfigureEvents, eventListRequest({idOf(1, 7)}),
+       InvalidProfileType},
+      {"BindWithoutSubscription", MessageId::BindSubscription, {}, MalformedMessage},
+      {"UnknownMessage", MessageId{0x1234}, {}, NotSupported},
+      {"IndicationAsRequest", MessageId::ProfileChanged, {}, NotSupported},
   };
 }
 
@@ -266,29 +276,29 @@ INSTANTIATE_TEST_SUITE_P(Requests, ModemRefuses, testing::ValuesIn(refusedReques
                          [](const auto& row) { return std::string(row.param.name); });
 
 TEST_F(ModemTest, Register_OneOfTheTwoOnly_TellsNothing) {
-  modem->handle(firstClient, indicationRegister, registerRequest());
+  modem->handle(firstClient, MessageId::IndicationRegister, registerRequest());
   create({});
   EXPECT_THAT(lastEvents(firstClient), IsEmpty());
-  modem->handle(firstClient, configureEvents, allEventsRequest());
+  modem->handle(firstClient, MessageId::ConfigureEvents, allEventsRequest());
   create({});
   EXPECT_THAT(lastEvents(firstClient), ElementsAre("create/2", "modify/2"));
 }
 
 TEST_F(ModemTest, Register_SwitchedOffAgain_TellsNothing) {
-  modem->handle(otherClient, indicationRegister, registerRequest(/*isOn=*/false));
+  modem->handle(otherClient, MessageId::IndicationRegister, registerRequest(/*isOn=*/false));
   create({});
   EXPECT_THAT(lastEvents(otherClient), IsEmpty());
 }
 
 TEST_F(ModemTest, EventList_ReportSwitchOff_TellsNothing) {
-  modem->handle(otherClient, configureEvents,
+  modem->handle(otherClient, MessageId::ConfigureEvents,
                 eventListRequest({idOf(profileIndexAny, profileTypeAny)}, /*isOn=*/false));
   create({});
   EXPECT_THAT(lastEvents(otherClient), IsEmpty());
 }
 
 TEST_F(ModemTest, EventList_OneIndex_TellsOfThatOneOnly) {
-  modem->handle(otherClient, configureEvents, eventListRequest({idOf(2)}));
+  modem->handle(otherClient, MessageId::ConfigureEvents, eventListRequest({idOf(2)}));
   create({});
   EXPECT_THAT(lastEvents(otherClient), IsEmpty());
   create({});
@@ -296,30 +306,32 @@ TEST_F(ModemTest, EventList_OneIndex_TellsOfThatOneOnly) {
 }
 
 TEST_F(ModemTest, EventList_RefusedOne_LeavesTheFormer) {
-  modem->handle(otherClient, configureEvents, eventListRequest({idOf(1), idOf(1, 7)}));
+  modem->handle(otherClient, MessageId::ConfigureEvents, eventListRequest({idOf(1), idOf(1, 7)}));
   create({});
   create({});
   EXPECT_THAT(lastEvents(otherClient), ElementsAre("create/2", "modify/2"));
 }
 
 TEST_F(ModemTest, Bind_AnySubscription_IsAcceptedAndShown) {
-  EXPECT_EQ(send(bindSubscription, bindRequest(-1)), success);
+  EXPECT_EQ(send(MessageId::BindSubscription, bindRequest(-1)), success);
   EXPECT_EQ(modem->clientsToJson()[0]["subscription"], -1);
 }
 
 TEST_F(ModemTest, Ready_ClientSawAbsence_IsToldOnceWhenRegistered) {
   modem->addClient(3, /*sawAbsence=*/true);
-  EXPECT_THAT(modem->handle(3, indicationRegister, registerRequest()).indications, IsEmpty());
-  const Outcome outcome = modem->handle(3, configureEvents, allEventsRequest());
+  EXPECT_THAT(modem->handle(3, MessageId::IndicationRegister, registerRequest()).indications,
+              IsEmpty());
+  const Outcome outcome = modem->handle(3, MessageId::ConfigureEvents, allEventsRequest());
   ASSERT_EQ(outcome.indications.size(), 1u);
   EXPECT_EQ(outcome.indications[0].client, 3u);
   EXPECT_EQ(eventOf(outcome.indications[0].payload), "ready/255");
-  EXPECT_THAT(modem->handle(3, configureEvents, allEventsRequest()).indications, IsEmpty());
+  EXPECT_THAT(modem->handle(3, MessageId::ConfigureEvents, allEventsRequest()).indications,
+              IsEmpty());
 }
 
 TEST_F(ModemTest, Ready_ClientJoinedARunningModem_IsNotTold) {
-  modem->handle(firstClient, indicationRegister, registerRequest());
-  send(configureEvents, allEventsRequest());
+  modem->handle(firstClient, MessageId::IndicationRegister, registerRequest());
+  send(MessageId::ConfigureEvents, allEventsRequest());
   EXPECT_THAT(last.indications, IsEmpty());
 }
 
@@ -338,13 +350,13 @@ TEST_F(ModemTest, PowerCycle_Clients_AreForgotten) {
   modem->powerOff();
   modem->powerUp();
   EXPECT_THAT(modem->clientsToJson(), IsEmpty());
-  EXPECT_EQ(send(profileList, {}), failure(ErrorCode::NotReady));
+  EXPECT_EQ(send(MessageId::ProfileList, {}), failure(ErrorCode::NotReady));
 }
 
 TEST_F(ModemTest, PowerCycle_OwnProfiles_ComeBackAsInTheFile) {
   startModem(4, {{1, withApn("own")}, {2, withApn("factory", /*isPersistent=*/true)}});
-  send(modifyProfile, profileRequest(1, withApn("edited")));
-  send(deleteProfile, profileRequest(2));
+  send(MessageId::ModifyProfile, profileRequest(1, withApn("edited")));
+  send(MessageId::DeleteProfile, profileRequest(2));
   modem->powerOff();
   modem->powerUp();
   EXPECT_EQ(modem->profiles().all(), (ProfilesByIndex{{1, withApn("own")}}));
@@ -352,7 +364,7 @@ TEST_F(ModemTest, PowerCycle_OwnProfiles_ComeBackAsInTheFile) {
 
 TEST_F(ModemTest, PowerCycle_OwnIndexTakenByAPersistentOne_MovesTheOwn) {
   startModem(2, {{1, withApn("own")}});
-  send(deleteProfile, profileRequest(1));
+  send(MessageId::DeleteProfile, profileRequest(1));
   create(withApn("kept", /*isPersistent=*/true));
   modem->powerOff();
   modem->powerUp();
@@ -362,7 +374,7 @@ TEST_F(ModemTest, PowerCycle_OwnIndexTakenByAPersistentOne_MovesTheOwn) {
 
 TEST_F(ModemTest, PowerCycle_NoRoomForAnOwnProfile_LeavesItOut) {
   startModem(1, {{1, withApn("own")}});
-  send(deleteProfile, profileRequest(1));
+  send(MessageId::DeleteProfile, profileRequest(1));
   create(withApn("kept", /*isPersistent=*/true));
   modem->powerOff();
   modem->powerUp();
@@ -385,9 +397,9 @@ class ModemWithStore : public ModemTest {
 TEST_F(ModemWithStore, Edits_OfPersistentProfiles_AreStoredBeforeTheAnswer) {
   create(withApn("a", /*isPersistent=*/true));
   EXPECT_EQ(stored(), (ProfilesByIndex{{1, withApn("a", true)}}));
-  send(modifyProfile, profileRequest(1, withApn("b")));
+  send(MessageId::ModifyProfile, profileRequest(1, withApn("b")));
   EXPECT_EQ(stored(), (ProfilesByIndex{{1, withApn("b", true)}}));
-  send(deleteProfile, profileRequest(1));
+  send(MessageId::DeleteProfile, profileRequest(1));
   EXPECT_EQ(stored(), ProfilesByIndex{});
 }
 
@@ -395,8 +407,8 @@ TEST_F(ModemWithStore, Edits_OfOtherProfiles_DoNotTouchTheStore) {
   const auto written = std::filesystem::last_write_time(path());
   std::filesystem::last_write_time(path(), written - std::chrono::hours(1));
   create(withApn("a"));
-  send(modifyProfile, profileRequest(1, withApn("b")));
-  send(deleteProfile, profileRequest(1));
+  send(MessageId::ModifyProfile, profileRequest(1, withApn("b")));
+  send(MessageId::DeleteProfile, profileRequest(1));
   EXPECT_EQ(std::filesystem::last_write_time(path()), written - std::chrono::hours(1));
 }
 
@@ -415,7 +427,8 @@ TEST_F(ModemWithStore, Restart_NoStoreYet_BeginsWithThePersistentOnesOfTheFile) 
 
 TEST_F(ModemWithStore, Create_StoreCannotBeWritten_IsRefusedAndChangesNothing) {
   std::filesystem::create_directory(path() + ".new");
-  EXPECT_EQ(send(createProfile, createRequest(withApn("a", true))), failure(ErrorCode::Internal));
+  EXPECT_EQ(send(MessageId::CreateProfile, createRequest(withApn("a", true))),
+            failure(ErrorCode::Internal));
   EXPECT_THAT(modem->profiles().all(), IsEmpty());
   EXPECT_THAT(last.indications, IsEmpty());
   EXPECT_EQ(create(withApn("not persistent")), 1);
@@ -424,7 +437,7 @@ TEST_F(ModemWithStore, Create_StoreCannotBeWritten_IsRefusedAndChangesNothing) {
 TEST_F(ModemWithStore, PowerOff_StoreIsUnreadable_ThrowsAndStaysOn) {
   std::filesystem::remove(path());
   std::filesystem::create_directory(path());
-  EXPECT_THROW(modem->powerOff(), FileError);
+  EXPECT_THROW(modem->powerOff(), Error);
   EXPECT_TRUE(modem->isOn());
   EXPECT_EQ(modem->clientsToJson().size(), 2u);
 }

@@ -4,9 +4,9 @@
 #include <cstdint>
 #include <vector>
 
-#include "modem/FieldWriter.h"
-#include "modem/Messages.h"
-#include "modem/Profile.h"
+#include "modem/core/FieldWriter.h"
+#include "modem/core/Messages.h"
+#include "modem/core/Profile.h"
 
 namespace modem::test {
 

@@ -1,4 +1,4 @@
-#include "modem/PrivateFile.h"
+#include "base/PrivateFile.h"
 
 #include <fcntl.h>
 #include <gmock/gmock.h>
@@ -13,7 +13,7 @@
 
 #include "FileMode.h"
 #include "TemporaryFolder.h"
-#include "modem/File.h"
+#include "modem/common/File.h"
 
 namespace modem {
 namespace {

@@ -20,9 +20,9 @@
 #include "Deadline.h"
 #include "RawClient.h"
 #include "TemporaryFolder.h"
-#include "modem/ControlClient.h"
-#include "modem/LocalSocket.h"
-#include "modem/Server.h"
+#include "modem/client/ControlClient.h"
+#include "modem/server/Server.h"
+#include "wire/LocalSocket.h"
 
 namespace modem::test {
 namespace {
@@ -150,7 +150,7 @@ TEST_F(ProcessTest, Start_SocketOfALiveModem_IsRefusedAndTheLiveOneGoesOn) {
   ChildProcess process(command());
   ASSERT_TRUE(isReady(process));
   EXPECT_THAT(complaintOf(command(), 1), HasSubstr("a running modem serves this socket"));
-  EXPECT_EQ(resultOf(newClient().request(profileList, {})), success);
+  EXPECT_EQ(resultOf(newClient().request(MessageId::ProfileList, {})), success);
 }
 
 TEST_F(ProcessTest, Start_FileThatIsNoSocket_IsRefusedAndKept) {
@@ -251,19 +251,20 @@ TEST_F(ProcessTest, Kill_AfterAnswers_LosesNothingPersistent) {
     ASSERT_TRUE(isReady(process)) << process.errors();
     RawClient client = newClient();
     const std::string apn = "apn" + std::to_string(round);
-    ASSERT_EQ(resultOf(client.request(createProfile,
+    ASSERT_EQ(resultOf(client.request(MessageId::CreateProfile,
                                       createRequest({.apn = apn, .persistent = uint8_t{1}}))),
               success);
-    ASSERT_EQ(resultOf(client.request(modifyProfile, profileRequest(1, {.apn = apn}))), success);
+    ASSERT_EQ(resultOf(client.request(MessageId::ModifyProfile, profileRequest(1, {.apn = apn}))),
+              success);
     process.sendSignal(SIGKILL);
     ASSERT_EQ(process.waitForExit(), (Exit{-1, SIGKILL}));
   }
   ChildProcess process(words);
   ASSERT_TRUE(isReady(process)) << process.errors();
   RawClient client = newClient();
-  EXPECT_EQ(settingsOf(client.request(profileSettings, profileRequest(1))).apn, "apn5");
+  EXPECT_EQ(settingsOf(client.request(MessageId::ProfileSettings, profileRequest(1))).apn, "apn5");
   for (uint8_t index = 2; index <= 5; ++index) {
-    EXPECT_EQ(settingsOf(client.request(profileSettings, profileRequest(index))).apn,
+    EXPECT_EQ(settingsOf(client.request(MessageId::ProfileSettings, profileRequest(index))).apn,
               "apn" + std::to_string(index));
   }
 }
@@ -330,8 +331,8 @@ TEST_F(ProcessTest, Start_Script_TakesEffect) {
   ChildProcess process(command({"--script", folder.file("script.json")}));
   ASSERT_TRUE(isReady(process)) << process.errors();
   RawClient client = newClient();
-  EXPECT_EQ(resultOf(client.request(profileList, {})), success);
-  EXPECT_EQ(resultOf(client.request(profileList, {})), failure(ErrorCode::Internal));
+  EXPECT_EQ(resultOf(client.request(MessageId::ProfileList, {})), success);
+  EXPECT_EQ(resultOf(client.request(MessageId::ProfileList, {})), failure(ErrorCode::Internal));
   EXPECT_EQ(ControlClient(socketPath()).call("show")["boot"], 3);
 }
 
@@ -376,7 +377,7 @@ TEST_F(ProcessTest, Connect_ProcessOfAnotherUser_IsHungUpOnAndToldInOneLine) {
   EXPECT_EQ(connectAsAnotherUser(process, socketPath(), control), Outcome::HungUp);
   EXPECT_EQ(connectAsAnotherUser(process, socketPath(), {FrameKind::Hello, 0, 0, {0}}),
             Outcome::HungUp);
-  EXPECT_EQ(resultOf(newClient().request(profileList, {})), success);
+  EXPECT_EQ(resultOf(newClient().request(MessageId::ProfileList, {})), success);
   EXPECT_THAT(process.errors(),
               testing::StartsWith("pavo-modem: a connection was turned away, it is of user " +
                                   std::to_string(anotherUser) + "\n"));
@@ -393,7 +394,7 @@ TEST_F(ProcessTest, Connect_SilentOnes_AreClosedAndTheOthersServed) {
   halfSaid.sendBytes(Payload{1, 0, 0, 0});
   EXPECT_TRUE(silent.isHungUp());
   EXPECT_TRUE(halfSaid.isHungUp());
-  EXPECT_EQ(resultOf(client.request(profileList, {})), success);
+  EXPECT_EQ(resultOf(client.request(MessageId::ProfileList, {})), success);
   EXPECT_EQ(control.call("show")["clients"], 1);
   EXPECT_THAT(process.errors(), HasSubstr("a connection was closed: it has not said what it is\n"));
 }
@@ -427,7 +428,7 @@ class ReplayProcessTest : public ProcessTest {
   void makeRequests(const std::string& apn) const {
     RawClient client = newClient();
     client.registerForAll();
-    client.request(createProfile, createRequest({.apn = apn}));
+    client.request(MessageId::CreateProfile, createRequest({.apn = apn}));
     client.eventsUntilNow();
   }
   void record() {

@@ -1,4 +1,4 @@
-#include "modem/ProfileFile.h"
+#include "modem/core/ProfileFile.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -8,7 +8,7 @@
 
 #include "FileMode.h"
 #include "TemporaryFolder.h"
-#include "modem/Store.h"
+#include "modem/core/Store.h"
 
 namespace modem {
 namespace {
@@ -52,7 +52,7 @@ TEST(ProfileFile, Read_NoSuchFile_IsEmpty) {
 
 TEST(ProfileFile, Read_Directory_IsAnError) {
   const TemporaryFolder folder;
-  EXPECT_THROW(readProfileFile(folder.path().string(), capacity), FileError);
+  EXPECT_THROW(readProfileFile(folder.path().string(), capacity), Error);
 }
 
 struct BadFile {
@@ -69,7 +69,7 @@ TEST_P(ProfileFileBad, Read_BadFile_TellsFileAndPlaceInOneLine) {
   try {
     readProfileFile(path, capacity);
     FAIL() << "it was accepted";
-  } catch (const FileError& error) {
+  } catch (const Error& error) {
     EXPECT_THAT(error.what(),
                 AllOf(StartsWith(path), HasSubstr(GetParam().error), Not(HasSubstr("\n"))));
   }
@@ -101,7 +101,7 @@ TEST(ProfileFile, Read_TextAboveItsBound_TellsTheBound) {
   const auto path =
       writeFile(folder, R"({"profiles": [{"name": ")" + std::string(51, 'n') + R"("}]})");
   EXPECT_THAT([&] { readProfileFile(path, capacity); },
-              testing::ThrowsMessage<FileError>(HasSubstr("at most 50")));
+              testing::ThrowsMessage<Error>(HasSubstr("at most 50")));
 }
 
 TEST(Store, Load_NothingSaved_IsEmpty) {
@@ -174,7 +174,7 @@ TEST(Store, Save_CannotBeWritten_ThrowsAndKeepsTheOldState) {
   const Store store(folder.file("store"), capacity);
   store.save({{1, persistentProfile("ims")}});
   std::filesystem::create_directory(folder.file("store.new"));
-  EXPECT_THROW(store.save({}), FileError);
+  EXPECT_THROW(store.save({}), Error);
   EXPECT_EQ(store.load()->size(), 1u);
 }
 
@@ -182,7 +182,7 @@ TEST(Store, Load_ProfileThatIsNotPersistent_IsAnError) {
   const TemporaryFolder folder;
   const auto path = writeFile(folder, R"({"profiles": [{"index": 1, "apn": "x"}]})");
   EXPECT_THAT([&] { Store(path, capacity).load(); },
-              testing::ThrowsMessage<FileError>(HasSubstr("not persistent")));
+              testing::ThrowsMessage<Error>(HasSubstr("not persistent")));
 }
 
 }  // namespace

@@ -1,4 +1,4 @@
-#include "modem/ProfileJson.h"
+#include "modem/core/ProfileJson.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -59,7 +59,7 @@ TEST_P(ProfileJsonWrong, FromJson_WrongForm_NamesTheMember) {
   try {
     profileFromJson({{GetParam().member, json::parse(GetParam().value)}});
     FAIL() << "it was accepted";
-  } catch (const JsonError& error) {
+  } catch (const Error& error) {
     EXPECT_THAT(error.what(), StartsWith(GetParam().member));
   }
 }

@@ -1,4 +1,4 @@
-#include "modem/ProfileTable.h"
+#include "modem/core/ProfileTable.h"
 
 #include <gtest/gtest.h>
 

@@ -24,24 +24,24 @@ std::optional<uint32_t> RawClient::hello(bool sawAbsence) {
 }
 
 void RawClient::registerForAll() {
-  request(indicationRegister, registerRequest());
-  request(configureEvents, allEventsRequest());
+  request(MessageId::IndicationRegister, registerRequest());
+  request(MessageId::ConfigureEvents, allEventsRequest());
 }
 
-Payload RawClient::request(uint16_t messageId, const Payload& payload) {
-  const uint32_t transaction = send(FrameKind::Request, messageId, payload);
+Payload RawClient::request(MessageId message, const Payload& payload) {
+  const uint32_t transaction = send(FrameKind::Request, message, payload);
   while (auto frame = receive()) {
     if (frame->kind == FrameKind::Indication) {
       indications.push_back(std::move(*frame));
-    } else if (frame->transaction == transaction && frame->messageId == messageId) {
+    } else if (frame->transaction == transaction && MessageId{frame->messageId} == message) {
       return frame->payload;
     }
   }
   return {};
 }
 
-uint32_t RawClient::send(FrameKind kind, uint16_t messageId, const Payload& payload) {
-  sendBytes(encodeFrame({kind, messageId, ++lastTransaction, payload}));
+uint32_t RawClient::send(FrameKind kind, MessageId message, const Payload& payload) {
+  sendBytes(encodeFrame({kind, numberOf(message), ++lastTransaction, payload}));
   return lastTransaction;
 }
 
@@ -83,7 +83,7 @@ std::string RawClient::nextEvent() {
 }
 
 std::vector<std::string> RawClient::eventsUntilNow() {
-  request(profileList, listRequest());
+  request(MessageId::ProfileList, listRequest());
   std::vector<std::string> events;
   for (const Frame& frame : indications) {
     events.push_back(eventOf(frame.payload));

@@ -9,8 +9,8 @@
 #include <vector>
 
 #include "Payloads.h"
-#include "modem/Frame.h"
 #include "modem/UniqueFd.h"
+#include "wire/Frame.h"
 
 namespace modem::test {
 
@@ -25,9 +25,9 @@ class RawClient {
 
   // The payload of the response; indications that come before it are kept. Empty when the modem
   // hung up.
-  Payload request(uint16_t messageId, const Payload& payload);
+  Payload request(MessageId message, const Payload& payload);
 
-  uint32_t send(FrameKind kind, uint16_t messageId, const Payload& payload);
+  uint32_t send(FrameKind kind, MessageId message, const Payload& payload);
   void sendBytes(std::span<const uint8_t> bytes);
   // The next frame of whatever kind; nothing when the modem hung up or keeps silent for too long.
   std::optional<Frame> receive();

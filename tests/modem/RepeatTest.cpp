@@ -30,10 +30,10 @@ json transcriptOf(uint64_t seed) {
   client.registerForAll();
   for (int i = 0; i < 40; ++i) {
     const uint8_t index =
-        createdIndexOf(client.request(createProfile, createRequest({.apn = "x"})));
-    client.request(profileSettings, profileRequest(index));
-    client.request(modifyProfile, profileRequest(index, {.user = "y"}));
-    client.request(deleteProfile, profileRequest(index));
+        createdIndexOf(client.request(MessageId::CreateProfile, createRequest({.apn = "x"})));
+    client.request(MessageId::ProfileSettings, profileRequest(index));
+    client.request(MessageId::ModifyProfile, profileRequest(index, {.user = "y"}));
+    client.request(MessageId::DeleteProfile, profileRequest(index));
   }
   return served.newControl().call("transcript")["entries"];
 }

@@ -1,5 +1,5 @@
 // A trace, served again to clients on the wire.
-#include "modem/Replay.h"
+#include "modem/trace/Replay.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -24,7 +24,7 @@ using testing::IsEmpty;
 class ServedReplay {
  public:
   explicit ServedReplay(const std::string& path)
-      : server({.listenFd = -1, .complain = [this](const std::string& line) { keep(line); }}),
+      : server({.listenFd = -1, .report = [this](const std::string& line) { keep(line); }}),
         replay(readTraceSessions(path), server),
         thread([this] { server.run(replay); }) {}
   ~ServedReplay() { end(); }
@@ -84,20 +84,21 @@ TEST_F(ReplayTest, SameRequests_MeetTheSameAnswersAndIndications) {
   Payload listed;
   record([&](ServedModem&, RawClient& client) {
     client.registerForAll();
-    client.request(createProfile, createRequest({.apn = "ims"}));
-    listed = client.request(profileList, listRequest());
-    client.request(deleteProfile, profileRequest(1));
+    client.request(MessageId::CreateProfile, createRequest({.apn = "ims"}));
+    listed = client.request(MessageId::ProfileList, listRequest());
+    client.request(MessageId::DeleteProfile, profileRequest(1));
     client.eventsUntilNow();
   });
   ServedReplay replay(path);
   RawClient client = replay.connect();
   EXPECT_TRUE(client.hello());
   client.registerForAll();
-  EXPECT_EQ(createdIndexOf(client.request(createProfile, createRequest({.apn = "ims"}))), 1);
+  EXPECT_EQ(createdIndexOf(client.request(MessageId::CreateProfile, createRequest({.apn = "ims"}))),
+            1);
   EXPECT_EQ(client.nextEvent(), "create/1");
   EXPECT_EQ(client.nextEvent(), "modify/1");
-  EXPECT_EQ(client.request(profileList, listRequest()), listed);
-  EXPECT_EQ(resultOf(client.request(deleteProfile, profileRequest(1))), success);
+  EXPECT_EQ(client.request(MessageId::ProfileList, listRequest()), listed);
+  EXPECT_EQ(resultOf(client.request(MessageId::DeleteProfile, profileRequest(1))), success);
   EXPECT_THAT(client.eventsUntilNow(), ElementsAre("delete/1"));
   const Replay& served = replay.end();
   EXPECT_EQ(served.requestsServed(), served.requestsOfTrace());
@@ -106,11 +107,14 @@ TEST_F(ReplayTest, SameRequests_MeetTheSameAnswersAndIndications) {
 }
 
 TEST_F(ReplayTest, OtherTransactions_AreAnsweredUnderTheirOwn) {
-  record([&](ServedModem&, RawClient& client) { client.request(profileList, listRequest()); });
+  record([&](ServedModem&, RawClient& client) {
+    client.request(MessageId::ProfileList, listRequest());
+  });
   ServedReplay replay(path);
   RawClient client = replay.connect();
   client.hello();
-  client.sendBytes(encodeFrame({FrameKind::Request, profileList, 4711, listRequest()}));
+  client.sendBytes(
+      encodeFrame({FrameKind::Request, numberOf(MessageId::ProfileList), 4711, listRequest()}));
   EXPECT_EQ(client.receive()->transaction, 4711u);
 }
 
@@ -118,14 +122,15 @@ TEST_F(ReplayTest, IndicationOfAnothersEdit_ComesBetweenTheSameRequests) {
   record([&](ServedModem& modem, RawClient& client) {
     client.registerForAll();
     modem.newControl().call("create", {{"apn", "operator"}});
-    client.request(profileSettings, profileRequest(1));
+    client.request(MessageId::ProfileSettings, profileRequest(1));
   });
   ServedReplay replay(path);
   RawClient client = replay.connect();
   client.hello();
   client.registerForAll();
   // Nobody waits for them here: they have to come before the next answer.
-  EXPECT_EQ(settingsOf(client.request(profileSettings, profileRequest(1))).apn, "operator");
+  EXPECT_EQ(settingsOf(client.request(MessageId::ProfileSettings, profileRequest(1))).apn,
+            "operator");
   EXPECT_EQ(client.nextEvent(), "create/1");
   EXPECT_EQ(client.nextEvent(), "modify/1");
 }
@@ -135,17 +140,18 @@ TEST_F(ReplayTest, FaultyAnswers_AreAsFaulty) {
   record([&](ServedModem& modem, RawClient& client) {
     ControlClient control = modem.newControl();
     control.call("fail", {{"message", "profile-list"}, {"cutTo", 5}});
-    cut = client.request(profileList, listRequest());
+    cut = client.request(MessageId::ProfileList, listRequest());
     control.call("fail", {{"message", "profile-list"}, {"silent", true}});
-    client.send(FrameKind::Request, profileList, listRequest());
-    client.request(bindSubscription, bindRequest(1));
+    client.send(FrameKind::Request, MessageId::ProfileList, listRequest());
+    client.request(MessageId::BindSubscription, bindRequest(1));
   });
   ServedReplay replay(path);
   RawClient client = replay.connect();
   client.hello();
-  EXPECT_EQ(client.request(profileList, listRequest()), cut);
-  client.send(FrameKind::Request, profileList, listRequest());
-  const uint32_t last = client.send(FrameKind::Request, bindSubscription, bindRequest(1));
+  EXPECT_EQ(client.request(MessageId::ProfileList, listRequest()), cut);
+  client.send(FrameKind::Request, MessageId::ProfileList, listRequest());
+  const uint32_t last =
+      client.send(FrameKind::Request, MessageId::BindSubscription, bindRequest(1));
   EXPECT_EQ(client.receive()->transaction, last);
 }
 
@@ -153,34 +159,34 @@ TEST_F(ReplayTest, LateAnswer_ComesAsLate) {
   constexpr std::chrono::milliseconds late{120};
   record([&](ServedModem& modem, RawClient& client) {
     modem.newControl().call("fail", {{"message", "profile-list"}, {"lateMs", late.count()}});
-    client.request(profileList, listRequest());
+    client.request(MessageId::ProfileList, listRequest());
   });
   ServedReplay replay(path);
   RawClient client = replay.connect();
   client.hello();
   const auto start = std::chrono::steady_clock::now();
-  EXPECT_EQ(resultOf(client.request(profileList, listRequest())), success);
+  EXPECT_EQ(resultOf(client.request(MessageId::ProfileList, listRequest())), success);
   EXPECT_GE(std::chrono::steady_clock::now() - start, late);
 }
 
 TEST_F(ReplayTest, PowerLoss_HangsUpInItsPlace) {
   record([&](ServedModem& modem, RawClient& client) {
-    client.request(profileList, listRequest());
+    client.request(MessageId::ProfileList, listRequest());
     modem.newControl().call("fail", {{"message", "any"}, {"power", "after"}});
-    client.request(createProfile, createRequest({}));
+    client.request(MessageId::CreateProfile, createRequest({}));
     EXPECT_TRUE(client.isHungUp());
     RawClient again = modem.newClient(/*sawAbsence=*/true);
-    again.request(bindSubscription, bindRequest(1));
+    again.request(MessageId::BindSubscription, bindRequest(1));
   });
   ServedReplay replay(path);
   RawClient client = replay.connect();
   client.hello();
-  EXPECT_EQ(resultOf(client.request(profileList, listRequest())), success);
-  EXPECT_EQ(resultOf(client.request(createProfile, createRequest({}))), success);
+  EXPECT_EQ(resultOf(client.request(MessageId::ProfileList, listRequest())), success);
+  EXPECT_EQ(resultOf(client.request(MessageId::CreateProfile, createRequest({}))), success);
   EXPECT_TRUE(client.isHungUp());
   RawClient again = replay.connect();
   again.hello(/*sawAbsence=*/true);
-  EXPECT_EQ(resultOf(again.request(bindSubscription, bindRequest(1))), success);
+  EXPECT_EQ(resultOf(again.request(MessageId::BindSubscription, bindRequest(1))), success);
   EXPECT_EQ(replay.end().requestsDiffering(), 0u);
 }
 
@@ -198,14 +204,15 @@ TEST_F(ReplayTest, HelloRefused_IsRefusedAgain) {
 
 TEST_F(ReplayTest, OtherRequest_IsToldAndRefusedAndLeavesTheTraceWhereItWas) {
   record([&](ServedModem&, RawClient& client) {
-    client.request(createProfile, createRequest({.apn = "ims"}));
+    client.request(MessageId::CreateProfile, createRequest({.apn = "ims"}));
   });
   ServedReplay replay(path);
   RawClient client = replay.connect();
   client.hello();
-  EXPECT_EQ(resultOf(client.request(createProfile, createRequest({.apn = "other"}))),
+  EXPECT_EQ(resultOf(client.request(MessageId::CreateProfile, createRequest({.apn = "other"}))),
             failure(ErrorCode::Internal));
-  EXPECT_EQ(resultOf(client.request(createProfile, createRequest({.apn = "ims"}))), success);
+  EXPECT_EQ(resultOf(client.request(MessageId::CreateProfile, createRequest({.apn = "ims"}))),
+            success);
   EXPECT_EQ(replay.end().requestsDiffering(), 1u);
   EXPECT_THAT(replay.complaints(),
               ElementsAre("client 1: the request create-profile {\"apn\":\"other\",\"type\":0} "
@@ -215,16 +222,17 @@ TEST_F(ReplayTest, OtherRequest_IsToldAndRefusedAndLeavesTheTraceWhereItWas) {
 
 TEST_F(ReplayTest, RequestsInAnotherOrder_AreToldAndServed) {
   record([&](ServedModem&, RawClient& client) {
-    client.request(createProfile, createRequest({.apn = "ims"}));
-    client.request(profileList, listRequest());
-    client.request(bindSubscription, bindRequest(1));
+    client.request(MessageId::CreateProfile, createRequest({.apn = "ims"}));
+    client.request(MessageId::ProfileList, listRequest());
+    client.request(MessageId::BindSubscription, bindRequest(1));
   });
   ServedReplay replay(path);
   RawClient client = replay.connect();
   client.hello();
-  EXPECT_EQ(resultOf(client.request(profileList, listRequest())), success);
-  EXPECT_EQ(resultOf(client.request(createProfile, createRequest({.apn = "ims"}))), success);
-  EXPECT_EQ(resultOf(client.request(bindSubscription, bindRequest(1))), success);
+  EXPECT_EQ(resultOf(client.request(MessageId::ProfileList, listRequest())), success);
+  EXPECT_EQ(resultOf(client.request(MessageId::CreateProfile, createRequest({.apn = "ims"}))),
+            success);
+  EXPECT_EQ(resultOf(client.request(MessageId::BindSubscription, bindRequest(1))), success);
   const Replay& served = replay.end();
   EXPECT_EQ(served.requestsServed(), 3u);
   EXPECT_EQ(served.requestsDiffering(), 2u);
@@ -235,12 +243,15 @@ TEST_F(ReplayTest, RequestsInAnotherOrder_AreToldAndServed) {
 }
 
 TEST_F(ReplayTest, MoreRequestsThanTheTraceHas_AreToldAndRefused) {
-  record([&](ServedModem&, RawClient& client) { client.request(profileList, listRequest()); });
+  record([&](ServedModem&, RawClient& client) {
+    client.request(MessageId::ProfileList, listRequest());
+  });
   ServedReplay replay(path);
   RawClient client = replay.connect();
   client.hello();
-  client.request(profileList, listRequest());
-  EXPECT_EQ(resultOf(client.request(profileList, listRequest())), failure(ErrorCode::Internal));
+  client.request(MessageId::ProfileList, listRequest());
+  EXPECT_EQ(resultOf(client.request(MessageId::ProfileList, listRequest())),
+            failure(ErrorCode::Internal));
   EXPECT_THAT(replay.complaints(), ElementsAre(HasSubstr("which has no further request; refused")));
 }
 
@@ -250,7 +261,8 @@ TEST_F(ReplayTest, MoreClientsThanTheTraceHas_AreToldAndRefused) {
   replay.connect().hello();
   RawClient second = replay.connect();
   EXPECT_TRUE(second.hello());
-  EXPECT_EQ(resultOf(second.request(profileList, listRequest())), failure(ErrorCode::Internal));
+  EXPECT_EQ(resultOf(second.request(MessageId::ProfileList, listRequest())),
+            failure(ErrorCode::Internal));
   EXPECT_THAT(replay.complaints(), ElementsAre(HasSubstr("the trace has no further client")));
   EXPECT_EQ(replay.end().requestsDiffering(), 1u);
 }
@@ -263,7 +275,9 @@ TEST_F(ReplayTest, OtherHello_IsToldAndAnsweredAsInTheTrace) {
 }
 
 TEST_F(ReplayTest, Control_ShowAndQuit_AreServed) {
-  record([&](ServedModem&, RawClient& client) { client.request(profileList, listRequest()); });
+  record([&](ServedModem&, RawClient& client) {
+    client.request(MessageId::ProfileList, listRequest());
+  });
   ServedReplay replay(path);
   ControlClient control = replay.newControl();
   EXPECT_EQ(control.call("show")["replay"],

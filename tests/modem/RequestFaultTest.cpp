@@ -24,15 +24,15 @@ Payload successPayload() {
 
 TEST_F(RequestFaultTest, Error_NextRequest_IsRefusedAndNotCarriedOut) {
   fail({{"message", "create-profile"}, {"error", 3}, {"result", 9}});
-  EXPECT_EQ(resultOf(client.request(createProfile, createRequest({}))),
+  EXPECT_EQ(resultOf(client.request(MessageId::CreateProfile, createRequest({}))),
             (Result{9, ErrorCode::NoResources}));
   EXPECT_THAT(profiles(), IsEmpty());
-  EXPECT_EQ(resultOf(client.request(createProfile, createRequest({}))), success);
+  EXPECT_EQ(resultOf(client.request(MessageId::CreateProfile, createRequest({}))), success);
 }
 
 TEST_F(RequestFaultTest, Silent_NextRequest_IsNeitherDoneNorAnswered) {
   fail({{"message", "create-profile"}, {"silent", true}});
-  client.send(FrameKind::Request, createProfile, createRequest({}));
+  client.send(FrameKind::Request, MessageId::CreateProfile, createRequest({}));
   expectNothingUntilNow();
   EXPECT_THAT(profiles(), IsEmpty());
 }
@@ -40,14 +40,14 @@ TEST_F(RequestFaultTest, Silent_NextRequest_IsNeitherDoneNorAnswered) {
 TEST_F(RequestFaultTest, Lost_Create_IsDoneAndIndicatedButNotAnswered) {
   client.registerForAll();
   fail({{"message", "create-profile"}, {"lost", true}});
-  client.send(FrameKind::Request, createProfile, createRequest({.apn = "ims"}));
+  client.send(FrameKind::Request, MessageId::CreateProfile, createRequest({.apn = "ims"}));
   EXPECT_THAT(kindsUntilNow(), ElementsAre("create/1", "modify/1"));
   EXPECT_EQ(profiles(), json::parse(R"([{"index": 1, "apn": "ims"}])"));
 }
 
 TEST_F(RequestFaultTest, Doubled_Answer_ComesTwice) {
   fail({{"message", "create-profile"}, {"doubled", true}});
-  client.send(FrameKind::Request, createProfile, createRequest({}));
+  client.send(FrameKind::Request, MessageId::CreateProfile, createRequest({}));
   EXPECT_THAT(kindsUntilNow(), ElementsAre("response", "response"));
   EXPECT_EQ(profiles().size(), 1u);
 }
@@ -59,8 +59,10 @@ class RequestFaultLate : public RequestFaultTest {
   static constexpr uint32_t soon = 102;
 
   void sendBoth() {
-    Payload both = encodeFrame({FrameKind::Request, createProfile, late, createRequest({})});
-    const Payload second = encodeFrame({FrameKind::Request, profileList, soon, {}});
+    Payload both = encodeFrame(
+        {FrameKind::Request, numberOf(MessageId::CreateProfile), late, createRequest({})});
+    const Payload second =
+        encodeFrame({FrameKind::Request, numberOf(MessageId::ProfileList), soon, {}});
     both.insert(both.end(), second.begin(), second.end());
     client.sendBytes(both);
   }
@@ -91,12 +93,12 @@ TEST_F(RequestFaultLate, LateMs_Answer_ComesBehindWhatItBroughtAbout) {
 
 TEST_F(RequestFaultLate, LateMs_ClientLeavesMeanwhile_IsDropped) {
   fail({{"message", "any"}, {"lateMs", 50}});
-  client.send(FrameKind::Request, createProfile, createRequest({}));
+  client.send(FrameKind::Request, MessageId::CreateProfile, createRequest({}));
   client.close();
   // A modem that still serves has got over it.
   RawClient other = served.newClient();
   fail({{"message", "any"}, {"lateMs", 100}});
-  EXPECT_EQ(resultOf(other.request(profileList, {})), success);
+  EXPECT_EQ(resultOf(other.request(MessageId::ProfileList, {})), success);
 }
 
 TEST_F(RequestFaultTest, CutTo_Answer_HasItsBeginningOnly) {
@@ -107,7 +109,7 @@ TEST_F(RequestFaultTest, CutTo_Answer_HasItsBeginningOnly) {
     create(someProfile);
     const Payload expected(
         whole.begin(), whole.begin() + static_cast<std::ptrdiff_t>(std::min(bytes, whole.size())));
-    EXPECT_EQ(client.request(modifyProfile, profileRequest(1, {.apn = "x"})), expected);
+    EXPECT_EQ(client.request(MessageId::ModifyProfile, profileRequest(1, {.apn = "x"})), expected);
   }
 }
 
@@ -146,7 +148,7 @@ INSTANTIATE_TEST_SUITE_P(Ways, RequestFaultSpoiled,
 
 TEST_F(RequestFaultTest, WithoutField_CreateAnswer_LacksThatFieldOnly) {
   fail({{"message", "create-profile"}, {"withoutField", 3}});
-  const Payload answer = client.request(createProfile, createRequest({}));
+  const Payload answer = client.request(MessageId::CreateProfile, createRequest({}));
   EXPECT_EQ(resultOf(answer), success);
   EXPECT_FALSE(FieldReader(answer).bytes(tagAnswer));
 }
@@ -154,14 +156,14 @@ TEST_F(RequestFaultTest, WithoutField_CreateAnswer_LacksThatFieldOnly) {
 TEST_F(RequestFaultTest, WithoutField_TheOnlyOne_LeavesAMessageAllTheSame) {
   create(someProfile);
   fail({{"message", "delete-profile"}, {"withoutField", 2}});
-  const Payload answer = client.request(deleteProfile, profileRequest(1));
+  const Payload answer = client.request(MessageId::DeleteProfile, profileRequest(1));
   EXPECT_FALSE(answer.empty());
   EXPECT_FALSE(FieldReader(answer).bytes(tagResult));
 }
 
 TEST_F(RequestFaultTest, AsMessage_Answer_HasThatMessagesId) {
   fail({{"message", "profile-list"}, {"asMessage", 0x1234}});
-  const uint32_t transaction = client.send(FrameKind::Request, profileList, {});
+  const uint32_t transaction = client.send(FrameKind::Request, MessageId::ProfileList, {});
   const auto answer = client.receive();
   ASSERT_TRUE(answer);
   EXPECT_EQ(answer->messageId, 0x1234);
@@ -178,7 +180,7 @@ TEST_F(RequestFaultTest, Settings_Create_WritesOthersThanTheClients) {
 TEST_F(RequestFaultTest, Settings_Modify_WritesOthersThanTheClients) {
   create(someProfile);
   fail({{"message", "modify-profile"}, {"settings", {{"apn", "other"}}}});
-  client.request(modifyProfile, profileRequest(1, {.apn = "wanted", .user = "wanted"}));
+  client.request(MessageId::ModifyProfile, profileRequest(1, {.apn = "wanted", .user = "wanted"}));
   EXPECT_EQ(profiles()[0]["apn"], "other");
   EXPECT_EQ(profiles()[0]["user"], "wanted");
 }
@@ -186,19 +188,19 @@ TEST_F(RequestFaultTest, Settings_Modify_WritesOthersThanTheClients) {
 TEST_F(RequestFaultTest, Settings_Read_DiffersFromWhatIsKept) {
   create(someProfile);
   fail({{"message", "profile-settings"}, {"settings", {{"apn", "other"}, {"pdpType", 77}}}});
-  const Payload answer = client.request(profileSettings, profileRequest(1));
+  const Payload answer = client.request(MessageId::ProfileSettings, profileRequest(1));
   EXPECT_EQ(resultOf(answer), success);
   const Profile read = settingsOf(answer);
   EXPECT_EQ(read.apn, "other");
   EXPECT_EQ(read.pdpType, 77u);
   EXPECT_EQ(read.user, "someone");
   EXPECT_EQ(profiles()[0]["apn"], "internet");
-  EXPECT_EQ(settingsOf(client.request(profileSettings, profileRequest(1))), someProfile);
+  EXPECT_EQ(settingsOf(client.request(MessageId::ProfileSettings, profileRequest(1))), someProfile);
 }
 
 TEST_F(RequestFaultTest, Settings_ReadOfNoProfile_StaysRefused) {
   fail({{"message", "profile-settings"}, {"settings", {{"apn", "other"}}}});
-  const Payload answer = client.request(profileSettings, profileRequest(1));
+  const Payload answer = client.request(MessageId::ProfileSettings, profileRequest(1));
   EXPECT_EQ(resultOf(answer), failure(ErrorCode::InvalidProfileIndex));
   EXPECT_EQ(settingsOf(answer), Profile{});
 }
@@ -206,7 +208,7 @@ TEST_F(RequestFaultTest, Settings_ReadOfNoProfile_StaysRefused) {
 TEST_F(RequestFaultTest, ListCount_AboveWhatFits_HasThatManyElements) {
   create(someProfile);
   fail({{"message", "profile-list"}, {"listCount", 300}});
-  const Payload answer = client.request(profileList, {});
+  const Payload answer = client.request(MessageId::ProfileList, {});
   const FieldReader fields(answer);
   const auto list = *fields.bytes(tagAnswer);
   EXPECT_EQ(numberFrom(list.first(2)), 300u);
@@ -215,7 +217,7 @@ TEST_F(RequestFaultTest, ListCount_AboveWhatFits_HasThatManyElements) {
 
 TEST_F(RequestFaultTest, ListCount_AllOnes_HasAsManyElementsAsTheMessageHolds) {
   fail({{"message", "profile-list"}, {"listCount", 65535}});
-  const Payload answer = client.request(profileList, {});
+  const Payload answer = client.request(MessageId::ProfileList, {});
   const FieldReader fields(answer);
   const auto list = *fields.bytes(tagAnswer);
   EXPECT_EQ(numberFrom(list.first(2)), 65535u);
@@ -226,16 +228,16 @@ TEST_F(RequestFaultTest, Unchecked_ListAndTexts_SaySoInTheirKind) {
   create(someProfile);
   fail({{"message", "any"}, {"listCount", 300}, {"unchecked", true}});
   fail({{"message", "profile-settings"}, {"unterminated", true}, {"unchecked", true}});
-  client.send(FrameKind::Request, profileList, {});
+  client.send(FrameKind::Request, MessageId::ProfileList, {});
   EXPECT_EQ(client.receive()->kind, FrameKind::UncheckedResponse);
-  client.send(FrameKind::Request, profileSettings, profileRequest(1));
+  client.send(FrameKind::Request, MessageId::ProfileSettings, profileRequest(1));
   EXPECT_EQ(client.receive()->kind, FrameKind::UncheckedResponse);
 }
 
 TEST_F(RequestFaultTest, Unterminated_Settings_FillEveryTextsPlace) {
   create(someProfile);
   fail({{"message", "profile-settings"}, {"unterminated", true}});
-  const Profile read = settingsOf(client.request(profileSettings, profileRequest(1)));
+  const Profile read = settingsOf(client.request(MessageId::ProfileSettings, profileRequest(1)));
   EXPECT_EQ(read.name, "n" + std::string(50, 'x'));
   EXPECT_EQ(read.apn, "internet" + std::string(143, 'x'));
   EXPECT_EQ(read.user, "someone" + std::string(121, 'x'));
@@ -246,7 +248,7 @@ TEST_F(RequestFaultTest, Unterminated_List_FillsEveryNamesPlace) {
   create(someProfile);
   create({});
   fail({{"message", "profile-list"}, {"unterminated", true}});
-  const Payload answer = client.request(profileList, {});
+  const Payload answer = client.request(MessageId::ProfileList, {});
   const FieldReader fields(answer);
   const auto list = *fields.bytes(tagAnswer);
   ASSERT_EQ(list.size(), 2 + 2 * (6 + 51u));
@@ -258,7 +260,8 @@ TEST_F(RequestFaultTest, Unterminated_List_FillsEveryNamesPlace) {
 
 TEST_F(RequestFaultTest, Power_Before_DoesNotCarryOut) {
   fail({{"message", "create-profile"}, {"power", "before"}});
-  client.send(FrameKind::Request, createProfile, createRequest({.persistent = uint8_t{1}}));
+  client.send(FrameKind::Request, MessageId::CreateProfile,
+              createRequest({.persistent = uint8_t{1}}));
   EXPECT_TRUE(client.isHungUp());
   EXPECT_THAT(profiles(), IsEmpty());
 }
@@ -266,7 +269,8 @@ TEST_F(RequestFaultTest, Power_Before_DoesNotCarryOut) {
 TEST_F(RequestFaultTest, Power_Unanswered_CarriesOutAndSaysNothing) {
   client.registerForAll();
   fail({{"message", "create-profile"}, {"power", "unanswered"}});
-  client.send(FrameKind::Request, createProfile, createRequest({.persistent = uint8_t{1}}));
+  client.send(FrameKind::Request, MessageId::CreateProfile,
+              createRequest({.persistent = uint8_t{1}}));
   EXPECT_TRUE(client.isHungUp());
   EXPECT_EQ(profiles().size(), 1u);
 }
@@ -274,7 +278,7 @@ TEST_F(RequestFaultTest, Power_Unanswered_CarriesOutAndSaysNothing) {
 TEST_F(RequestFaultTest, Power_After_AnswersAndIndicatesFirst) {
   client.registerForAll();
   fail({{"message", "create-profile"}, {"power", "after"}});
-  client.send(FrameKind::Request, createProfile, createRequest({}));
+  client.send(FrameKind::Request, MessageId::CreateProfile, createRequest({}));
   EXPECT_EQ(client.receive()->kind, FrameKind::Response);
   EXPECT_EQ(client.nextEvent(), "create/1");
   EXPECT_EQ(client.nextEvent(), "modify/1");
@@ -285,14 +289,14 @@ TEST_F(RequestFaultTest, Power_After_AnswersAndIndicatesFirst) {
 TEST_F(RequestFaultTest, Power_NoTimeOff_IsBackForTheNextConnection) {
   const auto boot = control.call("show")["boot"];
   fail({{"message", "any"}, {"power", "after"}});
-  client.send(FrameKind::Request, profileList, {});
-  EXPECT_TRUE(served.newClient().request(profileList, {}).size() > 0);
+  client.send(FrameKind::Request, MessageId::ProfileList, {});
+  EXPECT_TRUE(served.newClient().request(MessageId::ProfileList, {}).size() > 0);
   EXPECT_NE(control.call("show")["boot"], boot);
 }
 
 TEST_F(RequestFaultTest, Power_WithTimeOff_TurnsClientsAwayMeanwhile) {
   fail({{"message", "any"}, {"power", "before"}, {"offMs", 3'600'000}});
-  client.send(FrameKind::Request, profileList, {});
+  client.send(FrameKind::Request, MessageId::ProfileList, {});
   EXPECT_TRUE(client.isHungUp());
   RawClient early(served.connect());
   EXPECT_FALSE(early.hello());
@@ -302,7 +306,7 @@ TEST_F(RequestFaultTest, Power_WithTimeOff_TurnsClientsAwayMeanwhile) {
 TEST_F(RequestFaultTest, Power_ManyTimes_GoesAndReturnsThatOften) {
   const uint64_t boot = control.call("show")["boot"];
   fail({{"message", "any"}, {"power", "before"}, {"offMs", 1}, {"onMs", 1}, {"times", 20}});
-  client.send(FrameKind::Request, profileList, {});
+  client.send(FrameKind::Request, MessageId::ProfileList, {});
   EXPECT_TRUE(client.isHungUp());
   const auto isThere = [&] { return control.call("show")["boot"] == uint32_t(boot + 20); };
   EXPECT_TRUE(pavo::test::waitUntil(isThere)) << control.call("show");
@@ -317,10 +321,10 @@ TEST_F(RequestFaultTest, PowerCycleVerb_ManyTimes_GoesAndReturnsThatOften) {
 
 TEST_F(RequestFaultTest, Nth_OfAnyMessage_CountsAllOfThem) {
   fail({{"message", "any"}, {"nth", 3}, {"error", 2}});
-  EXPECT_EQ(resultOf(client.request(profileList, {})), success);
-  EXPECT_EQ(resultOf(client.request(createProfile, createRequest({}))), success);
-  EXPECT_EQ(resultOf(client.request(profileList, {})), failure(ErrorCode::Internal));
-  EXPECT_EQ(resultOf(client.request(profileList, {})), success);
+  EXPECT_EQ(resultOf(client.request(MessageId::ProfileList, {})), success);
+  EXPECT_EQ(resultOf(client.request(MessageId::CreateProfile, createRequest({}))), success);
+  EXPECT_EQ(resultOf(client.request(MessageId::ProfileList, {})), failure(ErrorCode::Internal));
+  EXPECT_EQ(resultOf(client.request(MessageId::ProfileList, {})), success);
 }
 
 TEST_F(RequestFaultTest, Transcript_OfEveryEffect_NamesIt) {
@@ -328,8 +332,8 @@ TEST_F(RequestFaultTest, Transcript_OfEveryEffect_NamesIt) {
   control.call("clear-transcript");
   fail({{"message", "profile-list"}, {"cutTo", 5}});
   fail({{"message", "profile-list"}, {"lost", true}});
-  client.request(profileList, {});
-  client.send(FrameKind::Request, profileList, {});
+  client.request(MessageId::ProfileList, {});
+  client.send(FrameKind::Request, MessageId::ProfileList, {});
   expectNothingUntilNow();
   std::vector<std::string> faults;
   const json reply = control.call("transcript");

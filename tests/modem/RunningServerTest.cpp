@@ -1,11 +1,11 @@
-#include "modem/RunningServer.h"
+#include "modem/program/RunningServer.h"
 
 #include <gtest/gtest.h>
 
 #include <csignal>
 #include <cstdlib>
 
-#include "modem/Service.h"
+#include "modem/service/Service.h"
 
 namespace modem::test {
 namespace {

@@ -5,9 +5,9 @@
 #include <utility>
 
 #include "RawClient.h"
-#include "modem/ControlClient.h"
-#include "modem/Server.h"
-#include "modem/Service.h"
+#include "modem/client/ControlClient.h"
+#include "modem/server/Server.h"
+#include "modem/service/Service.h"
 
 namespace modem::test {
 

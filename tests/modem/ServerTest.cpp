@@ -1,4 +1,4 @@
-#include "modem/Server.h"
+#include "modem/server/Server.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -27,16 +27,17 @@ TEST(Server, Request_Create_AnswersBeforeItIndicates) {
   ServedModem served;
   RawClient client = served.newClient();
   client.registerForAll();
-  const uint32_t transaction = client.send(FrameKind::Request, createProfile, createRequest({}));
+  const uint32_t transaction =
+      client.send(FrameKind::Request, MessageId::CreateProfile, createRequest({}));
   const auto response = client.receive();
   ASSERT_TRUE(response);
   EXPECT_EQ(response->kind, FrameKind::Response);
   EXPECT_EQ(response->transaction, transaction);
-  EXPECT_EQ(response->messageId, createProfile);
+  EXPECT_EQ(response->messageId, numberOf(MessageId::CreateProfile));
   const auto indication = client.receive();
   ASSERT_TRUE(indication);
   EXPECT_EQ(indication->kind, FrameKind::Indication);
-  EXPECT_EQ(indication->messageId, profileChanged);
+  EXPECT_EQ(indication->messageId, numberOf(MessageId::ProfileChanged));
   EXPECT_EQ(indication->transaction, 0u);
 }
 
@@ -46,11 +47,11 @@ TEST(Server, Edits_TwoClients_EachSeesTheOthersEdits) {
   RawClient two = served.newClient();
   one.registerForAll();
   two.registerForAll();
-  one.request(createProfile, createRequest({.apn = "ims"}));
-  EXPECT_EQ(settingsOf(two.request(profileSettings, profileRequest(1))).apn, "ims");
-  two.request(modifyProfile, profileRequest(1, {.apn = "sos"}));
-  EXPECT_EQ(settingsOf(one.request(profileSettings, profileRequest(1))).apn, "sos");
-  two.request(deleteProfile, profileRequest(1));
+  one.request(MessageId::CreateProfile, createRequest({.apn = "ims"}));
+  EXPECT_EQ(settingsOf(two.request(MessageId::ProfileSettings, profileRequest(1))).apn, "ims");
+  two.request(MessageId::ModifyProfile, profileRequest(1, {.apn = "sos"}));
+  EXPECT_EQ(settingsOf(one.request(MessageId::ProfileSettings, profileRequest(1))).apn, "sos");
+  two.request(MessageId::DeleteProfile, profileRequest(1));
   const auto all = ElementsAre("create/1", "modify/1", "modify/1", "delete/1");
   EXPECT_THAT(one.eventsUntilNow(), all);
   EXPECT_THAT(two.eventsUntilNow(), all);
@@ -60,7 +61,7 @@ TEST(Server, Edits_UnregisteredClient_IsToldNothing) {
   ServedModem served;
   RawClient one = served.newClient();
   RawClient two = served.newClient();
-  one.request(createProfile, createRequest({}));
+  one.request(MessageId::CreateProfile, createRequest({}));
   EXPECT_THAT(one.eventsUntilNow(), IsEmpty());
   EXPECT_THAT(two.eventsUntilNow(), IsEmpty());
 }
@@ -83,8 +84,8 @@ TEST(Server, Edits_ByControl_AreToldToAllRegisteredClients) {
 TEST(Server, Ready_ClientSawAbsence_IsToldBehindTheResponse) {
   ServedModem served;
   RawClient client = served.newClient(/*sawAbsence=*/true);
-  client.request(indicationRegister, registerRequest());
-  client.send(FrameKind::Request, configureEvents, allEventsRequest());
+  client.request(MessageId::IndicationRegister, registerRequest());
+  client.send(FrameKind::Request, MessageId::ConfigureEvents, allEventsRequest());
   EXPECT_EQ(client.receive()->kind, FrameKind::Response);
   EXPECT_EQ(client.nextEvent(), "ready/255");
 }
@@ -106,11 +107,11 @@ TEST_P(ServerBadStream, Receive_BadStream_ClosesThatConnectionOnly) {
   }
   bad.sendBytes(GetParam().bytes);
   EXPECT_TRUE(bad.isHungUp());
-  EXPECT_EQ(resultOf(good.request(profileList, {})), success);
+  EXPECT_EQ(resultOf(good.request(MessageId::ProfileList, {})), success);
 }
 
 Payload frameBytes(FrameKind kind, uint32_t transaction, const Payload& payload) {
-  return encodeFrame({kind, profileList, transaction, payload});
+  return encodeFrame({kind, numberOf(MessageId::ProfileList), transaction, payload});
 }
 
 INSTANTIATE_TEST_SUITE_P(
@@ -135,13 +136,13 @@ TEST(Server, Receive_TruncatedFrameThenEnd_ClosesThatConnectionOnly) {
   bad.sendBytes(Payload{5, 0, 0, 0, 0, 1, 0, 0});
   bad.endSending();
   EXPECT_TRUE(bad.isHungUp());
-  EXPECT_EQ(resultOf(good.request(profileList, {})), success);
+  EXPECT_EQ(resultOf(good.request(MessageId::ProfileList, {})), success);
 }
 
 TEST(Server, Receive_RequestThenEnd_IsStillAnswered) {
   ServedModem served;
   RawClient client = served.newClient();
-  client.send(FrameKind::Request, createProfile, createRequest({}));
+  client.send(FrameKind::Request, MessageId::CreateProfile, createRequest({}));
   client.endSending();
   const auto response = client.receive();
   ASSERT_TRUE(response);
@@ -152,8 +153,9 @@ TEST(Server, Receive_RequestThenEnd_IsStillAnswered) {
 TEST(Server, Receive_MalformedMessageInAGoodFrame_KeepsTheConnection) {
   ServedModem served;
   RawClient client = served.newClient();
-  EXPECT_EQ(resultOf(client.request(createProfile, {1, 2})), failure(ErrorCode::MalformedMessage));
-  EXPECT_EQ(resultOf(client.request(profileList, {})), success);
+  EXPECT_EQ(resultOf(client.request(MessageId::CreateProfile, {1, 2})),
+            failure(ErrorCode::MalformedMessage));
+  EXPECT_EQ(resultOf(client.request(MessageId::ProfileList, {})), success);
 }
 
 TEST(Server, Send_ClientThatDoesNotRead_IsDisconnectedAndHoldsUpNobody) {
@@ -169,10 +171,10 @@ TEST(Server, Send_ClientThatDoesNotRead_IsDisconnectedAndHoldsUpNobody) {
   RawClient busy = served.newClient();
   RawClient lazy = served.newClient();
   for (int i = 0; i < 200; ++i) {
-    lazy.send(FrameKind::Request, profileList, {});
+    lazy.send(FrameKind::Request, MessageId::ProfileList, {});
   }
   EXPECT_TRUE(waitUntil([&] { return control.call("show")["clients"] == 1; }));
-  EXPECT_EQ(resultOf(busy.request(profileList, {})), success);
+  EXPECT_EQ(resultOf(busy.request(MessageId::ProfileList, {})), success);
 }
 
 TEST(Server, Close_ClientLeaves_IsForgotten) {
@@ -189,8 +191,8 @@ TEST(Server, PowerCycle_AnyClients_HangsUpOnThemAndKeepsControl) {
   ControlClient control = served.newControl();
   RawClient client(served.connect());
   const auto boot = client.hello();
-  client.request(createProfile, createRequest({}));
-  client.request(createProfile, createRequest({.persistent = uint8_t{1}}));
+  client.request(MessageId::CreateProfile, createRequest({}));
+  client.request(MessageId::CreateProfile, createRequest({.persistent = uint8_t{1}}));
   const auto reply = control.call("power-cycle");
   EXPECT_EQ(reply["on"], true);
   EXPECT_TRUE(client.isHungUp());
@@ -248,12 +250,12 @@ TEST(Server, FaultDelay_ClientLeavesMeanwhile_IsDropped) {
   auto [modemsEnd, clientsEnd] = ServedModem::makePair();
   RawClient client(std::move(clientsEnd));
   client.sendBytes(encodeFrame({FrameKind::Hello, 0, 0, {0}}));
-  client.send(FrameKind::Request, createProfile, createRequest({}));
+  client.send(FrameKind::Request, MessageId::CreateProfile, createRequest({}));
   client.endSending();
   served.adopt(std::move(modemsEnd));
   ASSERT_TRUE(waitUntil([&] { return control.call("faults")["faults"][0]["count"] == 1; }));
   // A request that is delayed after the first one is answered after it would have been due.
-  EXPECT_EQ(resultOf(served.newClient().request(profileList, {})), success);
+  EXPECT_EQ(resultOf(served.newClient().request(MessageId::ProfileList, {})), success);
   EXPECT_THAT(control.call("show")["profiles"], IsEmpty());
 }
 

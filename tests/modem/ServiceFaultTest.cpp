@@ -3,7 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "FaultTest.h"
-#include "modem/Hello.h"
+#include "wire/Hello.h"
 
 namespace modem::test {
 namespace {
@@ -54,7 +54,7 @@ TEST_F(ServiceFaultTest, Silent_Open_IsNotAnswered) {
   fail({{"service", "open"}, {"silent", true}});
   RawClient silent = saying(Purpose::Open);
   // Its request is answered, and nothing came before that.
-  const uint32_t transaction = silent.send(FrameKind::Request, profileList, {});
+  const uint32_t transaction = silent.send(FrameKind::Request, MessageId::ProfileList, {});
   const auto frame = silent.receive();
   ASSERT_TRUE(frame);
   EXPECT_EQ(frame->transaction, transaction);
@@ -66,7 +66,7 @@ TEST_F(ServiceFaultTest, DelayMs_Open_IsWelcomeLater) {
   RawClient late = saying(Purpose::Open);
   EXPECT_EQ(refusalOf(Purpose::Open), 0);
   EXPECT_TRUE(answerTo(late));
-  EXPECT_EQ(resultOf(late.request(profileList, {})), success);
+  EXPECT_EQ(resultOf(late.request(MessageId::ProfileList, {})), success);
 }
 
 TEST_F(ServiceFaultTest, Power_Before_HangsUp) {

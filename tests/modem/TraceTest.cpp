@@ -1,4 +1,4 @@
-#include "modem/Trace.h"
+#include "modem/trace/Trace.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -10,7 +10,7 @@
 #include "FileMode.h"
 #include "Payloads.h"
 #include "TemporaryFolder.h"
-#include "modem/TraceSessions.h"
+#include "modem/trace/TraceSessions.h"
 
 namespace modem::test {
 namespace {
@@ -30,7 +30,7 @@ class TraceTest : public testing::Test {
     try {
       readTraceSessions(path);
       return "none";
-    } catch (const FileError& error) {
+    } catch (const Error& error) {
       return error.what();
     }
   }
@@ -41,11 +41,16 @@ class TraceTest : public testing::Test {
 
 const Frame hello{FrameKind::Hello, 0, 0, {1}};
 const Frame welcome{FrameKind::Hello, 0, 0, {7, 0, 0, 0}};
-const Frame create{FrameKind::Request, createProfile, 3, createRequest({.apn = "a b #c"})};
-const Frame refused{FrameKind::Response, createProfile, 3, {2, 8, 0, 1, 0, 0, 0, 3, 0, 0, 0}};
-const Frame unchecked{FrameKind::UncheckedResponse, profileList, 4, Payload(100, 0xFF)};
-const Frame event{
-    FrameKind::Indication, profileChanged, 0, {0x10, 9, 0, 0, 0, 0, 0, 4, 2, 0, 0, 0}};
+const Frame create{FrameKind::Request, numberOf(MessageId::CreateProfile), 3,
+                   createRequest({.apn = "a b #c"})};
+const Frame refused{
+    FrameKind::Response, numberOf(MessageId::CreateProfile), 3, {2, 8, 0, 1, 0, 0, 0, 3, 0, 0, 0}};
+const Frame unchecked{FrameKind::UncheckedResponse, numberOf(MessageId::ProfileList), 4,
+                      Payload(100, 0xFF)};
+const Frame event{FrameKind::Indication,
+                  numberOf(MessageId::ProfileChanged),
+                  0,
+                  {0x10, 9, 0, 0, 0, 0, 0, 4, 2, 0, 0, 0}};
 const Frame unknown{FrameKind::Indication, 0x1234, 0, {}};
 
 TEST_F(TraceTest, Write_Messages_CanBeReadByPeople) {
@@ -55,7 +60,7 @@ TEST_F(TraceTest, Write_Messages_CanBeReadByPeople) {
   writer.add(Direction::Out, 1, refused, "error");
   writer.add(Direction::Out, 12, event, "");
   writer.addLost(12, event);
-  writer.addEnd(12, Ender::Modem);
+  writer.addEnd(12, ClosedBy::Modem);
   EXPECT_THAT(text(), ContainsRegex("\n +[0-9]+\\.[0-9]{6} +1 > hello .*\"purpose\":\"open\""));
   EXPECT_THAT(text(),
               ContainsRegex("1 > request +create-profile +3 .*\"apn\":\"a b #c\".*fault: error"));
@@ -76,7 +81,7 @@ TEST_F(TraceTest, Read_WhatWasWritten_IsTheSame) {
     for (const auto& [direction, frame] : said) {
       writer.add(direction, 5, frame, "some fault");
     }
-    writer.addEnd(5, Ender::Client);
+    writer.addEnd(5, ClosedBy::Client);
   }
   const std::vector<TraceEvent> events = readTrace(path);
   ASSERT_EQ(events.size(), said.size() + 1);
@@ -111,15 +116,15 @@ TEST_F(TraceTest, Write_Link_IsRefusedAndItsTargetKept) {
   writeWithMode(folder.file("victim"), "precious", 0644);
   std::filesystem::create_symlink(folder.file("victim"), path);
   EXPECT_THAT([&] { const TraceWriter writer(path); },
-              testing::ThrowsMessage<FileError>(HasSubstr("symbolic link")));
+              testing::ThrowsMessage<Error>(HasSubstr("symbolic link")));
   EXPECT_EQ(readFile(folder.file("victim")), "precious");
 }
 
 TEST_F(TraceTest, Write_NoFolder_IsTold) {
-  EXPECT_THROW(TraceWriter(folder.file("none") + "/trace"), FileError);
+  EXPECT_THROW(TraceWriter(folder.file("none") + "/trace"), Error);
 }
 
-TEST_F(TraceTest, Write_FullDisk_IsTold) { EXPECT_THROW(TraceWriter("/dev/full"), FileError); }
+TEST_F(TraceTest, Write_FullDisk_IsTold) { EXPECT_THROW(TraceWriter("/dev/full"), Error); }
 
 TEST_F(TraceTest, Sessions_OfTwoClients_AreTakenApart) {
   {
@@ -131,8 +136,8 @@ TEST_F(TraceTest, Sessions_OfTwoClients_AreTakenApart) {
     writer.add(Direction::In, 1, create, "");
     writer.add(Direction::Out, 1, refused, "");
     writer.add(Direction::Out, 1, event, "");
-    writer.addEnd(2, Ender::Modem);
-    writer.addEnd(1, Ender::Client);
+    writer.addEnd(2, ClosedBy::Modem);
+    writer.addEnd(1, ClosedBy::Client);
   }
   const std::vector<TraceSession> sessions = readTraceSessions(path);
   ASSERT_EQ(sessions.size(), 2u);
@@ -140,7 +145,7 @@ TEST_F(TraceTest, Sessions_OfTwoClients_AreTakenApart) {
   EXPECT_TRUE(sessions[0].hello.sawAbsence);
   ASSERT_EQ(sessions[0].exchanges.size(), 2u);
   EXPECT_EQ(sessions[0].exchanges[0].sent.size(), 1u);
-  EXPECT_EQ(sessions[0].exchanges[1].said.frame.messageId, createProfile);
+  EXPECT_EQ(sessions[0].exchanges[1].said.frame.messageId, numberOf(MessageId::CreateProfile));
   EXPECT_EQ(sessions[0].exchanges[1].sent.size(), 2u);
   EXPECT_EQ(sessions[1].hello.purpose, Purpose::Watch);
   ASSERT_EQ(sessions[1].exchanges.size(), 1u);

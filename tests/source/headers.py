@@ -20,7 +20,8 @@ def jobs(args):
         for compiler in (args.gxx, args.clangxx):
             yield header, [compiler, "-xc++", "-std=c++17", *WARNINGS, *includes]
     for header in sorted((root / "src").rglob("*.h")):
-        yield header, [args.gxx, "-xc++", "-std=c++20", *WARNINGS, *includes, f"-I{root}/src"]
+        yield header, [args.gxx, "-xc++", "-std=c++20", *WARNINGS, *includes, f"-I{root}",
+                       f"-I{root}/src"]
     for header in sorted((root / "platform/include").glob("*.h")):
         for language in (["-xc", "-std=c11"], ["-xc++", "-std=c++17"]):
             yield header, [args.gxx, *language, *WARNINGS, *includes]

@@ -8,7 +8,7 @@
 
 #include "ChildProcess.h"
 #include "TemporaryFolder.h"
-#include "modem/ControlClient.h"
+#include "modem/client/ControlClient.h"
 
 namespace pavo::test {
 

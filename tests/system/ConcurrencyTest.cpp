@@ -9,7 +9,7 @@
 #include <set>
 
 #include "SystemTest.h"
-#include "modem/ControlClient.h"
+#include "modem/client/ControlClient.h"
 
 namespace pavo::test {
 namespace {

@@ -10,8 +10,8 @@
 #include <vector>
 
 #include "SystemTest.h"
-#include "modem/ControlClient.h"
-#include "modem/LocalSocket.h"
+#include "modem/client/ControlClient.h"
+#include "wire/LocalSocket.h"
 
 namespace pavo::test {
 namespace {

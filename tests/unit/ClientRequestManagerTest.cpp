@@ -33,7 +33,7 @@
 #include "Sequence.h"
 #include "TextKey.h"
 #include "ThreadState.h"
-#include "UniqueFd.h"
+#include "base/UniqueFd.h"
 
 namespace pavo::test {
 namespace {

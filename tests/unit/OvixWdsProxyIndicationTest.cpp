@@ -13,7 +13,7 @@
 #include "OvixWdsProxy.h"
 #include "ProxyTest.h"
 #include "Sequence.h"
-#include "UniqueFd.h"
+#include "base/UniqueFd.h"
 
 namespace pavo::test {
 namespace {

@@ -17,8 +17,8 @@
 #include "Deadline.h"
 #include "Sequence.h"
 #include "ThreadState.h"
-#include "UniqueFd.h"
 #include "WakeFd.h"
+#include "base/UniqueFd.h"
 
 namespace pavo::test {
 namespace {

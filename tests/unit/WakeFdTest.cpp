@@ -12,7 +12,7 @@
 
 #include "CapturingLogWriter.h"
 #include "Sequence.h"
-#include "UniqueFd.h"
+#include "base/UniqueFd.h"
 
 namespace pavo::test {
 namespace {

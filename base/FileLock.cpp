@@ -1,0 +1,28 @@
+#include "base/FileLock.h"
+
+#include <sys/file.h>
+
+#include <cerrno>
+#include <cstring>
+#include <stdexcept>
+#include <utility>
+
+#include "base/PrivateFile.h"
+
+namespace modem {
+
+FileLock::FileLock(const std::string& path) {
+  const std::string lockPath = path + ".lock";
+  PrivateFile file = openPrivateFile(lockPath);
+  if (!file.fd.isOpen()) {
+    throw std::runtime_error(lockPath + ": cannot open: " + file.problem);
+  }
+  fd = std::move(file.fd);
+  if (flock(fd.get(), LOCK_EX | LOCK_NB) != 0) {
+    throw std::runtime_error(path + (errno == EWOULDBLOCK
+                                         ? ": another modem uses it"
+                                         : std::string(": cannot lock: ") + std::strerror(errno)));
+  }
+}
+
+}  // namespace modem

@@ -1,0 +1,74 @@
+#include "base/PrivateFile.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+
+#include <cerrno>
+#include <cstring>
+#include <utility>
+
+namespace modem {
+
+namespace {
+
+constexpr mode_t ownersOnly = 0600;
+// A pipe that another user has put there must not hold up the open.
+constexpr int safely = O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC;
+
+std::string openProblem() {
+  return errno == ELOOP ? "it is a symbolic link, which is not followed" : std::strerror(errno);
+}
+
+bool isOwnFile(const struct stat& status) {
+  return S_ISREG(status.st_mode) && status.st_uid == geteuid() && status.st_nlink == 1;
+}
+
+// Why an open file is not to be written to, else empty.
+std::string problemOf(int fd) {
+  struct stat status = {};
+  if (fstat(fd, &status) != 0) {
+    return std::strerror(errno);
+  }
+  if (S_ISCHR(status.st_mode)) {
+    return "";
+  }
+  if (!S_ISREG(status.st_mode)) {
+    return "it is neither a file nor a character device";
+  }
+  if (!isOwnFile(status)) {
+    return "it belongs to another user or has a second name";
+  }
+  return fchmod(fd, ownersOnly) == 0 ? "" : std::strerror(errno);
+}
+
+}  // namespace
+
+PrivateFile openPrivateFile(const std::string& path) {
+  UniqueFd fd(open(path.c_str(), O_WRONLY | O_CREAT | O_APPEND | safely, ownersOnly));
+  std::string problem = fd.isOpen() ? problemOf(fd.get()) : openProblem();
+  if (!problem.empty()) {
+    return {UniqueFd(), std::move(problem)};
+  }
+  // A terminal that is written to waits for its reader again.
+  fcntl(fd.get(), F_SETFL, O_APPEND);
+  return {std::move(fd), ""};
+}
+
+PrivateFile createPrivateFile(const std::string& path) {
+  if (unlink(path.c_str()) != 0 && errno != ENOENT) {
+    return {UniqueFd(), std::strerror(errno)};
+  }
+  UniqueFd fd(open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | safely, ownersOnly));
+  std::string problem = fd.isOpen() ? "" : openProblem();
+  return {std::move(fd), std::move(problem)};
+}
+
+void makePrivate(const std::string& path) {
+  const UniqueFd fd(open(path.c_str(), O_RDONLY | safely));
+  struct stat status = {};
+  if (fd.isOpen() && fstat(fd.get(), &status) == 0 && isOwnFile(status)) {
+    fchmod(fd.get(), ownersOnly);
+  }
+}
+
+}  // namespace modem

@@ -1,0 +1,38 @@
+#include "modem/common/File.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstring>
+
+#include "modem/UniqueFd.h"
+
+namespace modem {
+
+std::string readFile(const std::string& path) {
+  auto text = readFileIfAny(path);
+  if (!text) {
+    throw Error(path + ": " + std::strerror(ENOENT));
+  }
+  return std::move(*text);
+}
+
+std::optional<std::string> readFileIfAny(const std::string& path) {
+  const UniqueFd fd(open(path.c_str(), O_RDONLY | O_CLOEXEC));
+  if (!fd.isOpen() && errno == ENOENT) {
+    return std::nullopt;
+  }
+  std::string text;
+  char chunk[4096];
+  ssize_t count = -1;
+  while (fd.isOpen() && (count = read(fd.get(), chunk, sizeof chunk)) > 0) {
+    text.append(chunk, static_cast<size_t>(count));
+  }
+  if (count < 0) {
+    throw Error(path + ": cannot read: " + std::strerror(errno));
+  }
+  return text;
+}
+
+}  // namespace modem

@@ -1,0 +1,48 @@
+// Reads a payload as a sequence of fields (tag, length, value).
+//
+// The framing of all fields is checked when the reader is made, each value's length when it is
+// asked for. Whatever is wrong is a Refusal with the code for a malformed message. The reader looks
+// into the caller's payload and must not outlive it.
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <optional>
+#include <span>
+#include <string>
+
+namespace modem {
+
+using ByteView = std::span<const uint8_t>;
+
+inline constexpr size_t fieldHeaderBytes = 3;
+
+class FieldReader {
+ public:
+  explicit FieldReader(ByteView payload);
+
+  // Empty when the payload has no such field.
+  std::optional<ByteView> bytes(uint8_t tag) const;
+  std::optional<std::string> text(uint8_t tag) const;
+  std::optional<int32_t> i32(uint8_t tag) const;
+
+  // Number is uint8_t, uint16_t, uint32_t or uint64_t; the field has to be exactly as wide.
+  template <typename Number>
+  std::optional<Number> number(uint8_t tag) const {
+    const auto wide = numberOfWidth(tag, sizeof(Number));
+    return wide ? std::optional<Number>(static_cast<Number>(*wide)) : std::nullopt;
+  }
+
+ private:
+  std::optional<uint64_t> numberOfWidth(uint8_t tag, size_t width) const;
+
+  std::array<std::optional<ByteView>, 256> values;
+};
+
+// Little-endian, of 1 to 8 bytes.
+uint64_t numberFrom(ByteView bytes);
+
+// As a message names a tag: "field 0x1F".
+std::string fieldName(uint8_t tag);
+
+}  // namespace modem

@@ -1,0 +1,116 @@
+// The messages of the modem's data service: ids, field tags, codes and their names.
+//
+// Everything here is stated by tag, in the encoded form, and shares nothing with the C structures
+// that clients see: the two statements of one layout check each other.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <span>
+#include <string>
+#include <string_view>
+
+namespace modem {
+
+enum class MessageId : uint16_t {
+  IndicationRegister = 0x0003,
+  CreateProfile = 0x0027,
+  ModifyProfile = 0x0028,
+  DeleteProfile = 0x0029,
+  ProfileList = 0x002A,
+  ProfileSettings = 0x002B,
+  ConfigureEvents = 0x00A7,
+  ProfileChanged = 0x00A8,
+  BindSubscription = 0x00AF,
+};
+
+constexpr uint16_t numberOf(MessageId id) { return static_cast<uint16_t>(id); }
+
+// The tags of the fields. Settings have the same tags in every message; the other fields of a
+// message may share a tag with a setting that the message does not have.
+enum FieldTag : uint8_t {
+  tagProfile = 0x01,  // profile type in a create request, profile id in the others
+  tagResult = 0x02,   // in every response
+  tagAnswer = 0x03,   // the id or the list in a response
+  tagBindSubscription = 0x01,
+  tagListType = 0x10,
+  tagEventList = 0x10,
+  tagReportSwitch = 0x11,
+  tagChangedProfile = 0x10,
+  tagReportEvents = 0x20,
+
+  tagName = 0x10,
+  tagPdpType = 0x11,
+  tagApn = 0x12,
+  tagUser = 0x13,
+  tagPassword = 0x14,
+  tagAuth = 0x15,
+  tagDisabled = 0x16,
+  tagApnClass = 0x17,
+  tagEmergency = 0x18,
+  tagMaxPdnPerBlock = 0x19,
+  tagMaxPdnTimer = 0x1A,
+  tagPdnWaitInterval = 0x1B,
+  tagLteRoam = 0x1C,
+  tagUmtsRoam = 0x1D,
+  tagOverrideHome = 0x1E,
+  tagPersistent = 0x1F,
+  tagApnTypes = 0x20,
+  tagClat = 0x21,
+};
+
+enum class ErrorCode : int32_t {
+  None = 0,
+  MalformedMessage = 1,
+  Internal = 2,
+  NoResources = 3,
+  InvalidProfileIndex = 4,
+  InvalidProfileType = 5,
+  ArgumentTooLong = 6,
+  InvalidArgument = 7,
+  NotSupported = 8,
+  NotReady = 9,
+};
+
+enum EventCode : uint32_t {
+  eventCreate = 1,
+  eventDelete = 2,
+  eventModify = 3,
+  eventSubscriptionChange = 4,
+  eventReady = 5,
+};
+
+// A type and an index.
+inline constexpr std::size_t profileIdBytes = 5;
+inline constexpr uint32_t profileType3gpp = 0;
+// In an event list: every type, every index. A ready indication names no profile and bears it too.
+inline constexpr uint32_t profileTypeAny = 255;
+inline constexpr uint8_t profileIndexAny = 255;
+
+inline constexpr int32_t resultSuccess = 0;
+inline constexpr int32_t resultFailure = 1;
+
+struct MessageName {
+  MessageId id;
+  std::string_view name;
+};
+
+// Every message that the modem knows, requests first.
+std::span<const MessageName> messageNames();
+
+// The name of a message, or its number as 0x1234 when it has none.
+std::string messageName(MessageId id);
+std::optional<MessageId> messageIdOf(std::string_view name);
+
+std::string_view errorName(ErrorCode code);
+
+struct EventName {
+  uint32_t event;
+  std::string_view name;
+};
+
+// The events that a modem tells of.
+std::span<const EventName> eventNames();
+
+}  // namespace modem

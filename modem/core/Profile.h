@@ -1,0 +1,104 @@
+// A profile as the modem keeps it: a record of optional settings.
+//
+// forEachSetting states once, in the order of the tags, what every setting is called in a message
+// and in JSON and which values it may have. Reading, writing, checking, merging and the JSON form
+// all go through it.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "modem/core/FieldReader.h"
+#include "modem/core/FieldWriter.h"
+#include "modem/core/Messages.h"
+
+namespace modem {
+
+struct Profile {
+  std::optional<std::string> name = {};
+  std::optional<uint32_t> pdpType = {};
+  std::optional<std::string> apn = {};
+  std::optional<std::string> user = {};
+  std::optional<std::string> password = {};
+  std::optional<uint8_t> auth = {};
+  std::optional<uint8_t> disabled = {};
+  std::optional<uint8_t> apnClass = {};
+  std::optional<uint8_t> emergency = {};
+  std::optional<uint16_t> maxPdnPerBlock = {};
+  std::optional<uint16_t> maxPdnTimer = {};
+  std::optional<uint16_t> pdnWaitInterval = {};
+  std::optional<uint32_t> lteRoam = {};
+  std::optional<uint32_t> umtsRoam = {};
+  std::optional<uint32_t> overrideHome = {};
+  std::optional<uint8_t> persistent = {};
+  std::optional<uint64_t> apnTypes = {};
+  std::optional<uint8_t> clat = {};
+
+  bool isPersistent() const { return persistent.value_or(0) != 0; }
+  bool operator==(const Profile&) const = default;
+};
+
+// One value of an enumeration.
+struct Choice {
+  uint32_t value;
+  std::string_view name;
+};
+
+struct Setting {
+  uint8_t tag = 0;
+  std::string_view name;
+  size_t textBytesMax = 0;  // of a text
+  std::span<const Choice> choices =
+      {};               // of an enumeration; empty: any number of the width will do
+  bool isFlag = false;  // any number but 0 is true and is kept as given
+};
+
+inline constexpr size_t nameBytesMax = 50;
+
+std::span<const Choice> pdpTypeChoices();
+std::span<const Choice> commonPdpTypeChoices();
+
+// Calls visit(setting, profiles.member...) for every setting.
+template <typename Visit, typename... Profiles>
+void forEachSetting(Visit&& visit, Profiles&... profiles) {
+  const auto pdp = pdpTypeChoices();
+  const auto common = commonPdpTypeChoices();
+  // clang-format off
+  visit(Setting{.tag = tagName, .name = "name", .textBytesMax = nameBytesMax}, profiles.name...);
+  visit(Setting{.tag = tagPdpType, .name = "pdpType", .choices = pdp}, profiles.pdpType...);
+  visit(Setting{.tag = tagApn, .name = "apn", .textBytesMax = 150}, profiles.apn...);
+  visit(Setting{.tag = tagUser, .name = "user", .textBytesMax = 127}, profiles.user...);
+  visit(Setting{.tag = tagPassword, .name = "password", .textBytesMax = 127}, profiles.password...);
+  visit(Setting{.tag = tagAuth, .name = "auth"}, profiles.auth...);
+  visit(Setting{.tag = tagDisabled, .name = "disabled", .isFlag = true}, profiles.disabled...);
+  visit(Setting{.tag = tagApnClass, .name = "class"}, profiles.apnClass...);
+  visit(Setting{.tag = tagEmergency, .name = "emergency", .isFlag = true}, profiles.emergency...);
+  visit(Setting{.tag = tagMaxPdnPerBlock, .name = "maxPdnPerBlock"}, profiles.maxPdnPerBlock...);
+  visit(Setting{.tag = tagMaxPdnTimer, .name = "maxPdnTimer"}, profiles.maxPdnTimer...);
+  visit(Setting{.tag = tagPdnWaitInterval, .name = "pdnWaitInterval"}, profiles.pdnWaitInterval...);
+  visit(Setting{.tag = tagLteRoam, .name = "lteRoam", .choices = common}, profiles.lteRoam...);
+  visit(Setting{.tag = tagUmtsRoam, .name = "umtsRoam", .choices = common}, profiles.umtsRoam...);
+  visit(Setting{.tag = tagOverrideHome, .name = "overrideHome", .choices = common}, profiles.overrideHome...);
+  visit(Setting{.tag = tagPersistent, .name = "persistent", .isFlag = true}, profiles.persistent...);
+  visit(Setting{.tag = tagApnTypes, .name = "apnTypes"}, profiles.apnTypes...);
+  visit(Setting{.tag = tagClat, .name = "clat", .isFlag = true}, profiles.clat...);
+  // clang-format on
+}
+
+// Takes the settings out of a message without judging their values.
+Profile readSettings(const FieldReader& fields);
+
+// Throws a Refusal for the first text that is too long or value that its enumeration lacks.
+void checkSettings(const Profile& profile);
+
+void writeSettings(FieldWriter& fields, const Profile& profile);
+
+// Gives target every setting that changes has, but never another persistence: that is fixed when a
+// profile is created.
+void mergeSettings(Profile& target, const Profile& changes);
+
+}  // namespace modem

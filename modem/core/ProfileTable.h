@@ -1,0 +1,44 @@
+// The modem's profiles by index. Indices run from 1 to the capacity; a new profile gets the lowest
+// free one. A plain value: the modem changes a copy and swaps it in when the change has been
+// stored.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <map>
+#include <optional>
+
+#include "modem/core/Profile.h"
+
+namespace modem {
+
+using ProfilesByIndex = std::map<uint8_t, Profile>;
+
+class ProfileTable {
+ public:
+  static constexpr size_t capacityMax = 255;
+  static constexpr size_t capacityDefault = 16;
+
+  // Throws std::invalid_argument unless capacity is 1 to capacityMax.
+  explicit ProfileTable(size_t capacity = capacityDefault);
+
+  size_t capacity() const { return indexMax; }
+  const ProfilesByIndex& all() const { return profiles; }
+  ProfilesByIndex persistent() const;
+
+  std::optional<uint8_t> lowestFreeIndex() const;
+  bool isFree(uint8_t index) const;
+  Profile* find(uint8_t index);
+  const Profile* find(uint8_t index) const;
+
+  // The index has to be free.
+  void put(uint8_t index, Profile profile);
+  void erase(uint8_t index);
+  void clear();
+
+ private:
+  size_t indexMax;
+  ProfilesByIndex profiles;
+};
+
+}  // namespace modem

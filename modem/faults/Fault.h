@@ -1,0 +1,26 @@
+// One fault: which subjects it is for, how often and when it takes effect, and what it does.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+
+#include "modem/faults/Effect.h"
+#include "modem/faults/Subject.h"
+
+namespace modem {
+
+struct Trigger {
+  uint32_t passes = 0;                // how many subjects it leaves alone first
+  std::optional<uint32_t> times = 1;  // how often it takes effect; empty: without end
+  double probability = 1;
+  // Of the random numbers that decide about each subject. Empty: the script's seed decides.
+  std::optional<uint64_t> seed = {};
+};
+
+struct Fault {
+  Selector selector;
+  Trigger trigger;
+  EffectPtr effect;
+};
+
+}  // namespace modem

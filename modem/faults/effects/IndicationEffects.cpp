@@ -1,0 +1,81 @@
+// The effects that change an indication's place or content.
+#include "modem/faults/PayloadEdit.h"
+#include "modem/faults/effects/EffectFamilies.h"
+
+namespace modem {
+
+using nlohmann::json;
+
+namespace {
+
+constexpr size_t indexOffset = 4;  // in the field of a profile-changed indication, behind the type
+constexpr size_t eventOffset = 5;
+constexpr size_t eventFieldBytes = 9;
+
+void setNumber(Frame& frame, size_t offset, uint64_t number, size_t width) {
+  frame.payload = withField(frame.payload, tagChangedProfile, [&](ByteView value) {
+    Bytes changed = toBytes(value);
+    for (size_t i = 0; i < width && changed.size() == eventFieldBytes; ++i) {
+      changed[offset + i] = static_cast<uint8_t>(number >> (8 * i));
+    }
+    return changed;
+  });
+}
+
+// The indication is sent before the answer to the request that caused it.
+class Early final : public OutgoingEffect {
+ public:
+  static constexpr EffectType type{"early", isIndication, parse<Early>};
+
+  explicit Early(const json& args) : OutgoingEffect(type, args) { requireTrue(args, type.name); }
+  void onOutgoing(Outgoing& outgoing) const override { outgoing.send(); }
+  bool precedesAnswer() const override { return true; }
+};
+
+// The indication is sent after the client's next one.
+class Reordered final : public OutgoingEffect {
+ public:
+  static constexpr EffectType type{"reordered", isIndication, parse<Reordered>};
+
+  explicit Reordered(const json& args) : OutgoingEffect(type, args) {
+    requireTrue(args, type.name);
+  }
+  void onOutgoing(Outgoing& outgoing) const override { outgoing.holdBack(); }
+};
+
+// The indication names this profile index.
+class OtherIndex final : public ContentEffect {
+ public:
+  static constexpr EffectType type{"index", isIndication, parse<OtherIndex>};
+
+  explicit OtherIndex(const json& args)
+      : ContentEffect(type, args), index(numberArgument(args, type.name, /*max=*/255)) {}
+
+ private:
+  void change(Frame& frame) const override { setNumber(frame, indexOffset, index, /*width=*/1); }
+
+  const uint64_t index;
+};
+
+// The indication reports this event.
+class OtherEvent final : public ContentEffect {
+ public:
+  static constexpr EffectType type{"event", isIndication, parse<OtherEvent>};
+
+  explicit OtherEvent(const json& args)
+      : ContentEffect(type, args), event(numberArgument(args, type.name, /*max=*/0xFFFFFFFF)) {}
+
+ private:
+  void change(Frame& frame) const override { setNumber(frame, eventOffset, event, /*width=*/4); }
+
+  const uint64_t event;
+};
+
+constexpr const EffectType* indicationTypes[] = {&Early::type, &Reordered::type, &OtherIndex::type,
+                                                 &OtherEvent::type};
+
+}  // namespace
+
+std::span<const EffectType* const> indicationEffects() { return indicationTypes; }
+
+}  // namespace modem

@@ -1,0 +1,56 @@
+// What the program pavo-modem does: its three ways of being called. Each returns the exit code;
+// what is wrong is thrown.
+#pragma once
+
+#include <unistd.h>
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "modem/common/Error.h"
+#include "modem/core/ProfileTable.h"
+
+namespace modem {
+
+inline constexpr int exitDone = 0;
+inline constexpr int exitRefused = 1;
+inline constexpr int exitBadUsage = 2;
+
+class UsageError : public Error {
+ public:
+  using Error::Error;
+};
+
+struct ServeArguments {
+  std::string socketPath;
+  int readyFd = STDOUT_FILENO;
+  std::string profilesPath;
+  std::string storePath;
+  std::string scriptPath;
+  std::string tracePath;
+  size_t capacity = ProfileTable::capacityDefault;
+  std::optional<uint64_t> seed;
+};
+
+int serve(const ServeArguments& arguments);
+
+struct ReplayArguments {
+  std::string socketPath;
+  int readyFd = STDOUT_FILENO;
+  std::string tracePath;
+};
+
+// Refused when a request differed from the trace.
+int replay(const ReplayArguments& arguments);
+
+struct ControlArguments {
+  std::string socketPath;
+  std::string verb;
+  std::vector<std::string> words;  // key=value, a JSON object, or @FILE with one
+};
+
+int control(const ControlArguments& arguments);
+
+}  // namespace modem

@@ -1,0 +1,65 @@
+// The control channel's verbs: JSON in, JSON out. docs/modem.md lists them.
+//
+// Every verb judges all of its arguments before it does anything. Lists that do not fit into one
+// frame come in pieces: a reply with "more" is continued by the same verb with more.since.
+#pragma once
+
+#include <nlohmann/json.hpp>
+#include <string_view>
+#include <vector>
+
+#include "modem/core/Modem.h"
+#include "modem/faults/Faults.h"
+#include "modem/trace/Transcript.h"
+
+namespace modem {
+
+// What the verbs need of whoever serves the clients.
+class ControlHost {
+ public:
+  virtual void deliver(const std::vector<Indication>& indications) = 0;
+  // Closes every client's connection each time. Throws Error when the power stays on.
+  virtual void powerCycle(const PowerCycle& cycle) = 0;
+  // Sends the indications that a fault has kept back.
+  virtual void releaseHeldBack() = 0;
+  virtual bool canQuit() const = 0;
+  virtual void quit() = 0;
+  virtual ~ControlHost() = default;
+};
+
+class Control {
+ public:
+  Control(Modem& modem, Faults& faults, Transcript& transcript, ControlHost& host);
+
+  // The payload of a control request; never throws because of what it says.
+  nlohmann::json handle(std::string_view request);
+
+ private:
+  using Json = nlohmann::json;
+  struct Verb;
+  static const Verb* findVerb(std::string_view name);
+
+  Json show(const Json& args);
+  Json create(const Json& args);
+  Json modify(const Json& args);
+  Json erase(const Json& args);
+  Json indicate(const Json& args);
+  Json powerCycle(const Json& args);
+  Json powerOn(const Json& args);
+  Json fail(const Json& args);
+  Json script(const Json& args);
+  Json listFaults(const Json& args);
+  Json clearFaults(const Json& args);
+  Json showTranscript(const Json& args);
+  Json clearTranscript(const Json& args);
+  Json quit(const Json& args);
+
+  void requireOn() const;
+
+  Modem& modem;
+  Faults& faults;
+  Transcript& transcript;
+  ControlHost& host;
+};
+
+}  // namespace modem
