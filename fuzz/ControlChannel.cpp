@@ -20,7 +20,7 @@ bool asksForTime(const std::string& request) {
 }
 
 void ask(modem::test::RawClient& client, const std::string& request) {
-  client.send(modem::FrameKind::ControlRequest, /*messageId=*/0, {request.begin(), request.end()});
+  client.send(modem::FrameKind::ControlRequest, /*messageId=*/{}, {request.begin(), request.end()});
   const auto reply = client.receive();
   if (!reply || reply->kind != modem::FrameKind::ControlResponse) {
     std::fprintf(stderr, "not answered: %s\n", request.c_str());

@@ -346,10 +346,15 @@ class FloodTest : public StartedManagerTest {};
 
 TEST_F(FloodTest, Indications_AMillionWhileTheWorkerIsBusy_BoundedAndTheCacheIsTheModemsTable) {
   LogWrapper::getInstance().setLogWriter(nullptr);
-  auto blocked = platform.blockNext(deleteMessage);
+  // However long the flood takes.
+  std::promise<void> isOver;
+  platform.onNext(deleteMessage, [&](ModemExchange& exchange) {
+    isOver.get_future().wait();
+    return platform.answer(exchange);
+  });
   Key key = add("ims");
   std::thread dropper([&] { key.reset(); });
-  ASSERT_TRUE(blocked.waitUntilEntered());
+  EXPECT_TRUE(platform.waitFor([&] { return platform.sentCount(deleteMessage) == 1; }));
   const std::size_t before = platform.count(FakePlatform::Kind::Decode);
   for (int i = 0; i < 1'000'000; ++i) {
     platform.indicateProfileChanged(200, WDS_PROFILE_EVENT_DELETE_V01);
@@ -359,7 +364,7 @@ TEST_F(FloodTest, Indications_AMillionWhileTheWorkerIsBusy_BoundedAndTheCacheIsT
     platform.setProfile(index, {});
     platform.indicateProfileChanged(index, WDS_PROFILE_EVENT_CREATE_V01);
   }
-  blocked.release();
+  isOver.set_value();
   dropper.join();
   std::vector<int> cached;
   EXPECT_TRUE(waitUntil([&] {
