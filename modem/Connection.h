@@ -13,10 +13,15 @@
 #include <vector>
 
 #include "ClientHandler.h"
-#include "UniqueFd.h"
+#include "base/UniqueFd.h"
 #include "wire/Frame.h"
 
 namespace modem {
+
+using pavo::UniqueFd;
+using wire::Frame;
+using wire::FrameKind;
+using wire::FrameReader;
 
 enum class Role { Unknown, Client, Control };
 

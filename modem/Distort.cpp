@@ -204,7 +204,8 @@ struct Distortion {
     const size_t messageBytes = frame.payload.size();
     frame.payload = withList(frame.payload, [&](View list) {
       const size_t others = messageBytes - list.size();
-      return overcounted(list, over.count, std::min(fieldBytesMax, framePayloadBytesMax - others));
+      return overcounted(list, over.count,
+                         std::min(fieldBytesMax, wire::framePayloadBytesMax - others));
     });
     markUnchecked(frame, over.isUnchecked);
   }

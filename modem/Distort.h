@@ -12,6 +12,9 @@
 
 namespace modem {
 
+using wire::Frame;
+using wire::FrameKind;
+
 // An answer or an indication under the effect; as it was when the effect is not about its content.
 Frame distorted(Frame frame, const Effect& effect);
 

@@ -8,6 +8,9 @@
 
 namespace modem {
 
+using wire::Frame;
+using wire::FrameKind;
+
 enum class Direction { In, Out };  // from a client, to one
 
 // Sets "fields", and in a response "result"; "malformed" when the message cannot be decoded.

@@ -16,9 +16,11 @@
 #include "ClientHandler.h"
 #include "Connection.h"
 #include "LineLimit.h"
-#include "UniqueFd.h"
+#include "base/UniqueFd.h"
 
 namespace modem {
+
+using pavo::UniqueFd;
 
 class Server final : public ClientLink {
  public:

@@ -46,7 +46,7 @@ Service::Service(Options options, ClientLink& clientLink)
 }
 
 void Service::onHello(ClientNumber client, Hello hello) {
-  const Frame frame = helloFrame(encodeHello(hello));
+  const Frame frame = helloFrame(wire::encodeHello(hello));
   if (!modem.isOn()) {
     recorder.addTurnedAway(client, frame);
     link.hangUp(client);
@@ -83,7 +83,7 @@ void Service::welcome(ClientNumber client, Hello hello) {
 }
 
 void Service::answerHello(ClientNumber client, int32_t refusal, const std::string& fault) {
-  const Frame frame = helloFrame(encodeHelloAnswer({modem.bootNumber(), refusal}));
+  const Frame frame = helloFrame(wire::encodeHelloAnswer({modem.bootNumber(), refusal}));
   link.send(client, frame);
   recorder.add(Direction::Out, client, frame, fault);
 }

@@ -17,10 +17,14 @@
 #include "ClientHandler.h"
 #include "File.h"
 #include "MessageJson.h"
-#include "UniqueFd.h"
+#include "base/UniqueFd.h"
 #include "wire/Frame.h"
 
 namespace modem {
+
+using pavo::UniqueFd;
+using wire::Frame;
+using wire::FrameKind;
 
 struct TraceEvent {
   std::chrono::microseconds time{0};

@@ -1,6 +1,7 @@
 #include "Conversions.h"
 
 #include "LogWrapper.h"
+#include "base/Ascii.h"
 
 #include <algorithm>
 
@@ -193,13 +194,7 @@ wds_profile_identifier_type_v01 convertToProfileIdentifier(int profileId) {
   return identifier;
 }
 
-std::string convertToLower(const std::string& text) {
-  std::string lower = text;
-  for (char& c : lower) {
-    c = convertToLower(c);
-  }
-  return lower;
-}
+std::string convertToLower(const std::string& text) { return lowerCase(text); }
 
 std::string normalizeApnName(const std::string& name) {
   return convertToLower(name.size() > apnNameBytesMax ? name.substr(0, apnNameBytesMax) : name);

@@ -38,10 +38,7 @@ unsigned int convertToCommonApnTypeMask(unsigned long long mask);
 
 wds_profile_identifier_type_v01 convertToProfileIdentifier(int profileId);
 
-// ASCII letters only, whatever the locale: APN names are compared by the modem that way.
-constexpr char convertToLower(char c) {
-  return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
-}
+// Converts ASCII letters only: the modem compares APN names that way.
 std::string convertToLower(const std::string& text);
 
 // The form in which APN names are kept and compared: the first 150 bytes, in lower case.

@@ -4,6 +4,7 @@
 #include "LogWrapper.h"
 #include "MessageFields.h"
 #include "RecordAccess.h"
+#include "base/Ascii.h"
 
 #include <cstdlib>
 #include <cstring>
@@ -108,7 +109,7 @@ bool ModemProfile::matchApnName(const FilterProfileParams& filter) const {
   const std::size_t length = std::min(wanted->size(), apnNameBytesMax);
   return apnName->size() == length &&
          std::equal(apnName->begin(), apnName->end(), wanted->begin(),
-                    [](char own, char other) { return own == convertToLower(other); });
+                    [](char own, char other) { return own == lowerCase(other); });
 }
 
 bool ModemProfile::match(const FilterProfileParams& filter) const {

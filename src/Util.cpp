@@ -1,6 +1,7 @@
 #include <pavo/Util.h>
 
 #include "LogWrapper.h"
+#include "base/Ascii.h"
 
 #include <list>
 #include <optional>
@@ -88,16 +89,6 @@ void logEach(const std::list<ProfileParams>& profiles) {
   for (const ProfileParams& profile : profiles) {
     LogWrapper::log(LogLevel::High, logTag, "    %s", profile.dump().c_str());
   }
-}
-
-// ASCII letters only, as the modem compares names.
-std::string lowerCase(std::string name) {
-  for (char& c : name) {
-    if (c >= 'A' && c <= 'Z') {
-      c = static_cast<char>(c - 'A' + 'a');
-    }
-  }
-  return name;
 }
 
 // Notes the name in lower case and fills in what is missing.

@@ -1,14 +1,14 @@
 #include "wire/Hello.h"
 
-namespace modem {
+namespace wire {
 
 namespace {
 
-// A hello is one byte: bit 0 tells of an absence, the two above hold the purpose.
+// A hello is one byte: bit 0 is sawAbsence, the two bits above are the purpose.
 constexpr unsigned purposeShift = 1;
 constexpr unsigned helloMax = (static_cast<unsigned>(Purpose::Object) << purposeShift) | 1;
 
-// A welcome is the boot number; a refusal has its code behind that.
+// A welcome is the boot number. A refusal is the boot number and the code.
 constexpr size_t numberBytes = 4;
 
 void append(std::vector<uint8_t>& out, uint32_t value) {
@@ -63,4 +63,4 @@ std::optional<HelloAnswer> decodeHelloAnswer(std::span<const uint8_t> payload) {
   return std::nullopt;
 }
 
-}  // namespace modem
+}  // namespace wire
