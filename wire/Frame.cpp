@@ -3,25 +3,9 @@
 #include <stdexcept>
 #include <utility>
 
+#include "wire/LittleEndian.h"
+
 namespace wire {
-
-namespace {
-
-void putLittleEndian(std::vector<uint8_t>& out, uint32_t value, size_t width) {
-  for (size_t i = 0; i < width; ++i) {
-    out.push_back(static_cast<uint8_t>(value >> (8 * i)));
-  }
-}
-
-uint32_t getLittleEndian(const uint8_t* bytes, size_t width) {
-  uint32_t value = 0;
-  for (size_t i = 0; i < width; ++i) {
-    value |= static_cast<uint32_t>(bytes[i]) << (8 * i);
-  }
-  return value;
-}
-
-}  // namespace
 
 std::vector<uint8_t> encodeFrame(const Frame& frame) {
   if (frame.payload.size() > framePayloadBytesMax) {

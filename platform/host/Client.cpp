@@ -122,7 +122,7 @@ void Client::acceptResponse(Frame& frame) {
 }
 
 void Client::markLost() {
-  // After a broken frame the modem has not closed its end, and is to see that the connection ended.
+  // After a broken frame the modem still has its end open. The shutdown lets it see the end.
   ::shutdown(socket.get(), SHUT_RDWR);
   {
     const MutexLock lock(mutex);

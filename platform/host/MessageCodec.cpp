@@ -241,9 +241,9 @@ MaybeError decodeFields(const Layout& layout, std::span<const uint8_t> encoded, 
 MaybeError findMissing(const Layout& layout, const uint8_t* structure, const Tags& seen) {
   for (const Field& field : layout.fields) {
     // Responses alone use mandatoryOnSuccess, and each opens with its result.
-    const bool needed = field.flagAt == mandatory || (field.flagAt == mandatoryOnSuccess &&
-                                                      load(structure, sizeof(uint32_t)) == 0);
-    if (needed && !seen.test(field.tag)) {
+    const bool isNeeded = field.flagAt == mandatory || (field.flagAt == mandatoryOnSuccess &&
+                                                        load(structure, sizeof(uint32_t)) == 0);
+    if (isNeeded && !seen.test(field.tag)) {
       return errorAt(field.tag, {"the field is missing"});
     }
   }

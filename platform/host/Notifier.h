@@ -6,7 +6,7 @@
 //        |                          |                            |
 //        +--------------------------+----------- stop -----------+--> stopped
 //
-// Owned by the handle registry and by the calls under way. Every function may be called from any
+// The handle registry and the calls under way own it. Every function may be called from any
 // thread, from inside a callback too; callbacks run with no lock held.
 #pragma once
 

@@ -1,7 +1,7 @@
 // The functions of ovix_client.h. They check arguments, look handles up and let no exception reach
 // the caller.
 //
-// What this build of the library adds to the header's contract:
+// This build of the library adds to the header's contract:
 //  - ovix_client_send_msg_sync leaves the response as it was when it fails, or all zero when the
 //    failure is that the modem's answer could not be decoded. A debug line gives the reason.
 //  - ovix_client_get_any_service and ovix_client_init answer the code with which the modem refuses.

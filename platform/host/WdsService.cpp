@@ -61,8 +61,8 @@ constexpr Field resultField{0x02, mandatory, /*valueAt=*/0, resultParts, noList}
         onePart<PartKind::Text, sizeof(type::member) - 1>, noList \
   }
 
-// The settings of a profile: three messages hold them, each at offsets of its own, after a field
-// that the message has before them.
+// The settings of a profile. Three messages hold them, each at its own offsets and after a field of
+// its own.
 template <typename M>
 constexpr std::array<Field, 19> settingsAfter(Field first) {
   return {first,
@@ -191,8 +191,8 @@ constexpr bool fieldFits(const Field& field, uint32_t size) {
       return false;
     }
   }
-  const bool flagged = field.flagAt != mandatory && field.flagAt != mandatoryOnSuccess;
-  return !field.parts.empty() && (!flagged || field.flagAt < size) &&
+  const bool isFlagged = field.flagAt != mandatory && field.flagAt != mandatoryOnSuccess;
+  return !field.parts.empty() && (!isFlagged || field.flagAt < size) &&
          (field.list.countMax == 0 || field.list.countAt + sizeof(uint32_t) <= size);
 }
 
