@@ -3,15 +3,15 @@
 #include <sys/file.h>
 
 #include <cerrno>
-#include <cstring>
 #include <stdexcept>
 #include <utility>
 
+#include "base/ErrorText.h"
 #include "base/PrivateFile.h"
 
-namespace modem {
+namespace pavo {
 
-FileLock::FileLock(const std::string& path) {
+FileLock::FileLock(const std::string& path, const std::string& user) {
   const std::string lockPath = path + ".lock";
   PrivateFile file = openPrivateFile(lockPath);
   if (!file.fd.isOpen()) {
@@ -19,10 +19,9 @@ FileLock::FileLock(const std::string& path) {
   }
   fd = std::move(file.fd);
   if (flock(fd.get(), LOCK_EX | LOCK_NB) != 0) {
-    throw std::runtime_error(path + (errno == EWOULDBLOCK
-                                         ? ": another modem uses it"
-                                         : std::string(": cannot lock: ") + std::strerror(errno)));
+    throw std::runtime_error(path + (errno == EWOULDBLOCK ? ": another " + user + " uses it"
+                                                          : ": cannot lock: " + errorText(errno)));
   }
 }
 
-}  // namespace modem
+}  // namespace pavo

@@ -1,21 +1,22 @@
 // Claims a file for one process: beside it lies FILE.lock, a PrivateFile that the claiming process
-// holds locked. The lock goes with the process, however that ends; the file stays, for removing it
-// would let two processes lock two different ones.
+// holds locked. The lock ends with the process, even with one that is killed. The file stays: if it
+// were removed, two processes could lock two different files.
 #pragma once
 
 #include <string>
 
-#include "modem/UniqueFd.h"
+#include "base/UniqueFd.h"
 
-namespace modem {
+namespace pavo {
 
 class FileLock {
  public:
-  // Throws std::runtime_error when another process, or another FileLock, has the file.
-  explicit FileLock(const std::string& path);
+  // Throws std::runtime_error when another process, or another FileLock, has the file. The text
+  // calls it "another <user>".
+  FileLock(const std::string& path, const std::string& user);
 
  private:
   UniqueFd fd;
 };
 
-}  // namespace modem
+}  // namespace pavo

@@ -1,6 +1,7 @@
-// A mutex, its lock and its condition variable that clang's -Wthread-safety understands.
+// A mutex, its lock and its condition variable, with the annotations of clang's -Wthread-safety.
 #pragma once
 
+#include <chrono>
 #include <condition_variable>
 #include <mutex>
 
@@ -44,11 +45,20 @@ class SCOPED_CAPABILITY MutexLock {
 
 class CondVar {
  public:
-  // May return early: call it in a loop that tests the condition.
+  // Both waits may return early: call them in a loop that tests the condition.
   void wait(Mutex& mutex) REQUIRES(mutex) {
     std::unique_lock<std::mutex> lock(mutex.mutex, std::adopt_lock);
     condition.wait(lock);
     lock.release();
+  }
+  // Returns false when the deadline has passed.
+  template <typename Clock, typename Duration>
+  bool waitUntil(Mutex& mutex, const std::chrono::time_point<Clock, Duration>& deadline)
+      REQUIRES(mutex) {
+    std::unique_lock<std::mutex> lock(mutex.mutex, std::adopt_lock);
+    const std::cv_status status = condition.wait_until(lock, deadline);
+    lock.release();
+    return status == std::cv_status::no_timeout;
   }
   void notifyOne() { condition.notify_one(); }
   void notifyAll() { condition.notify_all(); }

@@ -3,11 +3,12 @@
 #include <algorithm>
 #include <cerrno>
 
-namespace ovix {
+namespace pavo {
 
 bool pollUntil(std::span<pollfd> fds, Deadline deadline) {
   while (true) {
-    // Rounded up: a wait that ends early would be repeated with a timeout of zero, over and over.
+    // The timeout is rounded up. A wait that ended early would be repeated with a timeout of zero,
+    // many times.
     const auto left = std::chrono::ceil<std::chrono::milliseconds>(deadline - Clock::now()).count();
     const int timeoutMs = static_cast<int>(std::clamp<int64_t>(left, 0, 1'000'000));
     const int ready = ::poll(fds.data(), fds.size(), timeoutMs);
@@ -25,4 +26,4 @@ void pollForever(std::span<pollfd> fds) {
   }
 }
 
-}  // namespace ovix
+}  // namespace pavo

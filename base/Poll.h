@@ -1,4 +1,4 @@
-// Waiting on file descriptors up to a moment, whatever signals arrive meanwhile.
+// Waits on file descriptors. A signal does not end a wait.
 #pragma once
 
 #include <poll.h>
@@ -6,15 +6,15 @@
 #include <chrono>
 #include <span>
 
-namespace ovix {
+namespace pavo {
 
 using Clock = std::chrono::steady_clock;
 using Deadline = Clock::time_point;
 
-// True when one of them is ready, false when the deadline has passed.
+// True when a descriptor is ready, false when the deadline has passed.
 bool pollUntil(std::span<pollfd> fds, Deadline deadline);
 
-// The same without a deadline.
+// Waits until a descriptor is ready.
 void pollForever(std::span<pollfd> fds);
 
-}  // namespace ovix
+}  // namespace pavo

@@ -4,30 +4,31 @@
 #include <sys/stat.h>
 
 #include <cerrno>
-#include <cstring>
 #include <utility>
 
-namespace modem {
+#include "base/ErrorText.h"
+
+namespace pavo {
 
 namespace {
 
 constexpr mode_t ownersOnly = 0600;
-// A pipe that another user has put there must not hold up the open.
+// The open does not wait for the other end of a pipe that another user has placed there.
 constexpr int safely = O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC;
 
 std::string openProblem() {
-  return errno == ELOOP ? "it is a symbolic link, which is not followed" : std::strerror(errno);
+  return errno == ELOOP ? "it is a symbolic link, which is not followed" : errorText(errno);
 }
 
 bool isOwnFile(const struct stat& status) {
   return S_ISREG(status.st_mode) && status.st_uid == geteuid() && status.st_nlink == 1;
 }
 
-// Why an open file is not to be written to, else empty.
+// The reason why an open file must not be written to; empty when it may.
 std::string problemOf(int fd) {
   struct stat status = {};
   if (fstat(fd, &status) != 0) {
-    return std::strerror(errno);
+    return errorText(errno);
   }
   if (S_ISCHR(status.st_mode)) {
     return "";
@@ -38,7 +39,7 @@ std::string problemOf(int fd) {
   if (!isOwnFile(status)) {
     return "it belongs to another user or has a second name";
   }
-  return fchmod(fd, ownersOnly) == 0 ? "" : std::strerror(errno);
+  return fchmod(fd, ownersOnly) == 0 ? "" : errorText(errno);
 }
 
 }  // namespace
@@ -49,14 +50,14 @@ PrivateFile openPrivateFile(const std::string& path) {
   if (!problem.empty()) {
     return {UniqueFd(), std::move(problem)};
   }
-  // A terminal that is written to waits for its reader again.
+  // Writes to a terminal block again when it is full.
   fcntl(fd.get(), F_SETFL, O_APPEND);
   return {std::move(fd), ""};
 }
 
 PrivateFile createPrivateFile(const std::string& path) {
   if (unlink(path.c_str()) != 0 && errno != ENOENT) {
-    return {UniqueFd(), std::strerror(errno)};
+    return {UniqueFd(), errorText(errno)};
   }
   UniqueFd fd(open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | safely, ownersOnly));
   std::string problem = fd.isOpen() ? "" : openProblem();
@@ -71,4 +72,4 @@ void makePrivate(const std::string& path) {
   }
 }
 
-}  // namespace modem
+}  // namespace pavo

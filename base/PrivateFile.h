@@ -1,32 +1,31 @@
-// Files with passwords inside, which their owner alone may read.
+// Files that hold passwords, which only their owner may read.
 //
-// The folder may be one that other users write to, such as /tmp. So the name itself has to be the
-// file: a link that another user has left there would turn the writes to a file of that user's
-// choice.
+// Other users may write to the folder, as to /tmp. Therefore links are not followed: a link that
+// another user has placed there would redirect the writes to a file of that user's choice.
 #pragma once
 
 #include <string>
 
-#include "modem/UniqueFd.h"
+#include "base/UniqueFd.h"
 
-namespace modem {
+namespace pavo {
 
 struct PrivateFile {
   UniqueFd fd;          // for writing; closed when the file cannot be used
-  std::string problem;  // why it cannot be used, for people; empty when it can
+  std::string problem;  // the reason why the file cannot be used; empty when it can
 };
 
-// Appends to the file, and makes it when it is missing. A file that is there has to belong to this
-// process's user and to have no second name; its mode becomes 0600. Character devices, of which
-// /dev/null is one, are taken as they are. Everything else is refused, symbolic links such as
-// /dev/stderr among them.
+// Opens the file to append to it, and makes it when it is missing. An existing file has to belong
+// to this process's user and to have no second name; its mode becomes 0600. Character devices such
+// as /dev/null are opened unchanged. Everything else is refused, also symbolic links such as
+// /dev/stderr.
 PrivateFile openPrivateFile(const std::string& path);
 
-// A fresh file; one of that name that is left over from before is removed.
+// Makes a fresh file. An older file of that name is removed.
 PrivateFile createPrivateFile(const std::string& path);
 
-// Takes the rights of all others away from a file that this process's user owns. Everything else
-// stays as it is: its mode is not this process's to change.
+// Takes the rights of all other users away from a file that this process's user owns. Other files
+// stay unchanged.
 void makePrivate(const std::string& path);
 
-}  // namespace modem
+}  // namespace pavo

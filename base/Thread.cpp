@@ -5,10 +5,10 @@
 
 #include <utility>
 
-namespace ovix {
+namespace pavo {
 namespace {
 
-// A thread inherits the mask of its creator; this blocks all signals for as long as that takes.
+// Blocks all signals on this thread, because a new thread inherits the mask of its creator.
 class SignalBlocker {
  public:
   SignalBlocker() {
@@ -33,4 +33,4 @@ std::thread startThread(const char* name, std::function<void()> body) {
   return thread;
 }
 
-}  // namespace ovix
+}  // namespace pavo

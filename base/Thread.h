@@ -1,13 +1,14 @@
-// Starts the threads of the messaging library: with all signals blocked, so that the host program's
-// handlers never run on them, and with a name for debuggers.
+// Starts the threads of a library, with all signals blocked: the handlers of the program must not
+// run on threads that it does not know of.
 #pragma once
 
 #include <functional>
 #include <thread>
 
-namespace ovix {
+namespace pavo {
 
-// Throws std::system_error when there is no thread to be had. name has at most 15 characters.
+// Throws std::system_error when the system has no thread left. Debuggers show the name, which has
+// at most 15 characters.
 std::thread startThread(const char* name, std::function<void()> body);
 
-}  // namespace ovix
+}  // namespace pavo

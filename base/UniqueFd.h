@@ -6,7 +6,7 @@
 
 namespace pavo {
 
-// Owns one file descriptor; pass it on as an int.
+// Owns one file descriptor. Code that only uses the descriptor takes the int of get().
 class UniqueFd {
  public:
   UniqueFd() = default;
@@ -21,6 +21,8 @@ class UniqueFd {
   ~UniqueFd() { reset(); }
 
   int get() const { return fd; }
+  bool isOpen() const { return fd >= 0; }
+  int release() { return std::exchange(fd, -1); }
 
   void reset(int newFd = -1) {
     const int old = std::exchange(fd, newFd);

@@ -5,9 +5,7 @@
 #include "WakeFd.h"
 
 #include <sys/epoll.h>
-#include <sys/eventfd.h>
 
-#include <cstdlib>
 #include <list>
 #include <optional>
 #include <system_error>
@@ -36,11 +34,7 @@ ClientRequestManager::ClientRequestManager(int subscription)
           std::make_unique<ProfileCache>(eventManager, subscription, port->getRequestFunction())) {
   LogWrapper::log(LogLevel::Debug, logTag, "pavo::ClientRequestManager: constructor");
   startThread();
-  requestFd.reset(::eventfd(/*initval=*/0, EFD_NONBLOCK | EFD_CLOEXEC));
-  if (requestFd.get() == -1) {
-    LogWrapper::log(LogLevel::Error, logTag, "Cannot create eventfd instance");
-    std::abort();
-  }
+  requestFd = makeWakeFd();
   port->open(requestFd.get());
   eventManager.addEssentialHandler(requestFd.get(), handleClientRequest, this, EPOLLIN);
 }

@@ -1,6 +1,7 @@
 #include "Conversions.h"
 
 #include "LogWrapper.h"
+#include "base/Ascii.h"
 
 #include <algorithm>
 

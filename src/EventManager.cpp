@@ -2,8 +2,8 @@
 
 #include "LogWrapper.h"
 #include "WakeFd.h"
+#include "base/ErrorText.h"
 
-#include <sys/eventfd.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -59,11 +59,7 @@ EventManager::EventManager() {
     LogWrapper::log(LogLevel::Error, logTag, "Cannot create epoll instance");
     std::abort();
   }
-  wakeFd.reset(::eventfd(/*initval=*/0, EFD_NONBLOCK | EFD_CLOEXEC));
-  if (wakeFd.get() == -1) {
-    LogWrapper::log(LogLevel::Error, logTag, "Cannot create eventfd instance");
-    std::abort();
-  }
+  wakeFd = makeWakeFd();
   addEssentialHandler(wakeFd.get(), clearRead, /*data=*/nullptr, EPOLLIN | EPOLLHUP);
   LogWrapper::log(LogLevel::Verbose, logTag, "EventManager is ready. epollFd:%d", epollFd.get());
 }

@@ -4,13 +4,12 @@
 #include "LogWrapper.h"
 #include "Modem3gppProfile.h"
 #include "WakeFd.h"
+#include "base/ErrorText.h"
 
 #include <sys/epoll.h>
-#include <sys/eventfd.h>
 
 #include <algorithm>
 #include <cerrno>
-#include <cstdlib>
 #include <cstring>
 #include <set>
 #include <utility>
@@ -134,11 +133,7 @@ OvixWdsProxy::~OvixWdsProxy() {
 }
 
 UniqueFd OvixWdsProxy::watch(EventManager::EventCallback callback) {
-  UniqueFd fd(::eventfd(/*initval=*/0, EFD_NONBLOCK | EFD_CLOEXEC));
-  if (fd.get() == -1) {
-    LogWrapper::log(LogLevel::Error, logTag, "Cannot create eventfd instance");
-    std::abort();
-  }
+  UniqueFd fd = makeWakeFd();
   eventManager.addEssentialHandler(fd.get(), callback, this, EPOLLIN);
   return fd;
 }

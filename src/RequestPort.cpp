@@ -2,6 +2,7 @@
 
 #include "LogWrapper.h"
 #include "WakeFd.h"
+#include "base/ErrorText.h"
 
 #include <cerrno>
 #include <cstdlib>

@@ -5,10 +5,18 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <cstdint>
-#include <system_error>
+#include <cstdlib>
 
 namespace pavo {
+
+UniqueFd makeWakeFd() {
+  UniqueFd fd = makeEventFd();
+  if (!fd.isOpen()) {
+    LogWrapper::log(LogLevel::Error, logTag, "Cannot create eventfd instance");
+    std::abort();
+  }
+  return fd;
+}
 
 void drainFd(int fd, LogLevel errorLevel) {
   char buffer[256];
@@ -20,13 +28,5 @@ void drainFd(int fd, LogLevel errorLevel) {
     LogWrapper::log(errorLevel, logTag, "Error while clearing the read buffer on fd %d", fd);
   }
 }
-
-int notifyFd(int fd) {
-  const std::uint64_t one = 1;
-  static_assert(sizeof one == notifiedBytes);
-  return static_cast<int>(::write(fd, &one, sizeof one));
-}
-
-std::string errorText(int error) { return std::generic_category().message(error); }
 
 }  // namespace pavo

@@ -1,21 +1,15 @@
 #pragma once
 
 #include "LogLevel.h"
-
-#include <string>
+#include "base/EventFd.h"
 
 namespace pavo {
 
-// Reads a non-blocking descriptor until nothing is left. An error other than that is logged at the
-// given level, and a closed peer ends it too.
+// Makes an eventfd. When the system has none, an error line says so and the process ends.
+UniqueFd makeWakeFd();
+
+// Reads a non-blocking descriptor until it is empty or its peer has closed it. Any other failure is
+// logged at the given level.
 void drainFd(int fd, LogLevel errorLevel);
-
-// Adds one to an eventfd. Returns what write(2) did; errno is write's own.
-int notifyFd(int fd);
-
-inline constexpr int notifiedBytes = 8;
-
-// What strerror says of an errno, on any thread.
-std::string errorText(int error);
 
 }  // namespace pavo

@@ -3,25 +3,9 @@
 #include <stdexcept>
 #include <utility>
 
-namespace modem {
+#include "wire/LittleEndian.h"
 
-namespace {
-
-void putLittleEndian(std::vector<uint8_t>& out, uint32_t value, size_t width) {
-  for (size_t i = 0; i < width; ++i) {
-    out.push_back(static_cast<uint8_t>(value >> (8 * i)));
-  }
-}
-
-uint32_t getLittleEndian(const uint8_t* bytes, size_t width) {
-  uint32_t value = 0;
-  for (size_t i = 0; i < width; ++i) {
-    value |= static_cast<uint32_t>(bytes[i]) << (8 * i);
-  }
-  return value;
-}
-
-}  // namespace
+namespace wire {
 
 std::vector<uint8_t> encodeFrame(const Frame& frame) {
   if (frame.payload.size() > framePayloadBytesMax) {
@@ -42,8 +26,8 @@ void FrameReader::append(const uint8_t* bytes, size_t count) {
   if (!brokenReason.empty()) {
     return;
   }
-  // What was handed out is dropped here and not frame by frame, so that a burst of small frames
-  // is moved once.
+  // Consumed bytes are dropped here and not frame by frame, so that a burst of small frames is
+  // moved once.
   pending.erase(pending.begin(), pending.begin() + static_cast<std::ptrdiff_t>(consumed));
   consumed = 0;
   pending.insert(pending.end(), bytes, bytes + count);
@@ -59,8 +43,8 @@ FrameReader::Status FrameReader::next(Frame& frame) {
   }
   const uint8_t* header = pending.data() + consumed;
   const uint32_t payloadBytes = getLittleEndian(header, /*width=*/4);
-  // The header is judged before the payload has arrived: a length that is a lie would otherwise
-  // make the reader wait for, and hold, whatever the peer cares to send.
+  // The header is checked before the payload arrives. Otherwise a wrong length would make the
+  // reader wait for, and hold, as many bytes as the peer sends.
   if (payloadBytes > framePayloadBytesMax) {
     return fail("payload of " + std::to_string(payloadBytes) + " bytes, at most " +
                 std::to_string(framePayloadBytesMax) + " are allowed");
@@ -91,4 +75,4 @@ FrameReader::Status FrameReader::fail(std::string why) {
   return Status::Broken;
 }
 
-}  // namespace modem
+}  // namespace wire

@@ -1,8 +1,8 @@
 // The frames in which a client and the modem talk over a stream: a fixed header and a payload.
 //
 // Encoding is a pure function. A FrameReader belongs to one connection and one thread: bytes go in
-// as they arrive, whole frames come out. What a reader finds wrong it cannot recover from, because
-// it no longer knows where the next frame begins; the connection has to be closed.
+// as they arrive, whole frames come out. A reader cannot recover from a broken frame, because it no
+// longer knows where the next frame begins; the connection has to be closed.
 #pragma once
 
 #include <cstddef>
@@ -10,7 +10,7 @@
 #include <string>
 #include <vector>
 
-namespace modem {
+namespace wire {
 
 inline constexpr size_t frameHeaderBytes = 12;
 inline constexpr size_t framePayloadBytesMax = 65536;
@@ -23,8 +23,9 @@ enum class FrameKind : uint8_t {
   ControlRequest = 3,
   ControlResponse = 4,
   Hello = 5,
-  // A response that the messaging library hands on unjudged: a text that fills its place gets no
-  // terminator, and a list's count comes as the modem said. For a library that trusts its modem.
+  // A response that the messaging library passes on without checking its bounds: a text that fills
+  // its place gets no terminator, and the count of a list is the modem's. Some platforms trust
+  // their modem in this way.
   UncheckedResponse = 6,
 };
 
@@ -35,7 +36,7 @@ struct Frame {
   std::vector<uint8_t> payload;
 };
 
-// The caller keeps the payload within framePayloadBytesMax; a longer one throws std::length_error.
+// Throws std::length_error when the payload is longer than framePayloadBytesMax.
 std::vector<uint8_t> encodeFrame(const Frame& frame);
 
 class FrameReader {
@@ -44,10 +45,10 @@ class FrameReader {
 
   void append(const uint8_t* bytes, size_t count);
 
-  // Takes the next whole frame. Once Broken, always Broken.
+  // Takes the next whole frame. A Broken reader stays Broken.
   Status next(Frame& frame);
 
-  // Why the reader is broken, in one line; empty while it is not.
+  // The reason why the reader is broken, in one line; empty while it is not.
   const std::string& reason() const { return brokenReason; }
 
   // True when the stream would end inside a frame if it ended now.
@@ -61,4 +62,4 @@ class FrameReader {
   std::string brokenReason;
 };
 
-}  // namespace modem
+}  // namespace wire

@@ -1,29 +1,17 @@
 #include "wire/Hello.h"
 
-namespace modem {
+#include "wire/LittleEndian.h"
+
+namespace wire {
 
 namespace {
 
-// A hello is one byte: bit 0 tells of an absence, the two above hold the purpose.
+// A hello is one byte: bit 0 is sawAbsence, the two bits above are the purpose.
 constexpr unsigned purposeShift = 1;
 constexpr unsigned helloMax = (static_cast<unsigned>(Purpose::Object) << purposeShift) | 1;
 
-// A welcome is the boot number; a refusal has its code behind that.
+// A welcome is the boot number. A refusal is the boot number and the code.
 constexpr size_t numberBytes = 4;
-
-void append(std::vector<uint8_t>& out, uint32_t value) {
-  for (size_t i = 0; i < numberBytes; ++i) {
-    out.push_back(static_cast<uint8_t>(value >> (8 * i)));
-  }
-}
-
-uint32_t numberAt(std::span<const uint8_t> bytes, size_t at) {
-  uint32_t value = 0;
-  for (size_t i = 0; i < numberBytes; ++i) {
-    value |= uint32_t{bytes[at + i]} << (8 * i);
-  }
-  return value;
-}
 
 }  // namespace
 
@@ -46,21 +34,25 @@ std::optional<Hello> decodeHello(std::span<const uint8_t> payload) {
 
 std::vector<uint8_t> encodeHelloAnswer(HelloAnswer answer) {
   std::vector<uint8_t> payload;
-  append(payload, answer.boot);
+  putLittleEndian(payload, answer.boot, numberBytes);
   if (answer.refusal != 0) {
-    append(payload, static_cast<uint32_t>(answer.refusal));
+    putLittleEndian(payload, static_cast<uint32_t>(answer.refusal), numberBytes);
   }
   return payload;
 }
 
 std::optional<HelloAnswer> decodeHelloAnswer(std::span<const uint8_t> payload) {
-  if (payload.size() == numberBytes) {
-    return HelloAnswer{numberAt(payload, 0), 0};
+  if (payload.size() != numberBytes && payload.size() != 2 * numberBytes) {
+    return std::nullopt;
   }
-  if (payload.size() == 2 * numberBytes && numberAt(payload, numberBytes) != 0) {
-    return HelloAnswer{numberAt(payload, 0), static_cast<int32_t>(numberAt(payload, numberBytes))};
+  HelloAnswer answer{getLittleEndian(payload.data(), numberBytes), 0};
+  if (payload.size() > numberBytes) {
+    answer.refusal = static_cast<int32_t>(getLittleEndian(&payload[numberBytes], numberBytes));
+    if (answer.refusal == 0) {
+      return std::nullopt;
+    }
   }
-  return std::nullopt;
+  return answer;
 }
 
-}  // namespace modem
+}  // namespace wire

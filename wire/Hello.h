@@ -1,7 +1,8 @@
-// The first words of a connection: what a client says it is for, and the modem's answer.
+// The first frame in each direction of a connection: the client states the purpose of the
+// connection, and the modem answers. Both ends use these functions.
 //
-// Both ends use this. A refusal stands for what the platform would answer its caller if the service
-// were not to be had; the connection is of no use after it.
+// A refusal is the code with which the platform answers its caller. The connection carries nothing
+// after it.
 #pragma once
 
 #include <cstdint>
@@ -10,17 +11,18 @@
 #include <string_view>
 #include <vector>
 
-namespace modem {
+namespace wire {
 
-// Only an open connection carries messages. The others ask whether the service is there.
+// The purpose of a connection. Only an open connection carries messages. The others ask whether the
+// service is there.
 enum class Purpose : uint8_t {
   Open,    // a client that will send requests
-  Find,    // is the service there now?
-  Watch,   // it is there for as long as this connection stands
-  Object,  // does the platform know the service at all?
+  Find,    // asks whether the service is there now
+  Watch,   // the service is there for as long as this connection stands
+  Object,  // asks whether the platform has the service's message tables
 };
 
-// "open" and so on.
+// "open", "find", "watch" or "object".
 std::string_view purposeName(Purpose purpose);
 
 struct Hello {
@@ -33,10 +35,10 @@ std::optional<Hello> decodeHello(std::span<const uint8_t> payload);
 
 struct HelloAnswer {
   uint32_t boot = 0;
-  int32_t refusal = 0;  // 0: welcome
+  int32_t refusal = 0;  // 0 when the client is welcome
 };
 
 std::vector<uint8_t> encodeHelloAnswer(HelloAnswer answer);
 std::optional<HelloAnswer> decodeHelloAnswer(std::span<const uint8_t> payload);
 
-}  // namespace modem
+}  // namespace wire

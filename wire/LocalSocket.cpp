@@ -4,7 +4,6 @@
 #include <sys/file.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
-#include <sys/un.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -13,9 +12,14 @@
 #include <thread>
 #include <utility>
 
-namespace modem {
+#include "base/ErrorText.h"
+
+namespace wire {
 
 namespace {
+
+using pavo::errorText;
+using pavo::UniqueFd;
 
 constexpr int backlog = 64;
 
@@ -29,23 +33,23 @@ sockaddr_un addressOf(const std::string& path) {
   if (path.empty()) {
     throw SocketError("the socket's path is empty");
   }
-  if (path.size() >= sizeof address.sun_path) {
-    fail(path, "a socket's path has at most " + std::to_string(sizeof address.sun_path - 1) +
+  if (path.size() > socketPathBytesMax) {
+    fail(path, "a socket's path has at most " + std::to_string(socketPathBytesMax) +
                    " bytes, this one has " + std::to_string(path.size()));
   }
   std::memcpy(address.sun_path, path.data(), path.size());
   return address;
 }
 
-UniqueFd newSocket(int flags = 0) {
+UniqueFd newSocket(int flags) {
   UniqueFd fd(socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | flags, /*protocol=*/0));
   if (!fd.isOpen()) {
-    throw SocketError(std::string("cannot make a socket: ") + std::strerror(errno));
+    throw SocketError("cannot make a socket: " + errorText(errno));
   }
   return fd;
 }
 
-// 0 or errno.
+// The result is 0 or errno.
 int tryConnect(int fd, const sockaddr_un& address) {
   int result = -1;
   do {
@@ -54,12 +58,12 @@ int tryConnect(int fd, const sockaddr_un& address) {
   return result == 0 ? 0 : errno;
 }
 
-// False when another process holds the lock beyond the deadline, or with errno when there is no
-// locking. Never blocks on the lock itself: every user who may read the directory may hold it, for
-// as long as that user likes.
+// False when another process holds the lock beyond the deadline, or when the file system has no
+// locks; errno says which. It never blocks on the lock itself, because every user that may read
+// the directory may hold the lock for ever.
 bool lockInTime(int fd) {
   constexpr std::chrono::milliseconds again{10};
-  const auto deadline = std::chrono::steady_clock::now() + ListeningSocket::lockPatience;
+  const auto deadline = std::chrono::steady_clock::now() + ListeningSocket::lockTimeout;
   while (flock(fd, LOCK_EX | LOCK_NB) != 0) {
     if ((errno != EWOULDBLOCK && errno != EINTR) || std::chrono::steady_clock::now() >= deadline) {
       return false;
@@ -69,17 +73,16 @@ bool lockInTime(int fd) {
   return true;
 }
 
-// A process that prepares a socket file holds the lock of its directory: two modems that start at
-// once cannot both find a stale file and then remove each other's fresh one. Unlike a lock file it
-// leaves nothing behind.
+// A process that prepares a socket file holds the lock of its directory. So two modems that start
+// at once cannot both find a stale file and then remove each other's fresh one. Unlike a lock file,
+// the lock leaves nothing behind.
 UniqueFd lockDirectoryOf(const std::string& path) {
   const std::string parent = std::filesystem::path(path).parent_path().string();
   const std::string directory = parent.empty() ? "." : parent;
   UniqueFd fd(open(directory.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
   if (!fd.isOpen() || !lockInTime(fd.get())) {
-    fail(path, errno == EWOULDBLOCK
-                   ? "another process keeps the directory " + directory + " locked"
-                   : "cannot use the directory: " + std::string(std::strerror(errno)));
+    fail(path, errno == EWOULDBLOCK ? "another process keeps the directory " + directory + " locked"
+                                    : "cannot use the directory: " + errorText(errno));
   }
   return fd;
 }
@@ -92,7 +95,7 @@ void removeStale(const std::string& path, const sockaddr_un& address) {
   if (!S_ISSOCK(status.st_mode)) {
     fail(path, "there is a file that is no socket");
   }
-  // Not blocking: a modem whose queue of connections is full is a running one, too.
+  // The probe does not block: a modem whose queue of connections is full is running, too.
   const UniqueFd probe = newSocket(SOCK_NONBLOCK);
   if (tryConnect(probe.get(), address) != ECONNREFUSED) {
     fail(path, "a running modem serves this socket");
@@ -102,11 +105,11 @@ void removeStale(const std::string& path, const sockaddr_un& address) {
 
 }  // namespace
 
-UniqueFd connectToSocket(const std::string& path) {
+UniqueFd connectToSocket(const std::string& path, bool isBlocking) {
   const sockaddr_un address = addressOf(path);
-  UniqueFd fd = newSocket();
+  UniqueFd fd = newSocket(isBlocking ? 0 : SOCK_NONBLOCK);
   if (const int error = tryConnect(fd.get(), address); error != 0) {
-    fail(path, std::string("cannot connect: ") + std::strerror(error));
+    fail(path, "cannot connect: " + errorText(error));
   }
   return fd;
 }
@@ -127,14 +130,14 @@ ListeningSocket::ListeningSocket(std::string socketPath) : path(std::move(socket
   const UniqueFd lock = lockDirectoryOf(path);
   removeStale(path, address);
   fd = newSocket(SOCK_NONBLOCK);
-  // The file gets the socket's own mode when it is made, so that it is never open to others: not
-  // even for the moment before a chmod of the path, which could hit another file by then. The umask
-  // would do too, but it is the whole process's, whose other threads make files of their own.
+  // bind() gives the file the mode of the socket, so the file is never open to other users. A chmod
+  // of the path would leave it open for a moment, and could change another file by then. The umask
+  // belongs to the whole process, whose other threads make files of their own.
   struct stat status = {};
   if (fchmod(fd.get(), S_IRUSR | S_IWUSR) != 0 ||
       bind(fd.get(), reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0 ||
       listen(fd.get(), backlog) != 0 || lstat(path.c_str(), &status) != 0) {
-    fail(path, std::string("cannot listen: ") + std::strerror(errno));
+    fail(path, "cannot listen: " + errorText(errno));
   }
   device = status.st_dev;
   inode = status.st_ino;
@@ -147,4 +150,4 @@ ListeningSocket::~ListeningSocket() {
   }
 }
 
-}  // namespace modem
+}  // namespace wire

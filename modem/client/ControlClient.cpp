@@ -21,7 +21,7 @@ void sendAll(int fd, const std::vector<uint8_t>& bytes) {
   while (done < bytes.size()) {
     const ssize_t count = send(fd, bytes.data() + done, bytes.size() - done, MSG_NOSIGNAL);
     if (count < 0 && errno != EINTR) {
-      throw SocketError(std::string("cannot send to the modem: ") + std::strerror(errno));
+      throw wire::SocketError(std::string("cannot send to the modem: ") + std::strerror(errno));
     }
     done += count > 0 ? static_cast<size_t>(count) : 0;
   }
@@ -31,17 +31,18 @@ void receiveSome(int fd, FrameReader& reader) {
   std::array<uint8_t, 64 << 10> bytes;
   const ssize_t count = recv(fd, bytes.data(), bytes.size(), /*flags=*/0);
   if (count == 0) {
-    throw SocketError("the modem closed the control connection");
+    throw wire::SocketError("the modem closed the control connection");
   }
   if (count < 0 && errno != EINTR) {
-    throw SocketError(std::string("cannot receive from the modem: ") + std::strerror(errno));
+    throw wire::SocketError(std::string("cannot receive from the modem: ") + std::strerror(errno));
   }
   reader.append(bytes.data(), count > 0 ? static_cast<size_t>(count) : 0);
 }
 
 }  // namespace
 
-ControlClient::ControlClient(const std::string& socketPath) : fd(connectToSocket(socketPath)) {}
+ControlClient::ControlClient(const std::string& socketPath)
+    : fd(wire::connectToSocket(socketPath)) {}
 
 ControlClient::ControlClient(int connectedSocket) : fd(connectedSocket) {}
 
@@ -65,15 +66,15 @@ json ControlClient::call(const std::string& verb, const json& args) {
 
 json ControlClient::callOnce(const json& request) {
   const std::string text = request.dump();
-  sendAll(fd.get(), encodeFrame({.kind = FrameKind::ControlRequest,
-                                 .messageId = 0,
-                                 .transaction = ++lastTransaction,
-                                 .payload = {text.begin(), text.end()}}));
+  sendAll(fd.get(), wire::encodeFrame({.kind = FrameKind::ControlRequest,
+                                       .messageId = 0,
+                                       .transaction = ++lastTransaction,
+                                       .payload = {text.begin(), text.end()}}));
   Frame frame;
   while (true) {
     const FrameReader::Status status = reader.next(frame);
     if (status == FrameReader::Status::Broken) {
-      throw SocketError("the modem's answer is broken: " + reader.reason());
+      throw wire::SocketError("the modem's answer is broken: " + reader.reason());
     }
     if (status == FrameReader::Status::NeedMore) {
       receiveSome(fd.get(), reader);

@@ -5,10 +5,15 @@
 #include <nlohmann/json.hpp>
 #include <string>
 
-#include "modem/UniqueFd.h"
+#include "base/UniqueFd.h"
 #include "wire/Frame.h"
 
 namespace modem {
+
+using pavo::UniqueFd;
+using wire::Frame;
+using wire::FrameKind;
+using wire::FrameReader;
 
 class ControlClient {
  public:

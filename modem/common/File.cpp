@@ -6,7 +6,7 @@
 #include <cerrno>
 #include <cstring>
 
-#include "modem/UniqueFd.h"
+#include "base/UniqueFd.h"
 
 namespace modem {
 
@@ -19,7 +19,7 @@ std::string readFile(const std::string& path) {
 }
 
 std::optional<std::string> readFileIfAny(const std::string& path) {
-  const UniqueFd fd(open(path.c_str(), O_RDONLY | O_CLOEXEC));
+  const pavo::UniqueFd fd(open(path.c_str(), O_RDONLY | O_CLOEXEC));
   if (!fd.isOpen() && errno == ENOENT) {
     return std::nullopt;
   }

@@ -36,7 +36,7 @@ Store::Store(std::string storePath, size_t tableCapacity)
 std::optional<ProfilesByIndex> Store::load() const {
   auto profiles = readProfileFile(path, capacity);
   if (profiles) {
-    makePrivate(path);
+    pavo::makePrivate(path);
     for (const auto& [index, profile] : *profiles) {
       if (!profile.isPersistent()) {
         throw Error(path + ": the profile with index " + std::to_string(index) +
@@ -49,7 +49,7 @@ std::optional<ProfilesByIndex> Store::load() const {
 
 void Store::save(const ProfilesByIndex& profiles) const {
   const std::string fresh = path + ".new";
-  PrivateFile file = createPrivateFile(fresh);
+  pavo::PrivateFile file = pavo::createPrivateFile(fresh);
   if (!file.fd.isOpen()) {
     throw Error(fresh + ": cannot create: " + file.problem);
   }

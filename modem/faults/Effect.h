@@ -20,6 +20,8 @@
 
 namespace modem {
 
+using wire::Frame;
+
 // A request or a hello that has come in, and what the modem can do with it.
 class Incoming {
  public:

@@ -10,6 +10,8 @@
 
 namespace modem {
 
+using wire::Purpose;
+
 using nlohmann::json;
 
 namespace {
@@ -46,7 +48,7 @@ std::vector<Name> indicationNames() {
 std::vector<Name> purposeNames() {
   std::vector<Name> names;
   for (const Purpose purpose : {Purpose::Open, Purpose::Find, Purpose::Watch, Purpose::Object}) {
-    names.push_back({purposeName(purpose), static_cast<uint32_t>(purpose)});
+    names.push_back({wire::purposeName(purpose), static_cast<uint32_t>(purpose)});
   }
   return names;
 }

@@ -11,7 +11,12 @@
 #include "modem/core/FieldWriter.h"
 #include "modem/core/Profile.h"
 
+#include "wire/Frame.h"
+
 namespace modem {
+
+using wire::Frame;
+using wire::FrameKind;
 
 inline Bytes toBytes(ByteView view) { return {view.begin(), view.end()}; }
 

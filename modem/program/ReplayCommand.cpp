@@ -7,7 +7,7 @@ namespace modem {
 
 int replay(const ReplayArguments& arguments) {
   std::vector<TraceSession> sessions = readTraceSessions(arguments.tracePath);
-  const ListeningSocket listener(arguments.socketPath);
+  const wire::ListeningSocket listener(arguments.socketPath);
   Server server({.listenFd = listener.get(), .report = writeLog});
   Replay replay(std::move(sessions), server);
   runServer(server, replay, arguments.socketPath, arguments.readyFd);

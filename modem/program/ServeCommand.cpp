@@ -43,10 +43,10 @@ Service::Options optionsFrom(const ServeArguments& arguments) {
 int serve(const ServeArguments& arguments) {
   Service::Options options = optionsFrom(arguments);
   // The socket first: a modem that is refused it must not touch the files of the one that has it.
-  const ListeningSocket listener(arguments.socketPath);
-  std::optional<FileLock> storeLock;
+  const wire::ListeningSocket listener(arguments.socketPath);
+  std::optional<pavo::FileLock> storeLock;
   if (!arguments.storePath.empty()) {
-    storeLock.emplace(arguments.storePath);
+    storeLock.emplace(arguments.storePath, "modem");
     options.modem.store = std::make_unique<Store>(arguments.storePath, arguments.capacity);
   }
   if (!arguments.tracePath.empty()) {

@@ -13,6 +13,11 @@
 
 namespace modem {
 
+using wire::Frame;
+using wire::FrameKind;
+using wire::Hello;
+using wire::Purpose;
+
 using ClientNumber = uint32_t;
 
 // The clients' connections, as the handler may use them. A number of a client that has left is

@@ -34,7 +34,7 @@ void Connection::send(const Frame& frame) {
   if (!isOpen()) {
     return;
   }
-  const std::vector<uint8_t> bytes = encodeFrame(frame);
+  const std::vector<uint8_t> bytes = wire::encodeFrame(frame);
   output.insert(output.end(), bytes.begin(), bytes.end());
   flush();
   if (output.size() - outputDone > outputBytesMax) {

@@ -12,11 +12,16 @@
 #include <string>
 #include <vector>
 
-#include "modem/UniqueFd.h"
+#include "base/UniqueFd.h"
 #include "modem/server/ClientHandler.h"
 #include "wire/Frame.h"
 
 namespace modem {
+
+using pavo::UniqueFd;
+using wire::Frame;
+using wire::FrameKind;
+using wire::FrameReader;
 
 enum class Role { Unknown, Client, Control };
 

@@ -11,6 +11,7 @@
 #include <string_view>
 #include <utility>
 
+#include "base/EventFd.h"
 #include "modem/common/Json.h"
 #include "wire/LocalSocket.h"
 
@@ -36,7 +37,7 @@ void turnAway(const UniqueFd& socket) {
 Server::Server(Options options)
     : listenFd(options.listenFd),
       reportLine(std::move(options.report)),
-      wake(eventfd(/*initval=*/0, EFD_CLOEXEC | EFD_NONBLOCK)) {
+      wake(pavo::makeEventFd()) {
   if (!wake.isOpen()) {
     throw Error(std::string("cannot make an eventfd: ") + std::strerror(errno));
   }
@@ -121,8 +122,8 @@ void Server::acceptAll() {
 }
 
 void Server::take(UniqueFd socket) {
-  const auto peer = peerOf(socket.get());
-  if (!peer || !mayConnect(*peer, geteuid())) {
+  const auto peer = wire::peerOf(socket.get());
+  if (!peer || !wire::mayConnect(*peer, geteuid())) {
     turnAway(socket);
     reportLimited("a connection was turned away, it is of " +
                   (peer ? "user " + std::to_string(*peer) : "an unknown user"));
@@ -227,7 +228,8 @@ void Server::onFirstFrame(Connection& connection, const Frame& frame) {
     onControl(connection, frame);
     return;
   }
-  const auto hello = frame.kind == FrameKind::Hello ? decodeHello(frame.payload) : std::nullopt;
+  const auto hello =
+      frame.kind == FrameKind::Hello ? wire::decodeHello(frame.payload) : std::nullopt;
   if (!hello) {
     connection.close(ClosedBy::Modem, "the first frame is neither a hello nor a control request");
     return;
@@ -241,7 +243,7 @@ void Server::onControl(Connection& connection, const Frame& frame) {
   const std::string_view request(reinterpret_cast<const char*>(frame.payload.data()),
                                  frame.payload.size());
   std::string reply = dumpLine(handler->onControl(request));
-  if (reply.size() > framePayloadBytesMax) {
+  if (reply.size() > wire::framePayloadBytesMax) {
     // Lists come in pieces; this is an error that quotes what was asked.
     reply = dumpLine({{"ok", false}, {"error", "the request is too long to be answered"}});
   }

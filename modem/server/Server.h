@@ -13,12 +13,16 @@
 #include <string>
 #include <vector>
 
-#include "modem/UniqueFd.h"
+#include "base/UniqueFd.h"
 #include "modem/server/ClientHandler.h"
 #include "modem/server/Connection.h"
 #include "modem/server/LineLimit.h"
 
 namespace modem {
+
+using wire::Frame;
+
+using pavo::UniqueFd;
 
 class Server final : public ClientLink {
  public:

@@ -20,7 +20,7 @@ namespace {
 // what a frame holds beyond it.
 constexpr size_t listBytesMax = 32 << 10;
 static_assert(Transcript::entryJsonBytesMax <= listBytesMax);
-static_assert(2 * listBytesMax <= framePayloadBytesMax);
+static_assert(2 * listBytesMax <= wire::framePayloadBytesMax);
 
 uint64_t requiredNumber(const json& args, const std::string& name, uint64_t max) {
   if (!args.contains(name)) {

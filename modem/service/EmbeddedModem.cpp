@@ -1,14 +1,14 @@
 #include "modem/service/EmbeddedModem.h"
 
-#include <signal.h>
 #include <sys/socket.h>
 
 #include <cerrno>
 #include <exception>
-#include <thread>
+#include <memory>
 #include <utility>
 
-#include "modem/UniqueFd.h"
+#include "base/Thread.h"
+#include "base/UniqueFd.h"
 #include "modem/server/Server.h"
 #include "modem/service/Service.h"
 
@@ -16,27 +16,14 @@ namespace modem {
 
 namespace {
 
-// Runs the thread with all signals blocked: they belong to the program, which knows nothing of it.
-void startServing(Server& server, Service& service) {
-  sigset_t all;
-  sigset_t before;
-  sigfillset(&all);
-  pthread_sigmask(SIG_SETMASK, &all, &before);
-  try {
-    std::thread([&server, &service] { server.run(service); }).detach();
-  } catch (...) {
-    pthread_sigmask(SIG_SETMASK, &before, nullptr);
-    throw;
-  }
-  pthread_sigmask(SIG_SETMASK, &before, nullptr);
-}
-
 // Never destroyed: clients may talk to it from destructors that run while the process exits.
 Server& embeddedServer() {
   static Server& server = []() -> Server& {
     auto fresh = std::make_unique<Server>(Server::Options{});
     auto service = std::make_unique<Service>(Service::Options{}, *fresh);
-    startServing(*fresh, *service);
+    pavo::startThread("pavo-modem", [&server = *fresh, &service = *service] {
+      server.run(service);
+    }).detach();
     static_cast<void>(service.release());
     return *fresh.release();
   }();

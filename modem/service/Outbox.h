@@ -16,6 +16,8 @@
 
 namespace modem {
 
+using wire::Frame;
+
 class Outbox {
  public:
   using PowerLoss = std::function<void(const PowerCycle&)>;

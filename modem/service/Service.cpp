@@ -20,7 +20,7 @@ Frame helloFrame(Bytes payload) {
 class Service::IncomingHello final : public Incoming {
  public:
   IncomingHello(Service& service, ClientNumber client, Hello hello, const Effect& effect)
-      : Incoming(helloFrame(encodeHello(hello))),
+      : Incoming(helloFrame(wire::encodeHello(hello))),
         service(service),
         client(client),
         hello(hello),
@@ -95,7 +95,7 @@ Service::Service(Options options, ClientLink& link)
 }
 
 void Service::onHello(ClientNumber client, Hello hello) {
-  const Frame frame = helloFrame(encodeHello(hello));
+  const Frame frame = helloFrame(wire::encodeHello(hello));
   if (!modem.isOn()) {
     recorder.addTurnedAway(client, frame);
     link.hangUp(client);
@@ -120,7 +120,7 @@ void Service::accept(ClientNumber client, Hello hello) {
 }
 
 void Service::answerHello(ClientNumber client, int32_t refusal, const std::string& fault) {
-  const Frame frame = helloFrame(encodeHelloAnswer({modem.bootNumber(), refusal}));
+  const Frame frame = helloFrame(wire::encodeHelloAnswer({modem.bootNumber(), refusal}));
   link.send(client, frame);
   recorder.add(Direction::Out, client, frame, fault);
 }

@@ -17,6 +17,9 @@
 
 namespace modem {
 
+using wire::Frame;
+using wire::Hello;
+
 class Service final : public ClientHandler, private ControlHost {
  public:
   struct Options {

@@ -123,13 +123,13 @@ json resultToJson(const FieldReader& fields) {
 json helloToJson(Direction direction, const Frame& frame) {
   json out = {{"value", numberFrom(frame.payload)}};
   if (direction == Direction::Out) {
-    const auto answer = decodeHelloAnswer(frame.payload);
+    const auto answer = wire::decodeHelloAnswer(frame.payload);
     out["value"] = answer ? answer->boot : 0;
     if (answer && answer->refusal != 0) {
       out["refusal"] = answer->refusal;
     }
-  } else if (const auto hello = decodeHello(frame.payload)) {
-    out["purpose"] = purposeName(hello->purpose);
+  } else if (const auto hello = wire::decodeHello(frame.payload)) {
+    out["purpose"] = wire::purposeName(hello->purpose);
     out["sawAbsence"] = hello->sawAbsence;
   }
   return out;

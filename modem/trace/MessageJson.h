@@ -8,6 +8,9 @@
 
 namespace modem {
 
+using wire::Frame;
+using wire::FrameKind;
+
 // Sets "fields", and in a response "result"; "malformed" when the message cannot be decoded.
 void decodeInto(nlohmann::json& out, Direction direction, const Frame& frame);
 

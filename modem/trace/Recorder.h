@@ -11,6 +11,8 @@
 
 namespace modem {
 
+using wire::Frame;
+
 class Recorder {
  public:
   // trace may be null. link is told when the trace's file takes no more; the rest goes on.

@@ -54,7 +54,8 @@ void Replay::onHello(ClientNumber number, Hello hello) {
       link.report("client " + std::to_string(number) +
                   ": the trace has no further client; its requests are refused");
     }
-    link.send(number, {FrameKind::Hello, 0, 0, encodeHelloAnswer({/*boot=*/1, /*refusal=*/0})});
+    link.send(number,
+              {FrameKind::Hello, 0, 0, wire::encodeHelloAnswer({/*boot=*/1, /*refusal=*/0})});
     return;
   }
   if (session->hello.sawAbsence != hello.sawAbsence) {

@@ -20,6 +20,10 @@
 
 namespace modem {
 
+using wire::Frame;
+using wire::Hello;
+using wire::Purpose;
+
 class Replay final : public ClientHandler {
  public:
   Replay(std::vector<TraceSession> sessions, ClientLink& link);

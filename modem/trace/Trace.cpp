@@ -154,7 +154,7 @@ TraceEvent eventFromText(const std::string& line) {
 
 TraceWriter::TraceWriter(std::string tracePath)
     : path(std::move(tracePath)), start(steady_clock::now()) {
-  PrivateFile file = openPrivateFile(path);
+  pavo::PrivateFile file = pavo::openPrivateFile(path);
   if (!file.fd.isOpen()) {
     throw Error(path + ": cannot create: " + file.problem);
   }

@@ -14,13 +14,17 @@
 #include <string>
 #include <vector>
 
-#include "modem/UniqueFd.h"
+#include "base/UniqueFd.h"
 #include "modem/common/File.h"
 #include "modem/server/ClientHandler.h"
 #include "modem/trace/MessageJson.h"
 #include "wire/Frame.h"
 
 namespace modem {
+
+using pavo::UniqueFd;
+using wire::Frame;
+using wire::FrameKind;
 
 struct TraceEvent {
   std::chrono::microseconds time{0};

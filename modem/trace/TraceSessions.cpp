@@ -12,7 +12,7 @@ namespace {
 }
 
 TraceSession newSession(const std::string& path, const TraceEvent& event) {
-  const auto hello = decodeHello(event.frame.payload);
+  const auto hello = wire::decodeHello(event.frame.payload);
   if (event.isEnd || event.direction != Direction::In || event.frame.kind != FrameKind::Hello) {
     refuse(path, event, "this client has said no hello yet");
   }

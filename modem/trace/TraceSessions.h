@@ -9,6 +9,8 @@
 
 namespace modem {
 
+using wire::Hello;
+
 // What a client said, and all that the modem sent to it before the client said something else.
 struct TraceExchange {
   TraceEvent said;

@@ -17,6 +17,8 @@
 
 namespace modem {
 
+using wire::Frame;
+
 class Transcript {
  public:
   static constexpr size_t entriesMax = 4096;

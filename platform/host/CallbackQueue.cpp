@@ -1,45 +1,121 @@
 #include "CallbackQueue.h"
 
-#include <condition_variable>
 #include <deque>
-#include <mutex>
+#include <thread>
 #include <utility>
 
-#include "Trace.h"
+#include "DebugLine.h"
+#include "base/Mutex.h"
 #include "base/Thread.h"
 
 namespace ovix {
 
-struct CallbackQueue::State {
-  std::mutex mutex;
-  // All below are guarded by the mutex.
-  std::condition_variable changed;
-  std::deque<Callback> waiting;
-  std::thread thread;
-  std::thread::id runningOn;  // No thread while no callback runs.
-  bool stopped = false;
-  bool isOverflowing = false;  // From the first that was dropped until none waits.
+using pavo::MutexLock;
 
-  void run();
+struct CallbackQueue::State {
+  pavo::Mutex mutex;
+  pavo::CondVar changed;
+  std::deque<Callback> waiting GUARDED_BY(mutex);
+  std::thread thread GUARDED_BY(mutex);
+  std::thread::id runningOn GUARDED_BY(mutex);  // No thread while no callback runs.
+  bool isStopped GUARDED_BY(mutex) = false;
+  // From the first callback that was dropped until none waits.
+  bool isOverflowing GUARDED_BY(mutex) = false;
+
+  void start(std::shared_ptr<State> self) EXCLUDES(mutex);
+  void run() EXCLUDES(mutex);
+  void push(Callback callback) REQUIRES(mutex);
+  void pushIfRoom(Callback callback) EXCLUDES(mutex);
+  void stop() EXCLUDES(mutex);
+
+ private:
+  Callback takeNext() EXCLUDES(mutex);
+  void noteReturned() EXCLUDES(mutex);
 };
 
+void CallbackQueue::State::start(std::shared_ptr<State> self) {
+  const MutexLock lock(mutex);
+  if (!isStopped && !thread.joinable()) {
+    thread = pavo::startThread("ovix-callbacks", [self = std::move(self)] { self->run(); });
+  }
+}
+
 void CallbackQueue::State::run() {
-  std::unique_lock lock(mutex);
-  while (true) {
-    changed.wait(lock, [this] { return stopped || !waiting.empty(); });
-    if (stopped) {
+  while (Callback callback = takeNext()) {
+    callback();
+    // What the callback holds is destroyed before stop() returns.
+    callback = nullptr;
+    noteReturned();
+  }
+}
+
+// Waits for a callback. The result is empty after stop().
+CallbackQueue::Callback CallbackQueue::State::takeNext() {
+  const MutexLock lock(mutex);
+  while (!isStopped && waiting.empty()) {
+    changed.wait(mutex);
+  }
+  if (isStopped) {
+    return nullptr;
+  }
+  Callback next = std::move(waiting.front());
+  waiting.pop_front();
+  isOverflowing = isOverflowing && !waiting.empty();
+  runningOn = std::this_thread::get_id();
+  return next;
+}
+
+void CallbackQueue::State::noteReturned() {
+  const MutexLock lock(mutex);
+  runningOn = {};
+  changed.notifyAll();
+}
+
+void CallbackQueue::State::push(Callback callback) {
+  if (!isStopped) {
+    waiting.push_back(std::move(callback));
+    changed.notifyAll();
+  }
+}
+
+void CallbackQueue::State::pushIfRoom(Callback callback) {
+  bool isFirstDropped = false;
+  {
+    const MutexLock lock(mutex);
+    if (waiting.size() < waitingMax) {
+      push(std::move(callback));
+    } else {
+      isFirstDropped = !std::exchange(isOverflowing, true);
+    }
+  }
+  if (isFirstDropped) {
+    writeDebugLine("%zu callbacks wait, indications are dropped", waitingMax);
+  }
+}
+
+void CallbackQueue::State::stop() {
+  std::deque<Callback> dropped;
+  std::thread ended;
+  {
+    const MutexLock lock(mutex);
+    isStopped = true;
+    dropped.swap(waiting);
+    ended.swap(thread);
+    changed.notifyAll();
+    if (runningOn == std::this_thread::get_id()) {
+      if (ended.joinable()) {
+        ended.detach();
+      }
       return;
     }
-    Callback callback = std::move(waiting.front());
-    waiting.pop_front();
-    isOverflowing = isOverflowing && !waiting.empty();
-    runningOn = std::this_thread::get_id();
-    lock.unlock();
-    callback();
-    callback = nullptr;
-    lock.lock();
-    runningOn = {};
-    changed.notify_all();
+    // A stop() from inside the callback that is still running may have detached the thread. Then
+    // there is no thread to join, and the callback itself has to be waited for.
+    while (runningOn != std::thread::id()) {
+      changed.wait(mutex);
+    }
+  }
+  if (ended.joinable()) {
+    ended.join();
   }
 }
 
@@ -47,57 +123,16 @@ CallbackQueue::CallbackQueue() : state(std::make_shared<State>()) {}
 
 CallbackQueue::~CallbackQueue() { stop(); }
 
-void CallbackQueue::start() {
-  const std::lock_guard lock(state->mutex);
-  if (state->stopped || state->thread.joinable()) {
-    return;
-  }
-  state->thread = startThread("ovix-callbacks", [state = state] { state->run(); });
-}
+void CallbackQueue::start() { state->start(state); }
 
 void CallbackQueue::post(Callback callback) {
-  {
-    const std::lock_guard lock(state->mutex);
-    if (state->stopped) {
-      return;
-    }
-    state->waiting.push_back(std::move(callback));
-  }
-  state->changed.notify_all();
+  State& shared = *state;
+  const MutexLock lock(shared.mutex);
+  shared.push(std::move(callback));
 }
 
-void CallbackQueue::postIfRoom(Callback callback) {
-  std::unique_lock lock(state->mutex);
-  if (state->waiting.size() < waitingMax) {
-    lock.unlock();
-    post(std::move(callback));
-  } else if (!std::exchange(state->isOverflowing, true)) {
-    lock.unlock();
-    trace("%zu callbacks wait, indications are dropped", waitingMax);
-  }
-}
+void CallbackQueue::postIfRoom(Callback callback) { state->pushIfRoom(std::move(callback)); }
 
-void CallbackQueue::stop() {
-  std::deque<Callback> dropped;
-  std::thread ended;
-  std::unique_lock lock(state->mutex);
-  state->stopped = true;
-  dropped.swap(state->waiting);
-  ended.swap(state->thread);
-  state->changed.notify_all();
-  if (state->runningOn == std::this_thread::get_id()) {
-    if (ended.joinable()) {
-      ended.detach();
-    }
-    return;
-  }
-  // The thread may have been taken, and detached, by a stop() from inside the callback that is
-  // still running, so that waiting for the thread is not enough.
-  state->changed.wait(lock, [this] { return state->runningOn == std::thread::id(); });
-  lock.unlock();
-  if (ended.joinable()) {
-    ended.join();
-  }
-}
+void CallbackQueue::stop() { state->stop(); }
 
 }  // namespace ovix

@@ -1,16 +1,16 @@
 // Runs the callbacks of one handle, one after the other, in the order in which they were posted, on
-// a thread of its own: whoever posts, the reader of a connection above all, never waits for one.
+// a thread of its own. So a thread that posts never waits for a callback. The reader of a
+// connection depends on that.
 //
 //   idle --start--> running --stop--> stopped
 //
-// The functions that post, and stop(), may be called from any thread, from inside a callback too. A
-// callback runs with no lock held.
+// Every function may be called from any thread, from inside a callback too. A callback runs with no
+// lock held.
 #pragma once
 
 #include <cstddef>
 #include <functional>
 #include <memory>
-#include <thread>
 
 namespace ovix {
 
@@ -23,27 +23,28 @@ class CallbackQueue {
   CallbackQueue& operator=(const CallbackQueue&) = delete;
   ~CallbackQueue();
 
-  // Callbacks posted before wait for it. A second call and one after stop() do nothing.
+  // Callbacks that were posted before start() run after it. A second call and a call after stop()
+  // do nothing. Throws std::system_error when the system has no thread left.
   void start();
 
-  // As many as may wait. A modem that talks faster than its callbacks run fills no memory with it.
+  // The limit of postIfRoom(). A modem that sends faster than the callbacks run fills no memory.
   static constexpr size_t waitingMax = 16384;
 
   // After stop() this does nothing.
   void post(Callback callback);
 
-  // As post(), for what can be done without: dropped when waitingMax callbacks wait. A line of
-  // trace() reports the first that is dropped, and again the first after the queue was empty.
+  // As post(), but drops the callback when waitingMax callbacks wait. A debug line reports the
+  // first that is dropped, and again the first after the queue was empty.
   void postIfRoom(Callback callback);
 
-  // When it has returned, no callback runs or will run. Called from inside one of the callbacks, it
-  // does not wait for that one, and the thread ends on its own after it.
+  // When it has returned, no callback runs or will run. A call from inside one of the callbacks
+  // does not wait for that one; the thread ends on its own after it.
   void stop();
 
  private:
   struct State;
 
-  // The thread shares it: after a stop() from inside a callback it outlives this object.
+  // Shared with the thread, which outlives this object after a stop() from inside a callback.
   const std::shared_ptr<State> state;
 };
 

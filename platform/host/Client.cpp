@@ -7,17 +7,19 @@
 #include <cerrno>
 #include <utility>
 
+#include "DebugLine.h"
 #include "MessageCodec.h"
-#include "Trace.h"
 #include "base/Thread.h"
 
 namespace ovix {
 
-using modem::Frame;
-using modem::FrameKind;
-using modem::FrameReader;
+using pavo::Deadline;
+using pavo::MutexLock;
+using wire::Frame;
+using wire::FrameKind;
+using wire::FrameReader;
 
-Client::Client(const ovix_service_object& serviceObject, Connection connection,
+Client::Client(const ovix_service_object& serviceObject, ModemConnection connection,
                ovix_client_ind_cb callback, void* callbackData)
     : service(serviceObject),
       socket(std::move(connection.socket)),
@@ -30,15 +32,15 @@ Client::~Client() { stop(); }
 void Client::start(ovix_client_type ownHandle) {
   handle = ownHandle;
   callbacks.start();
-  const std::lock_guard lock(mutex);
-  reader = startThread("ovix-reader", [this] { read(); });
+  const MutexLock lock(mutex);
+  reader = pavo::startThread("ovix-reader", [this] { read(); });
 }
 
 void Client::stop() {
   std::thread ended;
   {
-    const std::lock_guard lock(mutex);
-    stopping = true;
+    const MutexLock lock(mutex);
+    isStopping = true;
     ended.swap(reader);
   }
   ::shutdown(socket.get(), SHUT_RDWR);
@@ -49,19 +51,19 @@ void Client::stop() {
 }
 
 void Client::setErrorCallback(ovix_client_error_cb callback, void* data) {
-  const std::lock_guard lock(mutex);
+  const MutexLock lock(mutex);
   errorCallback = callback;
   errorData = data;
-  if (lost) {
-    tellError();
+  if (isLost) {
+    reportError();
   }
 }
 
-void Client::tellError() {
-  if (errorTold || stopping || errorCallback == nullptr) {
+void Client::reportError() {
+  if (isErrorReported || isStopping || errorCallback == nullptr) {
     return;
   }
-  errorTold = true;
+  isErrorReported = true;
   callbacks.post([callback = errorCallback, self = handle, data = errorData] {
     callback(self, OVIX_CLIENT_SERVICE_ERROR, data);
   });
@@ -77,7 +79,7 @@ void Client::read() {
       status = frames.next(frame);
     }
     if (status == FrameReader::Status::Broken) {
-      trace("connection ended: %s", frames.reason().c_str());
+      writeDebugLine("connection ended: %s", frames.reason().c_str());
       break;
     }
     const ssize_t count = ::recv(socket.get(), bytes.data(), bytes.size(), /*flags=*/0);
@@ -101,36 +103,36 @@ void Client::accept(Frame& frame) {
       });
     }
   } else {
-    trace("a frame of kind %d dropped", static_cast<int>(frame.kind));
+    writeDebugLine("a frame of kind %d dropped", static_cast<int>(frame.kind));
   }
 }
 
 void Client::acceptResponse(Frame& frame) {
   {
-    const std::lock_guard lock(mutex);
+    const MutexLock lock(mutex);
     const auto waiting = waiters.find(frame.transaction);
-    // Who asked has given up, or was answered already.
+    // The sender has given up, or has its response already.
     if (waiting == waiters.end() || waiting->second->response) {
-      trace("message 0x%04X: an answer that nobody waits for dropped", frame.messageId);
+      writeDebugLine("message 0x%04X: an answer that nobody waits for dropped", frame.messageId);
       return;
     }
     waiting->second->response = std::move(frame);
   }
-  changed.notify_all();
+  changed.notifyAll();
 }
 
 void Client::markLost() {
-  // The modem sees the end as well when it was its nonsense that ended the connection.
+  // After a broken frame the modem still has its end open. The shutdown lets it see the end.
   ::shutdown(socket.get(), SHUT_RDWR);
   {
-    const std::lock_guard lock(mutex);
-    lost = true;
-    if (!stopping) {
+    const MutexLock lock(mutex);
+    isLost = true;
+    if (!isStopping) {
       noteConnectionLost();
     }
-    tellError();
+    reportError();
   }
-  changed.notify_all();
+  changed.notifyAll();
 }
 
 const Message* Client::findMessage(uint32_t messageId) const {
@@ -140,7 +142,7 @@ const Message* Client::findMessage(uint32_t messageId) const {
 
 ovix_client_error_type Client::send(uint32_t messageId, const void* request, uint32_t requestSize,
                                     void* response, uint32_t responseSize, uint32_t timeoutMs) {
-  const Deadline deadline = Clock::now() + std::chrono::milliseconds(timeoutMs);
+  const Deadline deadline = pavo::Clock::now() + std::chrono::milliseconds(timeoutMs);
   const Message* message = findMessage(messageId);
   if (message == nullptr || message->request.size == 0 || request == nullptr ||
       response == nullptr || requestSize != message->request.size ||
@@ -148,9 +150,8 @@ ovix_client_error_type Client::send(uint32_t messageId, const void* request, uin
     return OVIX_CLIENT_INVALID_ARGUMENT;
   }
   std::vector<uint8_t> payload;
-  std::string wrong = encodeMessage(message->request, request, payload);
-  if (!wrong.empty()) {
-    trace("message 0x%04X: request not encoded: %s", messageId, wrong.c_str());
+  if (const auto error = encodeMessage(message->request, request, payload)) {
+    writeDebugLine("message 0x%04X: request not encoded: %s", messageId, error->reason.c_str());
     return OVIX_CLIENT_ENCODE_ERROR;
   }
   Waiter waiter{message->id, std::nullopt};
@@ -161,11 +162,11 @@ ovix_client_error_type Client::send(uint32_t messageId, const void* request, uin
   const Frame& answer = *waiter.response;
   const Bounds bounds =
       answer.kind == FrameKind::UncheckedResponse ? Bounds::Trusted : Bounds::Judged;
-  wrong = answer.messageId == message->id
-              ? decodeMessage(message->response, answer.payload, response, bounds)
-              : "the answer is to another message";
-  if (!wrong.empty()) {
-    trace("message 0x%04X: response not decoded: %s", messageId, wrong.c_str());
+  const auto error = answer.messageId == message->id
+                         ? decodeMessage(message->response, answer.payload, response, bounds)
+                         : CodecError{"the answer is to another message"};
+  if (error) {
+    writeDebugLine("message 0x%04X: response not decoded: %s", messageId, error->reason.c_str());
     return OVIX_CLIENT_DECODE_ERROR;
   }
   return OVIX_CLIENT_NO_ERROR;
@@ -173,17 +174,18 @@ ovix_client_error_type Client::send(uint32_t messageId, const void* request, uin
 
 ovix_client_error_type Client::exchange(Waiter& waiter, std::vector<uint8_t> payload,
                                         Deadline deadline) {
-  std::unique_lock lock(mutex);
+  const MutexLock lock(mutex);
   const uint32_t transaction = nextTransaction();
   const std::vector<uint8_t> bytes =
-      modem::encodeFrame({FrameKind::Request, waiter.messageId, transaction, std::move(payload)});
+      wire::encodeFrame({FrameKind::Request, waiter.messageId, transaction, std::move(payload)});
   waiters.emplace(transaction, &waiter);
-  ovix_client_error_type result = write(lock, bytes, deadline);
+  ovix_client_error_type result = write(bytes, deadline);
   if (result == OVIX_CLIENT_NO_ERROR) {
-    changed.wait_until(lock, deadline, [&] { return waiter.response || lost; });
-    // An answer that came before the loss counts.
+    while (!waiter.response && !isLost && changed.waitUntil(mutex, deadline)) {
+    }
+    // A response that came before the loss counts.
     if (!waiter.response) {
-      result = lost ? OVIX_CLIENT_SERVICE_ERROR : OVIX_CLIENT_TIMEOUT_ERROR;
+      result = isLost ? OVIX_CLIENT_SERVICE_ERROR : OVIX_CLIENT_TIMEOUT_ERROR;
     }
   }
   waiters.erase(transaction);
@@ -198,25 +200,25 @@ uint32_t Client::nextTransaction() {
   return lastTransaction;
 }
 
-ovix_client_error_type Client::write(std::unique_lock<std::mutex>& lock,
-                                     const std::vector<uint8_t>& bytes, Deadline deadline) {
-  const bool free = changed.wait_until(lock, deadline, [this] { return !writing || lost; });
-  if (lost) {
+ovix_client_error_type Client::write(const std::vector<uint8_t>& bytes, Deadline deadline) {
+  while (isWriting && !isLost && changed.waitUntil(mutex, deadline)) {
+  }
+  if (isLost) {
     return OVIX_CLIENT_SERVICE_ERROR;
   }
-  if (!free) {
+  if (isWriting) {
     return OVIX_CLIENT_TIMEOUT_ERROR;
   }
-  writing = true;
-  lock.unlock();
+  isWriting = true;
+  mutex.unlock();
   const WriteResult result = writeAll(bytes, deadline);
   if (result == WriteResult::Broken) {
-    // With part of a frame on it the connection is of no use; the reader finds it ended.
+    // Part of a frame may be on the connection, so no other can follow. The reader sees the end.
     ::shutdown(socket.get(), SHUT_RDWR);
   }
-  lock.lock();
-  writing = false;
-  changed.notify_all();
+  mutex.lock();
+  isWriting = false;
+  changed.notifyAll();
   switch (result) {
     case WriteResult::Written:
       return OVIX_CLIENT_NO_ERROR;
@@ -243,7 +245,7 @@ Client::WriteResult Client::writeAll(const std::vector<uint8_t>& bytes, Deadline
       return WriteResult::Broken;
     }
     std::array<pollfd, 1> fds{{{socket.get(), POLLOUT, 0}}};
-    if (!pollUntil(fds, deadline)) {
+    if (!pavo::pollUntil(fds, deadline)) {
       return written == 0 ? WriteResult::TimedOut : WriteResult::Broken;
     }
   }
@@ -265,10 +267,9 @@ ovix_client_error_type Client::decode(int kind, uint32_t messageId, const void* 
   if (layout.size == 0 || targetSize != layout.size || (source == nullptr && sourceSize != 0)) {
     return OVIX_CLIENT_INVALID_ARGUMENT;
   }
-  const std::string wrong =
-      decodeMessage(layout, {static_cast<const uint8_t*>(source), sourceSize}, target);
-  if (!wrong.empty()) {
-    trace("message 0x%04X: not decoded: %s", messageId, wrong.c_str());
+  if (const auto error =
+          decodeMessage(layout, {static_cast<const uint8_t*>(source), sourceSize}, target)) {
+    writeDebugLine("message 0x%04X: not decoded: %s", messageId, error->reason.c_str());
     return OVIX_CLIENT_DECODE_ERROR;
   }
   return OVIX_CLIENT_NO_ERROR;

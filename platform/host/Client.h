@@ -5,26 +5,25 @@
 //        +---------------------+---------------------- stop --------------------------------+-->
 //        stopped
 //
-// A lost client stays lost: its user releases it and opens another. Owned by the handle registry
-// and by the calls under way. Every function but start() may be called from any thread, from inside
-// a callback too; callbacks run with no lock held.
+// A lost client stays lost: its user releases it and opens another. The handle registry and the
+// calls under way own it. Every function but start() may be called from any thread, from inside a
+// callback too; callbacks run with no lock held.
 //
-// A reader thread takes frames off the connection: responses go to the senders that wait for them,
-// indications to the callback queue. It never runs a callback, so a slow one delays no response.
+// A reader thread takes frames off the connection. It hands responses to the senders that wait for
+// them, and indications to the callback queue. It never runs a callback, so a slow callback delays
+// no response.
 #pragma once
 
-#include <atomic>
-#include <condition_variable>
 #include <cstdint>
 #include <map>
-#include <mutex>
 #include <optional>
 #include <thread>
 #include <vector>
 
 #include "CallbackQueue.h"
-#include "Connection.h"
+#include "ModemConnection.h"
 #include "ServiceObject.h"
+#include "base/Mutex.h"
 #include "base/Poll.h"
 #include "ovix_client.h"
 
@@ -33,76 +32,79 @@ namespace ovix {
 class Client {
  public:
   // A null callback drops the indications.
-  Client(const ovix_service_object& service, Connection connection, ovix_client_ind_cb callback,
-         void* callbackData);
+  Client(const ovix_service_object& serviceObject, ModemConnection connection,
+         ovix_client_ind_cb callback, void* callbackData);
   Client(const Client&) = delete;
   Client& operator=(const Client&) = delete;
   ~Client();
 
-  // Once, with the handle that the callbacks are told. Throws when there are no threads to be had.
-  void start(ovix_client_type handle);
+  // To be called once, with the handle that is passed to the callbacks. Throws when the system has
+  // no thread left.
+  void start(ovix_client_type ownHandle) EXCLUDES(mutex);
 
   // As ovix_client_register_error_cb.
-  void setErrorCallback(ovix_client_error_cb callback, void* data);
+  void setErrorCallback(ovix_client_error_cb callback, void* data) EXCLUDES(mutex);
 
   // As ovix_client_send_msg_sync.
   ovix_client_error_type send(uint32_t messageId, const void* request, uint32_t requestSize,
-                              void* response, uint32_t responseSize, uint32_t timeoutMs);
+                              void* response, uint32_t responseSize, uint32_t timeoutMs)
+      EXCLUDES(mutex);
 
   // As ovix_client_message_decode.
   ovix_client_error_type decode(int kind, uint32_t messageId, const void* source,
                                 uint32_t sourceSize, void* target, uint32_t targetSize) const;
 
-  // Ends the connection; senders under way fail. When it has returned no callback runs or will
-  // run, but for the one that it was called from.
-  void stop();
+  // Ends the connection; senders under way fail. When it has returned, no callback runs or will
+  // run, except the one that called it.
+  void stop() EXCLUDES(mutex);
 
  private:
-  // A sender's place in the list of those who wait; lives on the sender's stack.
+  // A request whose response is awaited; it lies on the sender's stack.
   struct Waiter {
     uint16_t messageId;
-    std::optional<modem::Frame> response;
+    std::optional<wire::Frame> response;
   };
   enum class WriteResult { Written, TimedOut, Broken };
 
   const Message* findMessage(uint32_t messageId) const;
 
   void read();
-  void accept(modem::Frame& frame);
-  void acceptResponse(modem::Frame& frame);
-  void markLost();
-  void tellError();  // With the mutex held.
+  void accept(wire::Frame& frame);
+  void acceptResponse(wire::Frame& frame) EXCLUDES(mutex);
+  void markLost() EXCLUDES(mutex);
+  void reportError() REQUIRES(mutex);
 
-  uint32_t nextTransaction();  // With the mutex held.
-  ovix_client_error_type exchange(Waiter& waiter, std::vector<uint8_t> payload, Deadline deadline);
-  ovix_client_error_type write(std::unique_lock<std::mutex>& lock,
-                               const std::vector<uint8_t>& bytes, Deadline deadline);
-  WriteResult writeAll(const std::vector<uint8_t>& bytes, Deadline deadline) const;
+  uint32_t nextTransaction() REQUIRES(mutex);
+  ovix_client_error_type exchange(Waiter& waiter, std::vector<uint8_t> payload,
+                                  pavo::Deadline deadline) EXCLUDES(mutex);
+  // Releases the mutex while it waits and writes.
+  ovix_client_error_type write(const std::vector<uint8_t>& bytes, pavo::Deadline deadline)
+      REQUIRES(mutex);
+  WriteResult writeAll(const std::vector<uint8_t>& bytes, pavo::Deadline deadline) const;
 
   // Constant from start() on.
   const ovix_service_object& service;
-  const modem::UniqueFd socket;
+  const pavo::UniqueFd socket;
   const ovix_client_ind_cb indicationCallback;
   void* const indicationData;
   ovix_client_type handle = nullptr;
 
-  // The reader's alone.
-  modem::FrameReader frames;
+  // Used by the reader alone.
+  wire::FrameReader frames;
 
   CallbackQueue callbacks;
 
-  std::mutex mutex;
-  // Guarded by the mutex.
-  std::condition_variable changed;  // Of the waiters' responses, of writing and of lost.
-  std::map<uint32_t, Waiter*> waiters;
-  uint32_t lastTransaction = 0;
-  bool writing = false;  // A sender is putting a frame on the connection.
-  bool lost = false;
-  bool stopping = false;
-  bool errorTold = false;
-  ovix_client_error_cb errorCallback = nullptr;
-  void* errorData = nullptr;
-  std::thread reader;
+  pavo::Mutex mutex;
+  pavo::CondVar changed;  // Signals changes of the waiters' responses, of isWriting and of isLost.
+  std::map<uint32_t, Waiter*> waiters GUARDED_BY(mutex);  // By transaction.
+  uint32_t lastTransaction GUARDED_BY(mutex) = 0;
+  bool isWriting GUARDED_BY(mutex) = false;  // A sender is putting a frame on the connection.
+  bool isLost GUARDED_BY(mutex) = false;
+  bool isStopping GUARDED_BY(mutex) = false;
+  bool isErrorReported GUARDED_BY(mutex) = false;
+  ovix_client_error_cb errorCallback GUARDED_BY(mutex) = nullptr;
+  void* errorData GUARDED_BY(mutex) = nullptr;
+  std::thread reader GUARDED_BY(mutex);
 };
 
 }  // namespace ovix

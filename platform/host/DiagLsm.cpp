@@ -1,13 +1,12 @@
 // The diagnostic channel of a host: a line per message, appended to the file that the environment
 // variable PAVO_DIAG_FILE names, or to standard error when it names none. Messages hold passwords,
-// so the file is its owner's alone, and has to be what PrivateFile.h asks for. When it cannot be
-// used, as is so with symbolic links such as /dev/stderr, one line on standard error says why, and
-// the messages follow it there.
+// so the file has to be a PrivateFile. When it cannot be used, one line on standard error says why,
+// and the messages follow it there. Symbolic links such as /dev/stderr are such files.
 //
-// Any thread may call; the channel is open from the first Diag_LSM_Init to the last
-// Diag_LSM_DeInit, because a writer may come before the one that it replaces has gone. The variable
-// is read by the thread that opens the channel. Messages outside of that are dropped; one longer
-// than messageCharsMax is cut.
+// Any thread may call. The channel is open from the first Diag_LSM_Init to the last
+// Diag_LSM_DeInit, because a writer may be made before the one that it replaces is destroyed. The
+// thread that opens the channel reads the variable. Messages outside of that time are dropped; a
+// message longer than messageCharsMax is cut.
 #include "diag_lsm.h"
 
 #include <unistd.h>
@@ -16,22 +15,21 @@
 #include <cstdarg>
 #include <cstdio>
 #include <cstdlib>
-#include <mutex>
 #include <string>
 #include <type_traits>
 
+#include "base/Mutex.h"
 #include "base/PrivateFile.h"
 
 namespace {
 
 constexpr size_t messageCharsMax = 2047;
 
-// Immortal, as writers live to the end of the process.
+// The channel is never destroyed, because writers live to the end of the process.
 struct Channel {
-  std::mutex mutex;
-  // Guarded by the mutex.
-  int users = 0;
-  int fd = -1;
+  pavo::Mutex mutex;
+  int users GUARDED_BY(mutex) = 0;
+  int fd GUARDED_BY(mutex) = -1;
 };
 static_assert(std::is_trivially_destructible_v<Channel>);
 constinit Channel channel;
@@ -41,7 +39,7 @@ int openOutput() {
   if (path == nullptr || *path == '\0') {
     return STDERR_FILENO;
   }
-  modem::PrivateFile file = modem::openPrivateFile(path);
+  pavo::PrivateFile file = pavo::openPrivateFile(path);
   if (file.fd.isOpen()) {
     return file.fd.release();
   }
@@ -54,7 +52,7 @@ int openOutput() {
 }  // namespace
 
 int Diag_LSM_Init(unsigned char* /*env*/) {
-  const std::lock_guard lock(channel.mutex);
+  const pavo::MutexLock lock(channel.mutex);
   if (channel.users++ == 0) {
     channel.fd = openOutput();
   }
@@ -62,7 +60,7 @@ int Diag_LSM_Init(unsigned char* /*env*/) {
 }
 
 int Diag_LSM_DeInit(void) {
-  const std::lock_guard lock(channel.mutex);
+  const pavo::MutexLock lock(channel.mutex);
   if (channel.users == 0) {
     return 0;
   }
@@ -83,9 +81,9 @@ void msg_sprintf(const diag_msg_descriptor* descriptor, ...) {
   va_end(arguments);
   size_t length = std::min(wanted < 0 ? 0 : static_cast<size_t>(wanted), messageCharsMax);
   line[length++] = '\n';  // In place of the terminator.
-  const std::lock_guard lock(channel.mutex);
+  const pavo::MutexLock lock(channel.mutex);
   if (channel.users > 0) {
-    // There is nobody to tell of a failure.
+    // A failure cannot be reported.
     [[maybe_unused]] const ssize_t written = ::write(channel.fd, line, length);
   }
 }

@@ -10,20 +10,21 @@ HandleRegistry& HandleRegistry::getInstance() {
 }
 
 ovix_client_type HandleRegistry::add(Entry entry) {
-  const std::lock_guard lock(mutex);
+  const pavo::MutexLock lock(mutex);
   const uintptr_t number = ++lastHandle;
   entries.emplace(number, std::move(entry));
   return reinterpret_cast<ovix_client_type>(number);
 }
 
 HandleRegistry::Entry HandleRegistry::findAny(ovix_client_type handle) {
-  const std::lock_guard lock(mutex);
+  const pavo::MutexLock lock(mutex);
   const auto found = entries.find(reinterpret_cast<uintptr_t>(handle));
   return found == entries.end() ? Entry() : found->second;
 }
 
 bool HandleRegistry::release(ovix_client_type handle) {
-  // The entry goes out of scope, and with it perhaps what it holds, when no lock is held.
+  // This handle may be the last to the client or notifier, so it is declared before the lock: the
+  // object is destroyed when no lock is held.
   const Entry entry = findAny(handle);
   if (const auto* client = std::get_if<std::shared_ptr<Client>>(&entry)) {
     (*client)->stop();
@@ -32,7 +33,7 @@ bool HandleRegistry::release(ovix_client_type handle) {
   } else {
     return false;
   }
-  const std::lock_guard lock(mutex);
+  const pavo::MutexLock lock(mutex);
   entries.erase(reinterpret_cast<uintptr_t>(handle));
   return true;
 }

@@ -1,17 +1,18 @@
-// What the handles of the process stand for. A handle is a number that is never used again and
-// never an address: whatever a caller passes is looked up here before anything else is done.
+// The clients and notifiers of the process, by handle. A handle is a number that is never used
+// again and never an address: every handle that a caller passes is looked up here first.
 //
-// Immortal: the destructors of other libraries release their handles while the process exits.
+// The registry is never destroyed: the destructors of other libraries release their handles while
+// the process exits.
 #pragma once
 
 #include <cstdint>
 #include <map>
 #include <memory>
-#include <mutex>
 #include <variant>
 
 #include "Client.h"
 #include "Notifier.h"
+#include "base/Mutex.h"
 #include "ovix_client.h"
 
 namespace ovix {
@@ -22,9 +23,9 @@ class HandleRegistry {
 
   static HandleRegistry& getInstance();
 
-  ovix_client_type add(Entry entry);
+  ovix_client_type add(Entry entry) EXCLUDES(mutex);
 
-  // Null when the handle stands for no T.
+  // Null when the handle is not that of a T.
   template <typename T>
   std::shared_ptr<T> find(ovix_client_type handle) {
     const Entry entry = findAny(handle);
@@ -32,19 +33,18 @@ class HandleRegistry {
     return found == nullptr ? nullptr : *found;
   }
 
-  // Stops what the handle stands for, then forgets it: of two threads that release a handle at the
-  // same time both wait for its callback. False when the handle is unknown.
-  bool release(ovix_client_type handle);
+  // Stops the client or notifier, then forgets the handle. So two threads that release one handle
+  // at the same time both wait for its callback. False when the handle is unknown.
+  bool release(ovix_client_type handle) EXCLUDES(mutex);
 
  private:
   HandleRegistry() = default;
 
-  Entry findAny(ovix_client_type handle);
+  Entry findAny(ovix_client_type handle) EXCLUDES(mutex);
 
-  std::mutex mutex;
-  // Guarded by the mutex.
-  std::map<uintptr_t, Entry> entries;
-  uintptr_t lastHandle = 0;
+  pavo::Mutex mutex;
+  std::map<uintptr_t, Entry> entries GUARDED_BY(mutex);
+  uintptr_t lastHandle GUARDED_BY(mutex) = 0;
 };
 
 }  // namespace ovix

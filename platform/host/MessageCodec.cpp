@@ -6,7 +6,10 @@
 #include <cstring>
 
 namespace ovix {
+
 namespace {
+
+using MaybeError = std::optional<CodecError>;
 
 constexpr size_t fieldHeaderSize = 3;  // The tag and the length of a value.
 
@@ -14,10 +17,11 @@ bool hasFlag(const Field& field) {
   return field.flagAt != mandatory && field.flagAt != mandatoryOnSuccess;
 }
 
-std::string reasonAt(uint8_t tag, const char* what) {
+// The error of a value, with the field in front.
+CodecError errorAt(uint8_t tag, const CodecError& error) {
   char text[96];
-  std::snprintf(text, sizeof text, "field 0x%02X: %s", tag, what);
-  return text;
+  std::snprintf(text, sizeof text, "field 0x%02X: %s", tag, error.reason.c_str());
+  return {text};
 }
 
 template <typename T>
@@ -97,10 +101,8 @@ class Cursor {
   std::span<const uint8_t> rest;
 };
 
-// The functions below return null on success, else what is wrong with the value.
-
-const char* encodeParts(std::span<const Part> parts, const uint8_t* value,
-                        std::vector<uint8_t>& out) {
+MaybeError encodeParts(std::span<const Part> parts, const uint8_t* value,
+                       std::vector<uint8_t>& out) {
   for (const Part& part : parts) {
     const uint8_t* at = value + part.offset;
     if (part.kind == PartKind::Number) {
@@ -109,47 +111,46 @@ const char* encodeParts(std::span<const Part> parts, const uint8_t* value,
     }
     const size_t length = strnlen(reinterpret_cast<const char*>(at), size_t{part.width} + 1);
     if (length > part.width) {
-      return "the text has no end";
+      return CodecError{"the text has no end"};
     }
     if (part.kind == PartKind::CountedText) {
       out.push_back(static_cast<uint8_t>(length));
     }
     out.insert(out.end(), at, at + length);
   }
-  return nullptr;
+  return std::nullopt;
 }
 
-const char* encodeValue(const Field& field, const uint8_t* structure, std::vector<uint8_t>& out) {
+MaybeError encodeValue(const Field& field, const uint8_t* structure, std::vector<uint8_t>& out) {
   const uint8_t* value = structure + field.valueAt;
   if (field.list.countMax == 0) {
     return encodeParts(field.parts, value, out);
   }
   const uint64_t count = load(structure + field.list.countAt, sizeof(uint32_t));
   if (count > field.list.countMax) {
-    return "the list has more elements than fit";
+    return CodecError{"the list has more elements than fit"};
   }
   appendNumber(out, count, sizeof(uint16_t));
   for (uint64_t i = 0; i < count; ++i) {
-    if (const char* wrong = encodeParts(field.parts, value + i * field.list.stride, out)) {
-      return wrong;
+    if (const MaybeError error = encodeParts(field.parts, value + i * field.list.stride, out)) {
+      return error;
     }
   }
-  return nullptr;
+  return std::nullopt;
 }
 
-// A text and its terminator have width + 1 bytes. One that is trusted may take the terminator's.
+// A text and its terminator have width + 1 bytes. A trusted text may take the terminator's byte.
 size_t textBytesMax(const Part& part, Bounds bounds) {
   return bounds == Bounds::Trusted ? size_t{part.width} + 1 : part.width;
 }
 
-const char* decodeParts(std::span<const Part> parts, Cursor& cursor, uint8_t* value,
-                        Bounds bounds) {
+MaybeError decodeParts(std::span<const Part> parts, Cursor& cursor, uint8_t* value, Bounds bounds) {
   for (const Part& part : parts) {
     uint8_t* at = value + part.offset;
     uint64_t number = 0;
     if (part.kind == PartKind::Number) {
       if (!cursor.number(part.width, number)) {
-        return "the value is too short";
+        return CodecError{"the value is too short"};
       }
       store(at, part.width, number);
       continue;
@@ -157,102 +158,102 @@ const char* decodeParts(std::span<const Part> parts, Cursor& cursor, uint8_t* va
     size_t length = cursor.left();
     if (part.kind == PartKind::CountedText) {
       if (!cursor.number(1, number)) {
-        return "the value is too short";
+        return CodecError{"the value is too short"};
       }
       length = static_cast<size_t>(number);
     }
     if (length > textBytesMax(part, bounds)) {
-      return "the text is above its bound";
+      return CodecError{"the text is above its bound"};
     }
     std::span<const uint8_t> text;
     if (!cursor.take(length, text)) {
-      return "the value is too short";
+      return CodecError{"the value is too short"};
     }
     std::copy(text.begin(), text.end(), at);
     if (length <= part.width) {
       at[length] = 0;
     }
   }
-  return nullptr;
+  return std::nullopt;
 }
 
-const char* decodeValue(const Field& field, std::span<const uint8_t> bytes, uint8_t* structure,
-                        Bounds bounds) {
+MaybeError decodeValue(const Field& field, std::span<const uint8_t> bytes, uint8_t* structure,
+                       Bounds bounds) {
   Cursor cursor(bytes);
   uint8_t* value = structure + field.valueAt;
   uint64_t count = 1;
   if (field.list.countMax != 0) {
     if (!cursor.number(sizeof(uint16_t), count)) {
-      return "the value is too short";
+      return CodecError{"the value is too short"};
     }
     store(structure + field.list.countAt, sizeof(uint32_t), count);
     if (count > field.list.countMax && bounds == Bounds::Judged) {
-      return "the list has more elements than fit";
+      return CodecError{"the list has more elements than fit"};
     }
   }
   const uint64_t room = std::max<uint64_t>(field.list.countMax, 1);
   for (uint64_t i = 0; i < std::min(count, room); ++i) {
-    if (const char* wrong =
+    if (const MaybeError error =
             decodeParts(field.parts, cursor, value + i * field.list.stride, bounds)) {
-      return wrong;
+      return error;
     }
   }
   if (count > room) {
-    return nullptr;  // Trusted: the elements that do not fit are left where they are.
+    return std::nullopt;  // Trusted: the elements that do not fit are not read.
   }
-  return cursor.left() == 0 ? nullptr : "the value is too long";
+  return cursor.left() == 0 ? MaybeError() : CodecError{"the value is too long"};
 }
 
 using Tags = std::bitset<256>;
 
-std::string decodeFields(const Layout& layout, std::span<const uint8_t> encoded, uint8_t* structure,
-                         Bounds bounds, Tags& seen) {
+MaybeError decodeFields(const Layout& layout, std::span<const uint8_t> encoded, uint8_t* structure,
+                        Bounds bounds, Tags& seen) {
   Cursor message(encoded);
   while (message.left() > 0) {
     uint64_t tagNumber = 0;
     uint64_t length = 0;
     if (!message.number(1, tagNumber) || !message.number(2, length)) {
-      return "the message ends inside a field's header";
+      return CodecError{"the message ends inside a field's header"};
     }
     const auto tag = static_cast<uint8_t>(tagNumber);
     std::span<const uint8_t> value;
     if (!message.take(static_cast<size_t>(length), value)) {
-      return reasonAt(tag, "the message ends inside the value");
+      return errorAt(tag, {"the message ends inside the value"});
     }
     if (seen.test(tag)) {
-      return reasonAt(tag, "the tag comes twice");
+      return errorAt(tag, {"the tag comes twice"});
     }
     seen.set(tag);
     const auto field = std::ranges::find(layout.fields, tag, &Field::tag);
     if (field == layout.fields.end()) {
       continue;
     }
-    if (const char* wrong = decodeValue(*field, value, structure, bounds)) {
-      return reasonAt(tag, wrong);
+    if (const MaybeError error = decodeValue(*field, value, structure, bounds)) {
+      return errorAt(tag, *error);
     }
     if (hasFlag(*field)) {
       structure[field->flagAt] = 1;
     }
   }
-  return {};
+  return std::nullopt;
 }
 
-std::string findMissing(const Layout& layout, const uint8_t* structure, const Tags& seen) {
+MaybeError findMissing(const Layout& layout, const uint8_t* structure, const Tags& seen) {
   for (const Field& field : layout.fields) {
     // Responses alone use mandatoryOnSuccess, and each opens with its result.
-    const bool needed = field.flagAt == mandatory || (field.flagAt == mandatoryOnSuccess &&
-                                                      load(structure, sizeof(uint32_t)) == 0);
-    if (needed && !seen.test(field.tag)) {
-      return reasonAt(field.tag, "the field is missing");
+    const bool isNeeded = field.flagAt == mandatory || (field.flagAt == mandatoryOnSuccess &&
+                                                        load(structure, sizeof(uint32_t)) == 0);
+    if (isNeeded && !seen.test(field.tag)) {
+      return errorAt(field.tag, {"the field is missing"});
     }
   }
-  return {};
+  return std::nullopt;
 }
 
 }  // namespace
 
-std::string encodeMessage(const Layout& layout, const void* structure,
-                          std::vector<uint8_t>& encoded) {
+std::optional<CodecError> encodeMessage(const Layout& layout, const void* structure,
+                                        std::vector<uint8_t>& encoded) {
   const auto* bytes = static_cast<const uint8_t*>(structure);
   for (const Field& field : layout.fields) {
     if (hasFlag(field) && bytes[field.flagAt] == 0) {
@@ -260,30 +261,30 @@ std::string encodeMessage(const Layout& layout, const void* structure,
     }
     const size_t start = encoded.size();
     encoded.insert(encoded.end(), {field.tag, 0, 0});
-    if (const char* wrong = encodeValue(field, bytes, encoded)) {
-      return reasonAt(field.tag, wrong);
+    if (const MaybeError error = encodeValue(field, bytes, encoded)) {
+      return errorAt(field.tag, *error);
     }
     const size_t length = encoded.size() - start - fieldHeaderSize;
     encoded[start + 1] = static_cast<uint8_t>(length);
     encoded[start + 2] = static_cast<uint8_t>(length >> 8);
   }
-  return {};
+  return std::nullopt;
 }
 
-std::string decodeMessage(const Layout& layout, std::span<const uint8_t> encoded, void* structure,
-                          Bounds bounds) {
+std::optional<CodecError> decodeMessage(const Layout& layout, std::span<const uint8_t> encoded,
+                                        void* structure, Bounds bounds) {
   std::memset(structure, 0, layout.size);
   auto* bytes = static_cast<uint8_t*>(structure);
   Tags seen;
-  std::string reason =
-      encoded.empty() ? "the message is empty" : decodeFields(layout, encoded, bytes, bounds, seen);
-  if (reason.empty()) {
-    reason = findMissing(layout, bytes, seen);
+  MaybeError error = encoded.empty() ? CodecError{"the message is empty"}
+                                     : decodeFields(layout, encoded, bytes, bounds, seen);
+  if (!error) {
+    error = findMissing(layout, bytes, seen);
   }
-  if (!reason.empty()) {
+  if (error) {
     std::memset(structure, 0, layout.size);
   }
-  return reason;
+  return error;
 }
 
 }  // namespace ovix

@@ -1,8 +1,9 @@
-// Turns C structures into encoded messages and back, by the tables of a service object. Pure
-// functions of their arguments; any thread may call them.
+// Turns C structures into encoded messages and back, by the tables of a service object. The
+// functions depend on their arguments only; any thread may call them.
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <span>
 #include <string>
 #include <vector>
@@ -11,21 +12,25 @@
 
 namespace ovix {
 
-// Appends the encoded message to encoded. The result is empty, or the reason why the structure
-// does not fit the layout; then encoded is left with part of a message. structure has
-// layout.size bytes.
-std::string encodeMessage(const Layout& layout, const void* structure,
-                          std::vector<uint8_t>& encoded);
+// A structure or a message does not fit its layout.
+struct CodecError {
+  std::string reason;  // in one line
+};
 
-// How a message above the bounds of its structure is taken. A platform that trusts its modem hands
-// the structure on as the modem's message would have it: a text without its terminator, a count
-// above the elements. Never is more written than the structure holds.
+// Appends the encoded message to encoded. structure has layout.size bytes. After an error encoded
+// holds part of a message.
+std::optional<CodecError> encodeMessage(const Layout& layout, const void* structure,
+                                        std::vector<uint8_t>& encoded);
+
+// What becomes of a message above the bounds of its structure. Judged: it is an error. Trusted: the
+// structure gets what the message says, a text without its terminator or a count above the
+// elements, as on a platform that trusts its modem. No byte outside the structure is written in
+// either case.
 enum class Bounds { Judged, Trusted };
 
-// Fills the structure, layout.size bytes, with zero where the message holds nothing. The result
-// is empty, or the reason why the message does not fit the layout; then the structure is all
-// zero. A text is taken as it comes and terminated; unknown tags are skipped.
-std::string decodeMessage(const Layout& layout, std::span<const uint8_t> encoded, void* structure,
-                          Bounds bounds = Bounds::Judged);
+// Fills the structure, layout.size bytes, with zero where the message holds nothing. After an error
+// the structure is all zero. Texts are copied unchanged and terminated; unknown tags are skipped.
+std::optional<CodecError> decodeMessage(const Layout& layout, std::span<const uint8_t> encoded,
+                                        void* structure, Bounds bounds = Bounds::Judged);
 
 }  // namespace ovix

@@ -1,6 +1,5 @@
 #include "Notifier.h"
 
-#include <sys/eventfd.h>
 #include <sys/socket.h>
 
 #include <algorithm>
@@ -9,32 +8,34 @@
 #include <chrono>
 #include <system_error>
 
-#include "Connection.h"
+#include "ModemConnection.h"
 #include "ServiceObject.h"
+#include "base/EventFd.h"
 #include "base/Poll.h"
 #include "base/Thread.h"
 
 namespace ovix {
+
 namespace {
 
 constexpr int retryFirstMs = 5;
 constexpr int retryLastMs = 100;
 static_assert(retryFirstMs < retryLastMs);
 
-modem::UniqueFd makeEvent() {
-  modem::UniqueFd event(::eventfd(/*initval=*/0, EFD_CLOEXEC | EFD_NONBLOCK));
-  if (!event.isOpen()) {
+pavo::UniqueFd makeStopFd() {
+  pavo::UniqueFd fd = pavo::makeEventFd();
+  if (!fd.isOpen()) {
     throw std::system_error(errno, std::generic_category(), "eventfd");
   }
-  return event;
+  return fd;
 }
 
-// Returns when the modem has ended the connection, or when stopFd became readable.
+// Returns when the modem has ended the connection or stopFd is readable.
 void waitForEnd(int socket, int stopFd) {
   std::array<uint8_t, 512> ignored;
   while (true) {
     std::array<pollfd, 2> fds{{{socket, POLLIN, 0}, {stopFd, POLLIN, 0}}};
-    pollForever(fds);
+    pavo::pollForever(fds);
     if (fds[1].revents != 0) {
       return;
     }
@@ -48,14 +49,14 @@ void waitForEnd(int socket, int stopFd) {
 }  // namespace
 
 Notifier::Notifier(ovix_service_object_type serviceObject)
-    : service(serviceObject), stopFd(makeEvent()) {}
+    : service(serviceObject), stopFd(makeStopFd()) {}
 
 Notifier::~Notifier() { stop(); }
 
 void Notifier::setCallback(ovix_client_type ownHandle, ovix_client_notify_cb newCallback,
                            void* data) {
-  const std::lock_guard lock(mutex);
-  if (stopping) {
+  const pavo::MutexLock lock(mutex);
+  if (isStopping) {
     return;
   }
   handle = ownHandle;
@@ -63,7 +64,7 @@ void Notifier::setCallback(ovix_client_type ownHandle, ovix_client_notify_cb new
   callbackData = data;
   if (!isWatching) {
     callbacks.start();
-    watcher = startThread("ovix-watcher", [this] { watch(); });
+    watcher = pavo::startThread("ovix-watcher", [this] { watch(); });
     isWatching = true;
   } else if (isPresent) {
     post(OVIX_CLIENT_SERVICE_AVAILABLE);
@@ -73,11 +74,11 @@ void Notifier::setCallback(ovix_client_type ownHandle, ovix_client_notify_cb new
 void Notifier::stop() {
   std::thread ended;
   {
-    const std::lock_guard lock(mutex);
-    stopping = true;
+    const pavo::MutexLock lock(mutex);
+    isStopping = true;
     ended.swap(watcher);
   }
-  ::eventfd_write(stopFd.get(), /*value=*/1);
+  pavo::notifyFd(stopFd.get());
   callbacks.stop();
   if (ended.joinable()) {
     ended.join();
@@ -87,8 +88,8 @@ void Notifier::stop() {
 void Notifier::watch() {
   int retryMs = retryFirstMs;
   while (!isStopRequested(/*waitMs=*/0)) {
-    Connection connection;
-    if (connectToModem(service->modemPath, Purpose::Watch, connection, stopFd.get()) ==
+    ModemConnection connection;
+    if (connectToModem(service->modemPath, wire::Purpose::Watch, connection, stopFd.get()) ==
         OVIX_CLIENT_NO_ERROR) {
       announce(OVIX_CLIENT_SERVICE_AVAILABLE);
       waitForEnd(connection.socket.get(), stopFd.get());
@@ -107,20 +108,19 @@ void Notifier::watch() {
 }
 
 void Notifier::announce(ovix_client_service_event event) {
-  const std::lock_guard lock(mutex);
+  const pavo::MutexLock lock(mutex);
   isPresent = event == OVIX_CLIENT_SERVICE_AVAILABLE;
   post(event);
 }
 
 void Notifier::post(ovix_client_service_event event) {
-  callbacks.post([told = callback, self = handle, of = service, event, data = callbackData] {
-    told(self, of, event, data);
-  });
+  callbacks.post([callback = callback, handle = handle, service = service, event,
+                  data = callbackData] { callback(handle, service, event, data); });
 }
 
 bool Notifier::isStopRequested(int waitMs) const {
   std::array<pollfd, 1> fds{{{stopFd.get(), POLLIN, 0}}};
-  return pollUntil(fds, Clock::now() + std::chrono::milliseconds(waitMs));
+  return pavo::pollUntil(fds, pavo::Clock::now() + std::chrono::milliseconds(waitMs));
 }
 
 }  // namespace ovix

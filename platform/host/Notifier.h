@@ -1,19 +1,20 @@
-// Watches for the service: keeps a connection to the modem and tells a callback when it stands
-// (event available), when the modem ends it (event gone) and when it stands again.
+// Watches for the service: keeps a connection to the modem and calls a callback when it is
+// established (event available), when the modem ends it (event gone) and when it is established
+// again.
 //
 //   constructed --setCallback--> absent <--connected, lost--> present
 //        |                          |                            |
 //        +--------------------------+----------- stop -----------+--> stopped
 //
-// Owned by the handle registry and by the calls under way. Every function may be called from any
+// The handle registry and the calls under way own it. Every function may be called from any
 // thread, from inside a callback too; callbacks run with no lock held.
 #pragma once
 
-#include <mutex>
 #include <thread>
 
 #include "CallbackQueue.h"
-#include "modem/UniqueFd.h"
+#include "base/Mutex.h"
+#include "base/UniqueFd.h"
 #include "ovix_client.h"
 
 namespace ovix {
@@ -21,39 +22,39 @@ namespace ovix {
 class Notifier {
  public:
   // Throws when the system has no file descriptor left.
-  explicit Notifier(ovix_service_object_type service);
+  explicit Notifier(ovix_service_object_type serviceObject);
   Notifier(const Notifier&) = delete;
   Notifier& operator=(const Notifier&) = delete;
   ~Notifier();
 
-  // The first call starts the watch; a later one replaces the callback. Throws when there are no
-  // threads to be had.
-  void setCallback(ovix_client_type handle, ovix_client_notify_cb callback, void* data);
+  // The first call starts the watch; a later one replaces the callback. Throws when the system has
+  // no thread left.
+  void setCallback(ovix_client_type ownHandle, ovix_client_notify_cb newCallback, void* data)
+      EXCLUDES(mutex);
 
-  // When it has returned no callback runs or will run, but for the one that it was called from.
-  void stop();
+  // When it has returned, no callback runs or will run, except the one that called it.
+  void stop() EXCLUDES(mutex);
 
  private:
   void watch();
-  void announce(ovix_client_service_event event);
-  void post(ovix_client_service_event event);  // With the mutex held.
+  void announce(ovix_client_service_event event) EXCLUDES(mutex);
+  void post(ovix_client_service_event event) REQUIRES(mutex);
   bool isStopRequested(int waitMs) const;
 
   // Constant after construction.
   const ovix_service_object_type service;
-  const modem::UniqueFd stopFd;  // Readable once stop() was called.
+  const pavo::UniqueFd stopFd;  // Readable once stop() was called.
 
   CallbackQueue callbacks;
 
-  std::mutex mutex;
-  // Guarded by the mutex.
-  ovix_client_type handle = nullptr;
-  ovix_client_notify_cb callback = nullptr;
-  void* callbackData = nullptr;
-  bool isPresent = false;
-  bool isWatching = false;
-  bool stopping = false;
-  std::thread watcher;
+  pavo::Mutex mutex;
+  ovix_client_type handle GUARDED_BY(mutex) = nullptr;
+  ovix_client_notify_cb callback GUARDED_BY(mutex) = nullptr;
+  void* callbackData GUARDED_BY(mutex) = nullptr;
+  bool isPresent GUARDED_BY(mutex) = false;
+  bool isWatching GUARDED_BY(mutex) = false;
+  bool isStopping GUARDED_BY(mutex) = false;
+  std::thread watcher GUARDED_BY(mutex);
 };
 
 }  // namespace ovix

@@ -1,9 +1,9 @@
-// The functions of ovix_client.h: arguments are checked, handles looked up, and nothing thrown
-// crosses into the caller.
+// The functions of ovix_client.h. They check arguments, look handles up and let no exception reach
+// the caller.
 //
-// What this build of the library adds to the header's contract:
+// This build of the library adds to the header's contract:
 //  - ovix_client_send_msg_sync leaves the response as it was when it fails, or all zero when the
-//    failure is that the modem's answer could not be decoded. Trace.h tells the reason.
+//    failure is that the modem's answer could not be decoded. A debug line gives the reason.
 //  - ovix_client_get_any_service and ovix_client_init answer the code with which the modem refuses.
 //  - The length of every structure has to be the message's own.
 //  - A callback may call every function here, with its own handle too. Two callbacks that release
@@ -16,8 +16,8 @@
 #include <utility>
 
 #include "Client.h"
-#include "Connection.h"
 #include "HandleRegistry.h"
+#include "ModemConnection.h"
 #include "Notifier.h"
 #include "ServiceObject.h"
 #include "base/Poll.h"
@@ -25,8 +25,8 @@
 namespace {
 
 using ovix::Client;
-using ovix::Connection;
 using ovix::HandleRegistry;
+using ovix::ModemConnection;
 using ovix::Notifier;
 
 bool isService(ovix_service_object_type service) {
@@ -42,7 +42,7 @@ ovix_client_error_type guarded(Body body) {
   }
 }
 
-// Looks the handle up and calls body with what it stands for.
+// Looks the handle up and calls body with its client or notifier.
 template <typename T, typename Body>
 ovix_client_error_type with(ovix_client_type handle, Body body) {
   return guarded([&]() -> ovix_client_error_type {
@@ -51,18 +51,20 @@ ovix_client_error_type with(ovix_client_type handle, Body body) {
   });
 }
 
-// Who opens a client has just seen the service and stopped watching for it: a modem that is away
-// for a moment is given time to come back. One that refuses has said so.
-ovix_client_error_type connectPatiently(const std::string& modemPath, Connection& connection) {
+// A caller of ovix_client_init has seen the service come up and released its notifier, so it would
+// not notice a second start. Therefore this retries for helloTimeoutMs while the modem cannot be
+// reached. It does not retry when the modem refuses.
+ovix_client_error_type connectWithRetries(const std::string& modemPath,
+                                          ModemConnection& connection) {
   constexpr std::chrono::milliseconds againAfter{5};
-  const ovix::Deadline deadline =
-      ovix::Clock::now() + std::chrono::milliseconds(ovix::helloTimeoutMs);
+  const pavo::Deadline deadline =
+      pavo::Clock::now() + std::chrono::milliseconds(ovix::helloTimeoutMs);
   for (;;) {
-    const auto failed = ovix::connectToModem(modemPath, ovix::Purpose::Open, connection);
-    if (failed == OVIX_CLIENT_NO_ERROR || connection.isRefused || ovix::Clock::now() >= deadline) {
+    const auto failed = ovix::connectToModem(modemPath, wire::Purpose::Open, connection);
+    if (failed == OVIX_CLIENT_NO_ERROR || connection.isRefused || pavo::Clock::now() >= deadline) {
       return failed;
     }
-    ovix::pollUntil({}, ovix::Clock::now() + againAfter);
+    pavo::pollUntil({}, pavo::Clock::now() + againAfter);
   }
 }
 
@@ -98,8 +100,8 @@ ovix_client_error_type ovix_client_get_any_service(ovix_service_object_type serv
     return OVIX_CLIENT_INVALID_ARGUMENT;
   }
   return guarded([&] {
-    Connection connection;
-    const auto failed = ovix::connectToModem(service->modemPath, ovix::Purpose::Find, connection);
+    ModemConnection connection;
+    const auto failed = ovix::connectToModem(service->modemPath, wire::Purpose::Find, connection);
     if (failed == OVIX_CLIENT_NO_ERROR) {
       *info = {};
     }
@@ -115,14 +117,14 @@ ovix_client_error_type ovix_client_init(ovix_service_info* info, ovix_service_ob
   }
   *client = nullptr;
   return guarded([&]() -> ovix_client_error_type {
-    Connection connection;
-    if (const auto failed = connectPatiently(service->modemPath, connection)) {
+    ModemConnection connection;
+    if (const auto failed = connectWithRetries(service->modemPath, connection)) {
       return failed;
     }
     const auto opened =
         std::make_shared<Client>(*service, std::move(connection), callback, callbackData);
     auto& registry = HandleRegistry::getInstance();
-    // The caller has its handle before the first callback can be told the same.
+    // The caller has its handle before the first callback can get it as an argument.
     const ovix_client_type handle = *client = registry.add(opened);
     try {
       opened->start(handle);
@@ -166,7 +168,7 @@ ovix_client_error_type ovix_client_message_decode(ovix_client_type client, int k
 
 ovix_client_error_type ovix_client_release(ovix_client_type client) {
   return guarded([&] {
-    const bool known = HandleRegistry::getInstance().release(client);
-    return known ? OVIX_CLIENT_NO_ERROR : OVIX_CLIENT_INVALID_HANDLE;
+    const bool isKnown = HandleRegistry::getInstance().release(client);
+    return isKnown ? OVIX_CLIENT_NO_ERROR : OVIX_CLIENT_INVALID_HANDLE;
   });
 }

@@ -1,9 +1,8 @@
-// What a service object holds: where the modem is, and for each message of a service, where its C
-// structures keep the fields and how the modem wants them encoded. Data only; MessageCodec
-// interprets it. The service libraries (WdsService.cpp) state the tables, the messaging library
-// reads them.
+// A service object holds the place of the modem, and for each message of a service the places of
+// the fields in its C structures and their encoding. It is data only: the service libraries
+// (WdsService.cpp) state the tables, and the messaging library (MessageCodec) interprets them.
 //
-// Everything here is constant and lives as long as the process; any thread may read it.
+// All tables are constant and live as long as the process; any thread may read them.
 #pragma once
 
 #include <cstddef>
@@ -24,12 +23,12 @@ enum class PartKind : uint8_t {
 struct Part {
   PartKind kind;
   uint16_t offset;  // from the start of the value in the structure
-  uint16_t width;   // of a number: its bytes; of a text: the most that it may have
+  uint16_t width;   // the bytes of a number, or the most bytes of a text
 };
 
 // Fields without a valid flag. Any other value of Field::flagAt is the flag's offset.
 inline constexpr uint16_t mandatory = 0xFFFF;
-// Present unless the response's result, which opens the structure, tells of a failure.
+// Present unless the response's result, which opens the structure, is a failure.
 inline constexpr uint16_t mandatoryOnSuccess = 0xFFFE;
 
 // A list is a two-byte count and that many values, each encoded from the same parts.
@@ -69,7 +68,7 @@ inline constexpr uint32_t tablesVersion = 2;
 struct ovix_service_object {
   uint32_t tablesVersion;
   std::span<const ovix::Message> messages;
-  // The modem's socket; empty for the modem embedded in this process. The caller who asks for the
+  // The modem's socket; empty for the modem embedded in this process. The caller that asks for the
   // service settles it: the messaging library's threads read no environment, which that caller's
   // program may be changing.
   std::string modemPath;

@@ -1,16 +1,17 @@
 #include "ServicePresence.h"
 
-#include "Greeting.h"
+#include "Handshake.h"
 
 namespace ovix {
 
 bool isServiceKnown(const std::string& modemPath) noexcept {
   try {
-    const modem::UniqueFd fd = modemPath.empty() ? modem::UniqueFd() : connectToSocket(modemPath);
-    modem::FrameReader frames;
+    const pavo::UniqueFd fd = modemPath.empty() ? pavo::UniqueFd() : openSocket(modemPath);
+    wire::FrameReader frames;
     const auto answer =
-        fd.isOpen() ? greet(fd.get(), {modem::Purpose::Object, /*sawAbsence=*/false}, frames)
-                    : std::nullopt;
+        fd.isOpen()
+            ? exchangeHellos(fd.get(), {wire::Purpose::Object, /*sawAbsence=*/false}, frames)
+            : std::nullopt;
     return !answer || answer->refusal == 0;
   } catch (...) {
     return true;

@@ -1,13 +1,13 @@
-// Whether this platform has the service's tables at all. A device either has them or not; here the
-// modem decides, so that a library that finds none can be tested.
+// Whether this platform has the service's tables at all. A device either has them or not. Here the
+// modem decides, so that a library can be tested that finds none.
 #pragma once
 
 #include <string>
 
 namespace ovix {
 
-// False when the modem at that path says so. Without one (the path is empty), or without an answer
-// from it, the tables are there: they lie in this library.
+// False when the modem at the path says so. The tables are part of this library, so the result is
+// true when the path is empty or the modem does not answer.
 bool isServiceKnown(const std::string& modemPath) noexcept;
 
 }  // namespace ovix

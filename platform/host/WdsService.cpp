@@ -4,11 +4,11 @@
 #include <array>
 #include <cstdlib>
 #include <map>
-#include <mutex>
 #include <string>
 
 #include "ServiceObject.h"
 #include "ServicePresence.h"
+#include "base/Mutex.h"
 #include "wds_v01.h"
 
 namespace {
@@ -61,8 +61,8 @@ constexpr Field resultField{0x02, mandatory, /*valueAt=*/0, resultParts, noList}
         onePart<PartKind::Text, sizeof(type::member) - 1>, noList \
   }
 
-// The settings of a profile: three messages hold them, each at offsets of its own, after a field
-// that the message has before them.
+// The settings of a profile. Three messages hold them, each at its own offsets and after a field of
+// its own.
 template <typename M>
 constexpr std::array<Field, 19> settingsAfter(Field first) {
   return {first,
@@ -191,8 +191,8 @@ constexpr bool fieldFits(const Field& field, uint32_t size) {
       return false;
     }
   }
-  const bool flagged = field.flagAt != mandatory && field.flagAt != mandatoryOnSuccess;
-  return !field.parts.empty() && (!flagged || field.flagAt < size) &&
+  const bool isFlagged = field.flagAt != mandatory && field.flagAt != mandatoryOnSuccess;
+  return !field.parts.empty() && (!isFlagged || field.flagAt < size) &&
          (field.list.countMax == 0 || field.list.countAt + sizeof(uint32_t) <= size);
 }
 
@@ -213,13 +213,17 @@ constexpr int idlMajor = 1;
 constexpr int idlMinor = 257;
 constexpr int serviceLibraryVersion = 6;
 
-// The one object of a path: callers may compare them, and may use them until the process ends.
+struct Services {
+  pavo::Mutex mutex;
+  std::map<std::string, ovix_service_object> byPath GUARDED_BY(mutex);
+};
+
+// Each path has one object. Callers may compare objects, and may use them until the process ends.
 ovix_service_object_type serviceOf(const std::string& modemPath) {
-  static std::mutex& mutex = *new std::mutex;
-  static auto& services = *new std::map<std::string, ovix_service_object>;
-  const std::lock_guard lock(mutex);
+  static Services& services = *new Services;
   const auto fresh = ovix_service_object{ovix::tablesVersion, messages, modemPath};
-  return &services.emplace(modemPath, fresh).first->second;
+  const pavo::MutexLock lock(services.mutex);
+  return &services.byPath.emplace(modemPath, fresh).first->second;
 }
 
 }  // namespace
@@ -228,9 +232,9 @@ ovix_service_object_type serviceOf(const std::string& modemPath) {
 // messages to those of the minor versions before it, so that a client of an older one is served.
 // The library version is that of the tables' own format and has to be the same.
 //
-// The modem is the one that the environment variable OVIX_MODEM names now, on this thread; when
-// that is unset or empty, the one embedded in this process. What is done with the service later
-// stays with it. May wait for the modem, up to a second, when that does not answer.
+// The environment variable OVIX_MODEM names the modem; it is read now, on this thread. When it is
+// unset or empty, the modem is the one embedded in this process. The service object keeps this
+// choice. The call waits up to a second for a modem that does not answer.
 ovix_service_object_type wds_get_service_object_internal_v01(int major, int minor,
                                                              int libraryVersion) {
   const bool fits = major == idlMajor && minor >= 0 && minor <= idlMinor &&

@@ -5,7 +5,7 @@
 
 #include <stdexcept>
 
-namespace modem {
+namespace wire {
 namespace {
 
 using testing::ElementsAre;
@@ -111,4 +111,4 @@ TEST(FrameReader, Next_AfterABrokenFrame_StaysBroken) {
 }
 
 }  // namespace
-}  // namespace modem
+}  // namespace wire

@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-namespace modem {
+namespace wire {
 namespace {
 
 using Bytes = std::vector<uint8_t>;
@@ -54,4 +54,4 @@ TEST(HelloAnswer, Decode_AnythingElse_IsNone) {
 }
 
 }  // namespace
-}  // namespace modem
+}  // namespace wire

@@ -12,9 +12,10 @@
 #include "FileMode.h"
 #include "TemporaryFolder.h"
 
-namespace modem {
+namespace wire {
 namespace {
 
+using pavo::UniqueFd;
 using pavo::test::modeOf;
 using pavo::test::TemporaryFolder;
 
@@ -64,4 +65,4 @@ TEST(LocalSocket, Listen_DirectoryStaysLocked_GivesUpAndNamesIt) {
 }
 
 }  // namespace
-}  // namespace modem
+}  // namespace wire

@@ -15,9 +15,10 @@
 #include "TemporaryFolder.h"
 #include "modem/common/File.h"
 
-namespace modem {
+namespace pavo {
 namespace {
 
+using modem::readFile;
 using pavo::test::modeOf;
 using pavo::test::TemporaryFolder;
 using pavo::test::writeWithMode;
@@ -141,4 +142,4 @@ TEST_F(PrivateFileTest, MakePrivate_FileAndLink_ChangesTheFileOnly) {
 }
 
 }  // namespace
-}  // namespace modem
+}  // namespace pavo

@@ -9,10 +9,13 @@
 #include <vector>
 
 #include "Payloads.h"
-#include "modem/UniqueFd.h"
+#include "base/UniqueFd.h"
 #include "wire/Frame.h"
 
 namespace modem::test {
+
+using namespace wire;
+using pavo::UniqueFd;
 
 class RawClient {
  public:

@@ -74,10 +74,10 @@ TEST(Transcript, Entry_MalformedMessage_SaysSoAndKeepsTheBytes) {
 TEST(Transcript, Entry_LongestPayload_IsCutToFitAControlFrame) {
   Transcript transcript;
   transcript.add(Direction::In, 1,
-                 requestFrame(MessageId{0x1234}, Payload(framePayloadBytesMax, 0)));
+                 requestFrame(MessageId{0x1234}, Payload(wire::framePayloadBytesMax, 0)));
   const json entry = transcript.entryToJson(1);
   EXPECT_LE(dumpLine(entry).size(), Transcript::entryJsonBytesMax);
-  EXPECT_EQ(entry["payloadBytes"], framePayloadBytesMax);
+  EXPECT_EQ(entry["payloadBytes"], wire::framePayloadBytesMax);
 }
 
 TEST(Transcript, Add_MoreThanTheLimit_DropsTheOldestAndCounts) {
@@ -92,10 +92,10 @@ TEST(Transcript, Add_MoreThanTheLimit_DropsTheOldestAndCounts) {
 
 TEST(Transcript, Add_MoreBytesThanTheLimit_DropsTheOldest) {
   Transcript transcript;
-  const size_t count = Transcript::payloadBytesMax / framePayloadBytesMax + 1;
+  const size_t count = Transcript::payloadBytesMax / wire::framePayloadBytesMax + 1;
   for (size_t i = 0; i < count; ++i) {
     transcript.add(Direction::In, 1,
-                   requestFrame(MessageId{0x1234}, Payload(framePayloadBytesMax)));
+                   requestFrame(MessageId{0x1234}, Payload(wire::framePayloadBytesMax)));
   }
   EXPECT_EQ(transcript.dropped(), 1u);
 }

@@ -1,10 +1,12 @@
 #!/usr/bin/env python3
 """Holds the includes of the sources against the layers of the house.
 
-A file of src/ may include its own layer and those above it (smaller numbers); the platform's headers
-are for the few files named below. The rules of matching and the policies stand on the public headers
-and themselves. The modem knows nothing of the library, the tool its public headers, the rules and the
-policies. A new file has to be given a layer here."""
+The ground floor includes nothing of ours, the wire only the ground floor, the platform's host build
+both of them. A file of src/ may include the ground floor, its own layer and those above it (smaller
+numbers); the platform's headers are for the few files named below. The rules of matching and the
+policies stand on the public headers, the ground floor and themselves. The modem knows nothing of the
+library, the tool its public headers, the rules and the policies. A new file has to be given a layer
+here."""
 
 import pathlib
 import re
@@ -38,6 +40,15 @@ PLATFORM = {
     "wds_v01.h": {"Conversions", "MessageFields", "Modem3gppProfile", "ModemProfile",
                   "OvixWdsProxy"},
 }
+
+# The rooms below the library and the modem, and the rooms that each may include besides itself.
+ROOMS = {
+    "base": set(),
+    "wire": {"base"},
+    "platform/host": {"base", "wire", "platform/include"},
+}
+# The one include beside these: the modem that serves a process when no other is named.
+EMBEDDED = ("ModemConnection.cpp", "EmbeddedModem.h")
 
 # Util stands on the public headers, logging and the policies, not on what is between them.
 UTIL_LAYERS = {0, 1, 2, 9, 10, 11}
@@ -91,6 +102,23 @@ def check_library(file):
             problems.append(f"{file}: includes {included}, which is not for it")
 
 
+def room_of(root, file, included):
+    """The folder of what a file includes in quotes, or None when that is no file of this project."""
+    for folder in (file.parent, root, root / "platform/include", root / "include", root / "src"):
+        if (folder / included).exists():
+            return (folder / included).parent.relative_to(root).as_posix()
+    return None
+
+
+def check_room(root, folder, below):
+    for file in sources(root / folder):
+        for _, included in INCLUDE.findall(file.read_text()):
+            room = room_of(root, file, included)
+            is_embedded = (file.name, pathlib.PurePath(included).name) == EMBEDDED
+            if room is not None and room != folder and room not in below and not is_embedded:
+                problems.append(f"{file}: includes {included} of {room}")
+
+
 def check_stranger(root, folder, allow_public):
     """A folder that may not see src/, nor the platform's structures; of src/, one that sees the public
     headers sees the shared folders, too."""
@@ -112,6 +140,8 @@ def main():
     root = pathlib.Path(sys.argv[1])
     for file in sources(root / "include" / "pavo") + sources(root / "src"):
         check_library(file)
+    for folder, below in ROOMS.items():
+        check_room(root, folder, below)
     check_stranger(root, "modem", allow_public=False)
     check_stranger(root, "tools/pavoctl", allow_public=True)
     for problem in problems:

@@ -12,6 +12,7 @@
 
 #include "CapturingLogWriter.h"
 #include "Sequence.h"
+#include "base/ErrorText.h"
 #include "base/UniqueFd.h"
 
 namespace pavo::test {

@@ -5,6 +5,8 @@
 #include <string_view>
 #include <vector>
 
+#include "base/Ascii.h"
+
 namespace pavoctl {
 
 // The text with control characters (those of C1 in UTF-8 included) written as \xNN, so that a
@@ -16,8 +18,7 @@ std::string quoted(std::string_view text);
 // Not std::quoted, which would otherwise be found for a string.
 inline std::string quoted(const std::string& text) { return quoted(std::string_view(text)); }
 
-// ASCII letters in lower case; other bytes, and the locale, do not matter.
-std::string lowerCase(std::string_view text);
+using pavo::lowerCase;
 
 // Without blanks, tabs and line ends around it.
 std::string_view trimmed(std::string_view text);

@@ -58,7 +58,7 @@ class OtherCount final : public ContentEffect {
     const size_t messageBytes = frame.payload.size();
     changeList(frame, [&](ByteView list) {
       const size_t otherBytes = messageBytes - list.size();
-      return withCount(list, std::min<size_t>(UINT16_MAX, framePayloadBytesMax - otherBytes));
+      return withCount(list, std::min<size_t>(UINT16_MAX, wire::framePayloadBytesMax - otherBytes));
     });
     setUnchecked(frame, isUnchecked);
   }

@@ -12,6 +12,8 @@
 
 namespace modem {
 
+using wire::Frame;
+
 std::span<const EffectType* const> incomingEffects();    // requests and hellos
 std::span<const EffectType* const> outgoingEffects();    // answers and indications
 std::span<const EffectType* const> indicationEffects();  // indications alone

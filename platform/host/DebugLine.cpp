@@ -1,4 +1,4 @@
-#include "Trace.h"
+#include "DebugLine.h"
 
 #include <unistd.h>
 
@@ -11,13 +11,13 @@ namespace ovix {
 
 namespace {
 
-// Read while the library is loaded, for trace() runs on threads beside which the program may be
-// changing its environment.
+// The variable is read while the library is loaded: later the program may change its environment
+// while a thread of this library writes a line.
 const bool isWanted = std::getenv("OVIX_MODEM_TRACE") != nullptr;
 
 }  // namespace
 
-void trace(const char* format, ...) {
+void writeDebugLine(const char* format, ...) {
   if (!isWanted) {
     return;
   }
@@ -30,7 +30,7 @@ void trace(const char* format, ...) {
   va_end(arguments);
   size_t length = prefix + std::min<size_t>(wanted < 0 ? 0 : static_cast<size_t>(wanted), room - 1);
   line[length++] = '\n';
-  // One write, so that lines of several threads do not mix. Nobody can be told that it failed.
+  // One write, so that lines of several threads do not mix. Its failure cannot be reported.
   [[maybe_unused]] const ssize_t written = ::write(STDERR_FILENO, line, length);
 }
 
