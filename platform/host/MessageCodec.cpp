@@ -132,7 +132,7 @@ MaybeError encodeValue(const Field& field, const uint8_t* structure, std::vector
   }
   appendNumber(out, count, sizeof(uint16_t));
   for (uint64_t i = 0; i < count; ++i) {
-    if (const MaybeError error = encodeParts(field.parts, value + i * field.list.stride, out)) {
+    if (MaybeError error = encodeParts(field.parts, value + i * field.list.stride, out)) {
       return error;
     }
   }
@@ -193,7 +193,7 @@ MaybeError decodeValue(const Field& field, std::span<const uint8_t> bytes, uint8
   }
   const uint64_t room = std::max<uint64_t>(field.list.countMax, 1);
   for (uint64_t i = 0; i < std::min(count, room); ++i) {
-    if (const MaybeError error =
+    if (MaybeError error =
             decodeParts(field.parts, cursor, value + i * field.list.stride, bounds)) {
       return error;
     }
