@@ -2,7 +2,9 @@
 # scripts and in CI; a user with another compiler is not stopped by a new one.
 add_library(pavo_options INTERFACE)
 target_compile_options(pavo_options INTERFACE
-  -Wall -Wextra -Wpedantic -Wshadow -Wconversion
+  -Wall -Wextra -Wpedantic -Wconversion
+  # A constructor may give a parameter the name of the member that it sets. clang allows that anyway.
+  $<IF:$<CXX_COMPILER_ID:GNU>,-Wshadow=local,-Wshadow>
   $<$<CXX_COMPILER_ID:Clang>:-Wthread-safety>
   $<$<BOOL:${PAVO_WARNINGS_AS_ERRORS}>:-Werror>)
 

@@ -21,7 +21,7 @@ namespace pavo {
 
 class ClientRequest {
  public:
-  explicit ClientRequest(ReqRespType requestType) : type(requestType) {}
+  explicit ClientRequest(ReqRespType type) : type(type) {}
   ClientRequest(const ClientRequest&) = delete;
   ClientRequest& operator=(const ClientRequest&) = delete;
   virtual ~ClientRequest() = default;
@@ -106,8 +106,8 @@ class GetRequest : public ClientRequest {
 
 class RefreshRequest : public ClientRequest {
  public:
-  explicit RefreshRequest(PDCRefreshStatus phase)
-      : ClientRequest(ReqRespType::Refresh), status(phase) {}
+  explicit RefreshRequest(PDCRefreshStatus status)
+      : ClientRequest(ReqRespType::Refresh), status(status) {}
   PDCRefreshStatus getStatus() const { return status; }
 
  private:

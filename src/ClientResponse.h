@@ -16,7 +16,8 @@ namespace pavo {
 
 class ClientResponse {
  public:
-  explicit ClientResponse(ReqRespType responseType) : type(responseType) {}
+  explicit ClientResponse(ReqRespType type, Status status = Status::Failure)
+      : type(type), status(status) {}
   ClientResponse(const ClientResponse&) = delete;
   ClientResponse& operator=(const ClientResponse&) = delete;
   virtual ~ClientResponse() = 0;
@@ -27,11 +28,9 @@ class ClientResponse {
   ReqRespType getResponseType() const { return type; }
   Status getStatus() const { return status; }
 
- protected:
-  Status status = Status::Failure;
-
  private:
   const ReqRespType type;
+  const Status status;
 };
 
 class AddResponse : public ClientResponse {

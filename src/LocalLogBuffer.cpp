@@ -69,8 +69,8 @@ std::size_t formatStamp(char (&stamp)[stampBytes]) {
 
 }  // namespace
 
-LocalLogBuffer::LocalLogBuffer(std::string bufferName, int linesMax)
-    : name(std::move(bufferName)), capacity(linesMax) {}
+LocalLogBuffer::LocalLogBuffer(std::string name, int capacity)
+    : name(std::move(name)), capacity(capacity) {}
 
 LocalLogBuffer& LocalLogBuffer::getInstance() {
   static LocalLogBuffer& buffer = []() -> LocalLogBuffer& {

@@ -15,7 +15,7 @@ namespace {
 // Removes the writer at process exit, so that it can close its channel. A forked child shares the
 // channel with its parent and leaves it open.
 struct WriterRemover {
-  explicit WriterRemover(LogWrapper& logWrapper) : wrapper(logWrapper) {}
+  explicit WriterRemover(LogWrapper& wrapper) : wrapper(wrapper) {}
   ~WriterRemover() {
     if (!process.isInForkedChild()) {
       wrapper.setLogWriter(nullptr);

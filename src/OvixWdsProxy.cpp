@@ -106,9 +106,9 @@ ProfileChangedEvent eventOf(wds_profile_event_enum_v01 code) {
 
 }  // namespace
 
-OvixWdsProxy::OvixWdsProxy(EventManager& loop, int servedSubscription)
-    : eventManager(loop),
-      subscription(servedSubscription),
+OvixWdsProxy::OvixWdsProxy(EventManager& eventManager, int subscription)
+    : eventManager(eventManager),
+      subscription(subscription),
       serviceObject(
           wds_get_service_object_internal_v01(serviceMajor, serviceMinor, serviceLibrary)),
       // Here rather than last: the loop may be running and an indication may come at once.
@@ -284,7 +284,7 @@ void OvixWdsProxy::registerOvixIndications() {
          "OvixWdsProxy config register request successful!", "Unable send config req message");
 }
 
-void OvixWdsProxy::ovixErrorCb(ovix_client_type /*client*/, ovix_client_error_type /*code*/,
+void OvixWdsProxy::ovixErrorCb(ovix_client_type /*client*/, ovix_client_error_type /*error*/,
                                void* proxy) noexcept {
   // Log readers know this place by these words; they are not the current line.
   LogWrapper::log(LogLevel::Debug, logTag, "src/OvixWdsProxy:%d:%s", 161, "ovixErrorCb");

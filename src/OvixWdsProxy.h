@@ -32,7 +32,7 @@ class OvixWdsProxy;
 struct IndInfo_t {
   ovix_client_type user_handle;
   std::uint32_t msg_id;
-  std::unique_ptr<std::uint8_t[]> ind_buf;  // a copy: the messaging library's dies with its call
+  std::unique_ptr<std::uint8_t[]> ind_buf;  // a copy: the original ends with the callback
   std::uint32_t ind_buf_len;
   OvixWdsProxy* ind_cb_data;
 };

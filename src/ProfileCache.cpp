@@ -27,8 +27,11 @@ bool isOf(const std::shared_ptr<ModemProfile>& profile, int profileId) {
 
 }  // namespace
 
-ProfileCache::ProfileCache(EventManager& eventManager, int subscription, requestFunction function)
-    : loop(eventManager), sendRequest(std::move(function)), proxy(eventManager, subscription) {
+ProfileCache::ProfileCache(EventManager& eventManager, int subscription,
+                           requestFunction sendRequest)
+    : eventManager(eventManager),
+      sendRequest(std::move(sendRequest)),
+      proxy(eventManager, subscription) {
   proxy.registerProfileChangedInd([this](ProfileChangedInd ind) { onIndication(ind); });
   proxy.registerIndicationsLost([this] { onIndicationsLost(); });
 }
@@ -343,7 +346,7 @@ void ProfileCache::readAgain(int profileId) {
     }
     // Runs the listeners, without dumpMutex.
     replaced.reset();
-    if (loop.isStopRequested()) {
+    if (eventManager.isStopRequested()) {
       return;
     }
   }

@@ -88,7 +88,7 @@ class ProfileCache {
   void forget(int profileId);
   void readAgain(int profileId);
 
-  const EventManager& loop;
+  const EventManager& eventManager;
   const requestFunction sendRequest;
   OvixWdsProxy proxy;
   // The worker changes the containers, and what a cached profile's dump shows, under dumpMutex, and

@@ -8,8 +8,8 @@
 
 namespace pavo {
 
-ProfileKey::ProfileKey(int ofProfile, unsigned long long ofEntry, requestFunction function)
-    : profileId(ofProfile), token(ofEntry), sendRequest(std::move(function)) {}
+ProfileKey::ProfileKey(int profileId, unsigned long long token, requestFunction sendRequest)
+    : profileId(profileId), token(token), sendRequest(std::move(sendRequest)) {}
 
 void ProfileKey::registerExpirationListener(std::function<void()> listener) noexcept {
   if (listener) {

@@ -54,7 +54,7 @@ class CAPABILITY("mutex") TurnQueue {
 
 class SCOPED_CAPABILITY Turn {
  public:
-  explicit Turn(TurnQueue& turns) ACQUIRE(turns) : queue(turns) { queue.enter(); }
+  explicit Turn(TurnQueue& queue) ACQUIRE(queue) : queue(queue) { queue.enter(); }
   ~Turn() RELEASE() { queue.leave(); }
   Turn(const Turn&) = delete;
   Turn& operator=(const Turn&) = delete;

@@ -9,7 +9,7 @@ namespace pavo::policy {
 // A Manager's own.
 class ManagerOperations final : public ProfileOperations {
  public:
-  explicit ManagerOperations(Manager& instance) : manager(instance) {}
+  explicit ManagerOperations(Manager& manager) : manager(manager) {}
 
   std::list<Key> filter(const FilterProfileParams& params) override {
     return manager.filter(params);
