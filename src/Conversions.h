@@ -5,7 +5,6 @@
 #include <pavo/ProfileParams.h>
 #include <pavo/ProfileTypes.h>
 
-#include "ExpirationListener.h"
 #include "matching/ApnName.h"
 #include "matching/ApnTypeBits.h"
 #include "wds_v01.h"
@@ -36,9 +35,5 @@ std::uint64_t convertToSingleOvixApnType(ApnTypes type);
 ApnTypes convertToSingleCommonApnType(unsigned long long type);
 
 wds_profile_identifier_type_v01 convertToProfileIdentifier(int profileId);
-
-// Whether the listener's key is gone. It asks without taking a handle: one taken here could become
-// the key's last, and the key must not die on the worker.
-bool expired(const ExpirationListener& listener);
 
 }  // namespace pavo

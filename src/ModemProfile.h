@@ -7,7 +7,7 @@
 #include <pavo/ModifyProfileParams.h>
 #include <pavo/ProfileParams.h>
 
-#include "Conversions.h"
+#include "ExpirationListener.h"
 #include "matching/ProfileSettings.h"
 #include "wds_v01.h"
 

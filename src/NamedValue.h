@@ -1,7 +1,5 @@
 #pragma once
 
-#include "DumpText.h"
-
 #include <cstddef>
 #include <ostream>
 #include <string>
@@ -15,7 +13,7 @@ void appendNamed(std::string& text, Enum value, const char* const (&names)[count
   if (number >= 0 && static_cast<std::size_t>(number) < count && names[number] != nullptr) {
     text += names[number];
   } else {
-    appendValue(text, number);
+    text += std::to_string(number);
   }
 }
 
