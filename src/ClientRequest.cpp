@@ -71,7 +71,8 @@ std::string CallbackRequest::dump() const {
     appendValue(text, getReleaseToken());
   } else if (hasExpirationInfo()) {
     text += "Register ";
-    // The registering caller holds its key during the call, so this is never the last handle.
+    // The caller that registers the listener holds its key during the call, so `key` is never the
+    // last handle.
     const std::shared_ptr<IProfileKey> key = expirationKey->lock();
     text += key != nullptr ? key->dump() : "null";
     appendValue(text, getExpirationToken());

@@ -6,7 +6,7 @@
 
 namespace pavo {
 
-// Appends the name that a table gives the value, or its decimal number when it gives none.
+// Appends the value's name from the table, or its decimal number when the table has none.
 template <typename Enum, std::size_t count>
 void appendNamed(std::string& text, Enum value, const char* const (&names)[count]) {
   const auto number = static_cast<int>(value);
@@ -17,7 +17,7 @@ void appendNamed(std::string& text, Enum value, const char* const (&names)[count
   }
 }
 
-// Streams a value by its dump text.
+// Streams the dump text of a value.
 template <typename T>
 std::ostream& streamText(std::ostream& out, T value) {
   std::string text;

@@ -6,7 +6,7 @@
 
 namespace pavo::policy {
 
-// A Manager's own.
+// Performs the operations with a Manager.
 class ManagerOperations final : public ProfileOperations {
  public:
   explicit ManagerOperations(Manager& manager) : manager(manager) {}
