@@ -7,6 +7,7 @@
 #include "ProfileCache.h"
 #include "ProfileKey.h"
 #include "RequestPort.h"
+#include "matching/ApnName.h"
 
 #include <benchmark/benchmark.h>
 

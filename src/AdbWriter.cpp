@@ -22,7 +22,7 @@ int AdbWriter::convertPrio(LogLevel level) {
       return ANDROID_LOG_FATAL;
     case LogLevel::High:
     default:
-      // Important, and yet no warning to whoever reads the device's log.
+      // These lines are important to this library, but no warning to a reader of the device's log.
       return ANDROID_LOG_INFO;
   }
 }

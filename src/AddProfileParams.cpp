@@ -4,12 +4,12 @@
 
 namespace pavo {
 
-AddProfileParams::AddProfileParams(bool persistent, bool isIA)
-    : AddProfileParams(ProfileParams(), persistent, isIA) {}
+AddProfileParams::AddProfileParams(bool isPersistent, bool isIAProfile)
+    : AddProfileParams(ProfileParams(), isPersistent, isIAProfile) {}
 
-AddProfileParams::AddProfileParams(const ProfileParams& params, bool persistent, bool isIA)
-    : ProfileParams(params), isPersistent(persistent) {
-  isIAProfile = isIA;
+AddProfileParams::AddProfileParams(const ProfileParams& params, bool isPersistent, bool isIAProfile)
+    : ProfileParams(params), isPersistent(isPersistent) {
+  this->isIAProfile = isIAProfile;
 }
 
 AddProfileParams::AddProfileParams(const AddProfileParams&) = default;

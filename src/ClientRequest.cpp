@@ -28,39 +28,39 @@ const std::string& ClientRequest::text() const {
   return dumped;
 }
 
-AddRequest::AddRequest(AddProfileParams given)
-    : ClientRequest(ReqRespType::Add), params(std::move(given)) {}
+AddRequest::AddRequest(AddProfileParams params)
+    : ClientRequest(ReqRespType::Add), params(std::move(params)) {}
 
 std::string AddRequest::dump() const { return ClientRequest::dump() + params.dump(); }
 
-ModifyRequest::ModifyRequest(ModifyProfileParams given, std::shared_ptr<IProfileKey> ofKey)
-    : ClientRequest(ReqRespType::Modify), params(std::move(given)), key(std::move(ofKey)) {}
+ModifyRequest::ModifyRequest(ModifyProfileParams params, std::shared_ptr<IProfileKey> key)
+    : ClientRequest(ReqRespType::Modify), params(std::move(params)), key(std::move(key)) {}
 
 std::string ModifyRequest::dump() const {
   return ClientRequest::dump() + textOf(key) + " " + params.dump();
 }
 
-DeleteRequest::DeleteRequest(std::shared_ptr<IProfileKey> ofKey)
-    : ClientRequest(ReqRespType::Delete), key(std::move(ofKey)) {}
+DeleteRequest::DeleteRequest(std::shared_ptr<IProfileKey> key)
+    : ClientRequest(ReqRespType::Delete), key(std::move(key)) {}
 
 std::string DeleteRequest::dump() const { return ClientRequest::dump() + textOf(key); }
 
-FilterRequest::FilterRequest(FilterProfileParams given)
-    : ClientRequest(ReqRespType::Filter), params(std::move(given)) {}
+FilterRequest::FilterRequest(FilterProfileParams params)
+    : ClientRequest(ReqRespType::Filter), params(std::move(params)) {}
 
 std::string FilterRequest::dump() const {
   return ClientRequest::dump() + "params: " + params.dump();
 }
 
-MatchRequest::MatchRequest(FilterProfileParams given, std::shared_ptr<IProfileKey> ofKey)
-    : ClientRequest(ReqRespType::Match), params(std::move(given)), key(std::move(ofKey)) {}
+MatchRequest::MatchRequest(FilterProfileParams params, std::shared_ptr<IProfileKey> key)
+    : ClientRequest(ReqRespType::Match), params(std::move(params)), key(std::move(key)) {}
 
 std::string MatchRequest::dump() const {
   return ClientRequest::dump() + textOf(key) + " " + params.dump();
 }
 
-GetRequest::GetRequest(std::shared_ptr<IProfileKey> ofKey)
-    : ClientRequest(ReqRespType::Get), key(std::move(ofKey)) {}
+GetRequest::GetRequest(std::shared_ptr<IProfileKey> key)
+    : ClientRequest(ReqRespType::Get), key(std::move(key)) {}
 
 std::string GetRequest::dump() const { return ClientRequest::dump() + textOf(key); }
 
@@ -71,7 +71,8 @@ std::string CallbackRequest::dump() const {
     appendValue(text, getReleaseToken());
   } else if (hasExpirationInfo()) {
     text += "Register ";
-    // The registering caller holds its key during the call, so this is never the last handle.
+    // The caller that registers the listener holds its key during the call, so `key` is never the
+    // last handle.
     const std::shared_ptr<IProfileKey> key = expirationKey->lock();
     text += key != nullptr ? key->dump() : "null";
     appendValue(text, getExpirationToken());
@@ -79,17 +80,17 @@ std::string CallbackRequest::dump() const {
   return text;
 }
 
-void CallbackRequest::setReleaseToken(unsigned long long entry) { releaseToken = entry; }
+void CallbackRequest::setReleaseToken(unsigned long long token) { releaseToken = token; }
 
 void CallbackRequest::setReleasedKey(std::weak_ptr<IProfileKey> key) {
   releasedKey = std::move(key);
 }
 
 void CallbackRequest::setExpirationInfo(std::function<void()> callback,
-                                        std::weak_ptr<IProfileKey> key, unsigned long long entry) {
+                                        std::weak_ptr<IProfileKey> key, unsigned long long token) {
   expirationCb = std::move(callback);
   expirationKey = std::move(key);
-  expirationToken = entry;
+  expirationToken = token;
 }
 
 bool CallbackRequest::hasExpirationInfo() const {

@@ -1,5 +1,6 @@
-// What a caller's thread hands to the worker. A request is filled by one thread, then handed over
-// and not changed again; it holds copies of the parameters and shares the keys.
+// The requests that callers' threads hand to the worker. One thread fills a request and hands it
+// over. After that the request does not change, except for its cached text. It holds copies of the
+// parameters and shares the keys.
 #pragma once
 
 #include <pavo/AddProfileParams.h>
@@ -21,18 +22,18 @@ namespace pavo {
 
 class ClientRequest {
  public:
-  explicit ClientRequest(ReqRespType requestType) : type(requestType) {}
+  explicit ClientRequest(ReqRespType type) : type(type) {}
   ClientRequest(const ClientRequest&) = delete;
   ClientRequest& operator=(const ClientRequest&) = delete;
   virtual ~ClientRequest() = default;
 
-  // One line for the log.
+  // Returns one line for the log.
   virtual std::string dump() const;
 
   ReqRespType getRequestType() const { return type; }
 
-  // dump(), built once: the caller and the worker both log it. The thread that holds the request
-  // asks.
+  // Returns dump(), computed at the first call and cached, because caller and worker both log it.
+  // The cache is not synchronised: call this only on the thread that currently owns the request.
   const std::string& text() const;
 
  private:
@@ -106,22 +107,23 @@ class GetRequest : public ClientRequest {
 
 class RefreshRequest : public ClientRequest {
  public:
-  explicit RefreshRequest(PDCRefreshStatus phase)
-      : ClientRequest(ReqRespType::Refresh), status(phase) {}
+  explicit RefreshRequest(PDCRefreshStatus status)
+      : ClientRequest(ReqRespType::Refresh), status(status) {}
   PDCRefreshStatus getStatus() const { return status; }
 
  private:
   const PDCRefreshStatus status;
 };
 
-// A key's message to the cache: the release of its token, or a listener to register.
+// A message from a key to the cache. It releases the key's token or registers a listener.
 class CallbackRequest : public ClientRequest {
  public:
   CallbackRequest() : ClientRequest(ReqRespType::Callback) {}
   std::string dump() const override;
 
   void setReleaseToken(unsigned long long token);
-  // The key that is released. It is gone already: this only identifies it.
+  // Sets the key that is released. That key is already being destroyed, so the weak pointer only
+  // identifies it.
   void setReleasedKey(std::weak_ptr<IProfileKey> key);
   void setExpirationInfo(std::function<void()> callback, std::weak_ptr<IProfileKey> key,
                          unsigned long long token);
@@ -139,7 +141,7 @@ class CallbackRequest : public ClientRequest {
   std::weak_ptr<IProfileKey> releasedKey;
   std::optional<std::uint64_t> expirationToken;
   std::optional<std::function<void()>> expirationCb;
-  // Weak, so that a request under way keeps no key alive.
+  // The pointer is weak, so that a pending request does not keep the key alive.
   std::optional<std::weak_ptr<IProfileKey>> expirationKey;
 };
 

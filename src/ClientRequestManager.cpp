@@ -15,11 +15,14 @@ namespace pavo {
 
 namespace {
 
+// Throws the error again with a text of its own. std::terminate() prints this text, and the field's
+// crash reports are searched for "thread constructor failed". The text of std::thread's exception
+// depends on the standard library.
 [[noreturn]] void failThread(const std::error_code& code) {
   throw std::system_error(code, "thread constructor failed");
 }
 
-// A key of another make than the library's is answered like an empty one.
+// A key of a class that is not the library's own is treated like an empty key.
 std::shared_ptr<ProfileKey> ownKey(const std::shared_ptr<IProfileKey>& key) {
   return std::dynamic_pointer_cast<ProfileKey>(key);
 }
@@ -39,7 +42,8 @@ ClientRequestManager::ClientRequestManager(int subscription)
   eventManager.addEssentialHandler(requestFd.get(), handleClientRequest, this, EPOLLIN);
 }
 
-// A thread that cannot be had ends the process: the exception does not leave a noexcept function.
+// When the thread cannot be created, the exception cannot leave this noexcept function and
+// therefore ends the process.
 void ClientRequestManager::startThread() noexcept {
   try {
     thread = std::thread(&ClientRequestManager::runPavoThread, this);
@@ -58,25 +62,28 @@ bool ClientRequestManager::stop() {
     return false;
   }
   LogWrapper::log(LogLevel::Debug, logTag, "pavo::ClientRequestManager: destructor");
-  // Before close(), which waits for the request in hand: a refresh stops between two requests.
+  // The stop is requested before close(), because close() waits for the request that the worker is
+  // handling. A refresh then stops between two modem requests.
   eventManager.requestStop();
-  // Closed before the worker ends, so that no caller waits for it, or writes to its descriptor,
-  // when it has ended.
+  // The port is closed before the worker ends. Otherwise a caller could wait for a worker that has
+  // ended, or write to its closed descriptor.
   port->close();
   eventManager.removeEventHandler(requestFd.get());
   running.store(false, std::memory_order_release);
   eventManager.wake();
   thread.join();
   port->workerJoined();
-  // Not before the join: the worker may have its event in hand.
+  // The descriptor is closed after the join, because the worker may be handling its event until
+  // then.
   requestFd.reset();
   std::unique_ptr<ProfileCache> ended;
   {
     const MutexLock lock(cacheMutex);
     ended.swap(profileCache);
   }
-  // The listeners run here. If the cache lived as long as this object, a dump or a call that
-  // overlaps could destroy it later, on a thread that has nothing to do with the listeners.
+  // `ended` is destroyed here, so the listeners run on the stopping thread. If the cache lived as
+  // long as this object, an overlapping call or dump() could destroy it later, on a thread that
+  // must not run listeners.
   ended.reset();
   port->end();
   return true;
@@ -97,7 +104,7 @@ std::shared_ptr<ClientResponse> ClientRequestManager::processClientRequest(
 }
 
 void ClientRequestManager::handleClientRequest(int fd, void* arg) {
-  // Log readers know this place by these words; they are not the current line.
+  // Log filters search for this exact text. Its number is not the current line.
   LogWrapper::log(LogLevel::Debug, logTag, ":%d:%s", 77, "handleClientRequest");
   drainFd(fd, LogLevel::Error);
   if (arg == nullptr) {
@@ -144,7 +151,8 @@ ClientRequestManager::Response ClientRequestManager::refuse(const ClientRequest&
   }
 }
 
-// A release that is refused still ends the key, and the code of its listeners may be unloaded next.
+// A refused release still ends the key, and the client may unload the code of its listeners next.
+// Therefore the listeners leave the cache with the response.
 ClientRequestManager::Response ClientRequestManager::refuse(const CallbackRequest& request) {
   std::list<ExpirationListener> ended;
   if (request.hasReleaseToken()) {
@@ -177,7 +185,7 @@ ClientRequestManager::Response ClientRequestManager::perform(const ClientRequest
 }
 
 ClientRequestManager::Response ClientRequestManager::add(const AddRequest& request) {
-  // Success also with an empty key: the key tells.
+  // The status is Success even when nothing was created. The empty key reports the failure.
   return std::make_shared<AddResponse>(Status::Success,
                                        profileCache->add(request.getAddProfileParams()));
 }

@@ -1,7 +1,10 @@
-// The worker: one thread, the event loop that it runs, and the cache that only it touches.
+// ClientRequestManager is the worker: a thread, the event loop that the thread runs, and the
+// profile cache. Apart from dump(), and from stop() after the join, only that thread uses the
+// cache.
 //
-// States: building -> running -> stopped. Building registers with the platform before the thread
-// runs; stopping joins the thread and ends the cache, however long callers hold the object after.
+// States: building -> running -> stopped. The constructor registers with the platform before it
+// starts the thread. stop() joins the thread and destroys the cache, even while callers still hold
+// the object.
 #pragma once
 
 #include "ClientRequest.h"
@@ -22,37 +25,36 @@ namespace pavo {
 
 class ClientRequestManager {
  public:
-  // Builds everything and starts the thread. Ends the process when it cannot have a thread or a
-  // file descriptor.
+  // Builds all parts and starts the thread. Ends the process when the thread or a file descriptor
+  // cannot be created.
   explicit ClientRequestManager(int subscription);
   ClientRequestManager(const ClientRequestManager&) = delete;
   ClientRequestManager& operator=(const ClientRequestManager&) = delete;
-  // Stops, unless that was done.
+  // Calls stop(), which does nothing when the worker has already stopped.
   ~ClientRequestManager();
 
-  // Hands one request to the worker and waits; see RequestPort::submit.
+  // Hands one request to the worker and waits for the response; see RequestPort::submit.
   std::shared_ptr<ClientResponse> processClientRequest(
       const std::shared_ptr<ClientRequest>& request);
 
-  // Answers all waiting and later callers empty, joins the thread and destroys the cache: listeners
-  // of live keys run on the calling thread. Waits for one modem request in progress at most. To be
-  // called on one thread only, the one that took the worker out of its Manager; the destructor's
-  // call then does nothing.
-  // False, and the worker goes on, where it cannot be waited for: on its own thread, on the thread
-  // of a worker that this one waits for, and in a forked child. The object must then be kept for
-  // ever.
+  // Answers all waiting and later callers with an empty response, joins the thread and destroys the
+  // cache. The listeners of live keys run on the calling thread. stop() waits for at most one modem
+  // request in progress. Only one thread may call it: the thread that took the worker out of its
+  // Manager. The destructor's call then does nothing. Returns false, and the worker goes on, where
+  // waiting for the worker is impossible: on its own thread, on the thread of a worker that this
+  // worker waits for, and in a forked child. The caller must then keep the object for ever.
   bool stop();
 
-  // Whether this process is a forked child of the one that made the worker.
+  // Returns whether this process is a forked child of the process that created the worker.
   bool isInForkedChild() const { return port->isInForkedChild(); }
 
-  // The body of the worker thread.
+  // Runs the event loop until stop(). This is the body of the worker's thread.
   void runPavoThread();
 
-  // The event loop's callback of the request eventfd; arg is the ClientRequestManager.
+  // The event loop calls this for the request eventfd. arg is the ClientRequestManager.
   static void handleClientRequest(int fd, void* arg);
 
-  // The cache's dump; empty when the worker has stopped. Any thread.
+  // Returns the cache's dump, or no lines when the worker has stopped. Thread-safe.
   std::vector<std::string> dump();
 
  private:
@@ -74,15 +76,17 @@ class ClientRequestManager {
 
   const std::shared_ptr<RequestPort> port;
   std::thread thread;
-  // Set by the thread when it runs. The loop's request to stop is never cleared, so a stop that
-  // comes before the thread has begun is not lost.
+  // The worker's thread sets this flag when it starts. The event loop's request to stop is never
+  // cleared, so a stop() that comes before the thread has started is not lost.
   std::atomic<bool> running{false};
   UniqueFd requestFd;
   EventManager eventManager;
-  // Its end, which the worker does not see, and a dump exclude each other.
+  // Guards profileCache against being destroyed by stop() during a dump(). The worker takes no
+  // lock: stop() has joined it by then.
   Mutex cacheMutex;
   std::unique_ptr<ProfileCache> profileCache;
-  // Worker only: the modem's configuration is being replaced, profile operations are refused.
+  // Whether the modem's configuration is being replaced. Profile operations are refused meanwhile.
+  // Only the worker's thread uses this flag.
   bool refreshInProgress = false;
 };
 

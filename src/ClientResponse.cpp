@@ -17,10 +17,8 @@ std::string ClientResponse::dump() const {
   return text;
 }
 
-AddResponse::AddResponse(Status newStatus, std::shared_ptr<IProfileKey> newKey)
-    : ClientResponse(ReqRespType::Add), key(std::move(newKey)) {
-  status = newStatus;
-}
+AddResponse::AddResponse(Status status, std::shared_ptr<IProfileKey> key)
+    : ClientResponse(ReqRespType::Add, status), key(std::move(key)) {}
 
 std::string AddResponse::dump() const {
   std::string text = ClientResponse::dump();
@@ -31,18 +29,12 @@ std::string AddResponse::dump() const {
   return text;
 }
 
-ModifyResponse::ModifyResponse(Status newStatus) : ClientResponse(ReqRespType::Modify) {
-  status = newStatus;
-}
+ModifyResponse::ModifyResponse(Status status) : ClientResponse(ReqRespType::Modify, status) {}
 
-DeleteResponse::DeleteResponse(Status newStatus) : ClientResponse(ReqRespType::Delete) {
-  status = newStatus;
-}
+DeleteResponse::DeleteResponse(Status status) : ClientResponse(ReqRespType::Delete, status) {}
 
-FilterResponse::FilterResponse(Status newStatus, std::list<std::shared_ptr<IProfileKey>> keys)
-    : ClientResponse(ReqRespType::Filter), result(std::move(keys)) {
-  status = newStatus;
-}
+FilterResponse::FilterResponse(Status status, std::list<std::shared_ptr<IProfileKey>> result)
+    : ClientResponse(ReqRespType::Filter, status), result(std::move(result)) {}
 
 std::string FilterResponse::dump() const {
   std::string text = ClientResponse::dump();
@@ -54,19 +46,15 @@ std::string FilterResponse::dump() const {
   return text;
 }
 
-MatchResponse::MatchResponse(Status newStatus, bool matches)
-    : ClientResponse(ReqRespType::Match), result(matches) {
-  status = newStatus;
-}
+MatchResponse::MatchResponse(Status status, bool result)
+    : ClientResponse(ReqRespType::Match, status), result(result) {}
 
 std::string MatchResponse::dump() const {
   return ClientResponse::dump() + (result ? " true" : " false");
 }
 
-GetResponse::GetResponse(Status newStatus, std::optional<ProfileParams> found)
-    : ClientResponse(ReqRespType::Get), params(std::move(found)) {
-  status = newStatus;
-}
+GetResponse::GetResponse(Status status, std::optional<ProfileParams> params)
+    : ClientResponse(ReqRespType::Get, status), params(std::move(params)) {}
 
 std::string GetResponse::dump() const {
   std::string text = ClientResponse::dump();
@@ -77,13 +65,9 @@ std::string GetResponse::dump() const {
   return text;
 }
 
-CallbackResponse::CallbackResponse(Status newStatus, std::list<ExpirationListener> listeners)
-    : ClientResponse(ReqRespType::Callback), endedListeners(std::move(listeners)) {
-  status = newStatus;
-}
+CallbackResponse::CallbackResponse(Status status, std::list<ExpirationListener> endedListeners)
+    : ClientResponse(ReqRespType::Callback, status), endedListeners(std::move(endedListeners)) {}
 
-RefreshResponse::RefreshResponse(Status newStatus) : ClientResponse(ReqRespType::Refresh) {
-  status = newStatus;
-}
+RefreshResponse::RefreshResponse(Status status) : ClientResponse(ReqRespType::Refresh, status) {}
 
 }  // namespace pavo

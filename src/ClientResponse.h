@@ -1,4 +1,5 @@
-// What the worker answers. Immutable; the caller casts it by the type of its own request.
+// The worker's responses. A response is immutable. The caller casts it to the class that belongs to
+// the type of its own request.
 #pragma once
 
 #include <pavo/IProfileKey.h>
@@ -16,29 +17,28 @@ namespace pavo {
 
 class ClientResponse {
  public:
-  explicit ClientResponse(ReqRespType responseType) : type(responseType) {}
+  explicit ClientResponse(ReqRespType type, Status status = Status::Failure)
+      : type(type), status(status) {}
   ClientResponse(const ClientResponse&) = delete;
   ClientResponse& operator=(const ClientResponse&) = delete;
   virtual ~ClientResponse() = 0;
 
-  // One line for the log.
+  // Returns one line for the log.
   virtual std::string dump() const;
 
   ReqRespType getResponseType() const { return type; }
   Status getStatus() const { return status; }
 
- protected:
-  Status status = Status::Failure;
-
  private:
   const ReqRespType type;
+  const Status status;
 };
 
 class AddResponse : public ClientResponse {
  public:
   AddResponse(Status status, std::shared_ptr<IProfileKey> key);
   std::string dump() const override;
-  // Empty when nothing was created, whatever the status.
+  // Returns an empty key when nothing was created, whatever the status.
   const std::shared_ptr<IProfileKey>& getAddProfileKey() const { return key; }
 
  private:
@@ -90,8 +90,8 @@ class CallbackResponse : public ClientResponse {
   explicit CallbackResponse(Status status, std::list<ExpirationListener> endedListeners = {});
 
  private:
-  // A released key's. They end with the response on the thread that drops the key, because what a
-  // client's closure destroys there may take any lock.
+  // The listeners of a released key. They are destroyed with the response, on the thread that drops
+  // the key, because the destructor of a client's closure may take any lock.
   const std::list<ExpirationListener> endedListeners;
 };
 

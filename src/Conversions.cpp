@@ -174,6 +174,4 @@ wds_profile_identifier_type_v01 convertToProfileIdentifier(int profileId) {
   return identifier;
 }
 
-bool expired(const ExpirationListener& listener) { return listener.second.expired(); }
-
 }  // namespace pavo

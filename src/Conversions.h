@@ -1,11 +1,11 @@
-// Between the client's enumerations and the modem's. Pure functions, any thread; an unknown modem
-// value becomes UNKNOWN or 0, with a line in the log for a PDP or PDN type.
+// Conversions between the client's enumerations and the modem's. The functions hold no state and
+// are thread-safe. An unknown value of the modem becomes UNKNOWN or 0. An unknown PDP or PDN type
+// is also logged.
 #pragma once
 
 #include <pavo/ProfileParams.h>
 #include <pavo/ProfileTypes.h>
 
-#include "ExpirationListener.h"
 #include "matching/ApnName.h"
 #include "matching/ApnTypeBits.h"
 #include "wds_v01.h"
@@ -19,9 +19,9 @@ IPType convertPdpType(wds_pdp_type_enum_v01 type);
 IPType convertPdpType(wds_common_pdp_type_enum_v01 type);
 IPType convertPdnType(wds_profile_pdn_type_enum_v01 type);
 
-// An unknown client type is sent as IPv4v6 here ...
+// This function converts UNKNOWN to IPv4v6.
 wds_pdp_type_enum_v01 convertToOvixPdpType(IPType type);
-// ... but as unspecified here: that is how an override is taken back.
+// This function converts UNKNOWN to "unspecified", the value that takes an override back.
 wds_common_pdp_type_enum_v01 convertToOvixCommonPdpType(IPType type);
 wds_profile_pdn_type_enum_v01 convertToOvixProfilePdnType(IPType type);
 
@@ -31,14 +31,10 @@ wds_profile_auth_protocol_enum_v01 convertToOvixPdnLevelAuthProtocol(AuthType ty
 AuthType convertToAuthType(unsigned char preference);
 AuthType convertToAuthType(wds_profile_auth_protocol_enum_v01 protocol);
 
-// One named bit; 0 for anything else.
+// Each function converts a single APN type, and anything else to 0.
 std::uint64_t convertToSingleOvixApnType(ApnTypes type);
 ApnTypes convertToSingleCommonApnType(unsigned long long type);
 
 wds_profile_identifier_type_v01 convertToProfileIdentifier(int profileId);
-
-// Whether the listener's key is gone. It asks without taking a handle: one taken here could become
-// the key's last, and the key must not die on the worker.
-bool expired(const ExpirationListener& listener);
 
 }  // namespace pavo

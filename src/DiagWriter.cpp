@@ -26,8 +26,8 @@ void DiagWriter::write(LogLevel level, std::string tag, std::string message) {
   if ((mask & maskAll) == 0) {
     return;
   }
-  // The channel wants one descriptor that lives as long as the process, so every message carries
-  // the mask of the very first one, whatever its own level.
+  // The channel needs a descriptor that lives as long as the process. There is only this one, so
+  // every message carries the mask of the first message, whatever its own level.
   static const diag_msg_descriptor descriptor{descriptorLine, subsystemId,
                                               static_cast<std::uint32_t>(mask), "|%s| %s",
                                               "src/LocalLogBuffer.cpp"};

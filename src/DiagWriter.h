@@ -4,7 +4,8 @@
 
 namespace pavo {
 
-// Writes to the modem's diagnostic channel, which it opens for as long as it exists.
+// Writes to the modem's diagnostic channel. The writer keeps the channel open for its whole
+// lifetime.
 class DiagWriter : public LogWriter {
  public:
   DiagWriter();

@@ -1,5 +1,5 @@
-// The pieces of which dump texts are made. They append to one string: several times cheaper than a
-// string stream, with the same text.
+// The building blocks of dump texts. The functions append to one string. This is several times
+// cheaper than a string stream and gives the same text.
 #pragma once
 
 #include <pavo/ProfileTypes.h>
@@ -10,7 +10,7 @@
 
 namespace pavo {
 
-// Room for the attributes of an ordinary profile.
+// Room to reserve for the attributes of an ordinary profile.
 inline constexpr std::size_t dumpCharsTypical = 256;
 
 void appendValue(std::string& text, const std::string& value);
@@ -32,7 +32,7 @@ void appendEntry(std::string& text, std::string_view key, const T& value) {
   text += ',';
 }
 
-// The same when there is a value, nothing otherwise.
+// Appends the entry when there is a value, and nothing otherwise.
 template <typename T>
 void appendEntry(std::string& text, std::string_view key, const std::optional<T>& value) {
   if (value) {

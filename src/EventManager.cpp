@@ -17,8 +17,8 @@ namespace pavo {
 
 namespace {
 
-// The approved descriptors, shared by all loops. Never destroyed: a worker may end after the static
-// objects of this library.
+// The approved descriptors of all loops. The object is never destroyed, because a worker may end
+// after the static objects of this library.
 struct ApprovedFds {
   Mutex mutex;
   std::set<int> fds GUARDED_BY(mutex);
@@ -68,7 +68,8 @@ EventManager::~EventManager() { removeEventHandler(wakeFd.get()); }
 
 bool EventManager::addEventHandler(int fd, EventCallback callback, void* data,
                                    CloseCallback closeCallback, int events) {
-  // A handler without the kernel counts as added: callers have always been told so.
+  // A handler counts as added even when the kernel refuses to watch its descriptor. The result has
+  // always been true in that case.
   return registerHandler(fd, {callback, closeCallback, data}, events) != Registered::No;
 }
 
@@ -98,8 +99,8 @@ EventManager::Registered EventManager::registerHandler(int fd, const HandlerObje
     LogWrapper::log(LogLevel::Info, logTag, "fd=%d is already in handlers", fd);
     return Registered::No;
   }
-  // The tables know the descriptor before the first event can come: on another thread the loop may
-  // be waiting already, and it closes what is not approved.
+  // The tables must know the descriptor before its first event. The loop may already be waiting on
+  // another thread, and it closes descriptors that are not approved.
   epoll_event event{};
   event.events = static_cast<std::uint32_t>(events);
   event.data.fd = fd;
@@ -120,7 +121,8 @@ void EventManager::removeEventHandler(int fd) {
   {
     const MutexLock lock(handlersMutex);
     HandlerObject& handler = handlers[fd];
-    // Taken out, so that a close callback that removes its own descriptor is not called again.
+    // The close callback is cleared first, so that a callback that removes its own descriptor is
+    // not called again.
     closeCallback = std::exchange(handler.closeCallback, nullptr);
     data = handler.data;
   }
@@ -176,8 +178,9 @@ void EventManager::dispatch(int fd, unsigned int events) {
   }
 }
 
-// Without an entry this is a stale event of a descriptor that an earlier callback of the same wait,
-// or another thread, removed. Its owner closes it, and the number may already be somebody else's.
+// A descriptor without a handler has a stale event: an earlier callback of the same wait, or
+// another thread, has removed the handler. The owner of such a descriptor closes it, and its number
+// may already denote another file.
 void EventManager::closeRegistered(int fd, const Registration& registration) {
   removeEventHandler(fd);
   if (registration.handler) {
@@ -186,7 +189,7 @@ void EventManager::closeRegistered(int fd, const Registration& registration) {
 }
 
 void EventManager::dispatchReadable(int fd) {
-  // A copy: the callback may remove its own handler.
+  // The registration is a copy, because the callback may remove its own handler.
   const Registration registration = find(fd);
   const auto& [handler, isApproved] = registration;
   if (!isApproved) {
@@ -214,7 +217,8 @@ void EventManager::wake() {
   try {
     std::cout << "wake()" << std::endl;
   } catch (const std::ios_base::failure&) {
-    // The program has asked for exceptions, and its standard output takes no more.
+    // The program has enabled the exceptions of std::cout, and its standard output cannot be
+    // written. The wake-up below does not depend on that.
   }
   const int written = notifyFd(wakeFd.get());
   if (written != notifiedBytes) {

@@ -1,8 +1,8 @@
-// The event loop: an epoll instance and a table of handlers by file descriptor. The loop's thread
-// is whoever calls processEvents(), one thread at a time; callbacks run on it one by one. Handlers
-// may be added and removed on any thread, also while the loop waits or dispatches: the tables have
-// locks (the handlers', then that of the approved descriptors), never held across a callback, a log
-// line or a system call.
+// EventManager is the event loop: an epoll instance and a table of handlers by file descriptor. The
+// loop's thread is the one that calls processEvents(); only one thread may call it at a time.
+// Callbacks run on that thread, one by one. Any thread may add and remove handlers, even while the
+// loop waits or dispatches. The tables have locks: handlersMutex first, then the lock of the
+// approved descriptors. No lock is held across a callback, a log line or a system call.
 #pragma once
 
 #include "base/Mutex.h"
@@ -21,42 +21,44 @@ class EventManager {
   using EventCallback = void (*)(int fd, void* data);
   using CloseCallback = void (*)(int fd, void* data);
 
-  // Aborts the process when it cannot have its two file descriptors.
+  // Aborts the process when one of its two file descriptors cannot be created or watched.
   EventManager();
   EventManager(const EventManager&) = delete;
   EventManager& operator=(const EventManager&) = delete;
-  // Calls no close callback of the handlers that are left.
+  // Does not call the close callbacks of the remaining handlers.
   ~EventManager();
 
-  // Has callback called when fd becomes ready for events (an epoll mask). False when fd has a
-  // handler already, which stays. The fd remains the caller's, but for a hang-up and an event on an
-  // fd that is not approved: these close it.
+  // Registers callback for events (an epoll mask) of fd. Returns false when fd already has a
+  // handler; that handler stays. The caller keeps owning fd, with two exceptions: the loop closes
+  // fd on a hang-up, and on an event while fd is not approved.
   bool addEventHandler(int fd, EventCallback callback, void* data, CloseCallback closeCallback,
                        int events);
 
-  // As addEventHandler, for a descriptor without which the loop's owner cannot work: aborts the
-  // process when the kernel does not watch it.
+  // Does the same for a descriptor that the loop's owner cannot work without. Aborts the process
+  // when the descriptor is not watched afterwards.
   void addEssentialHandler(int fd, EventCallback callback, void* data, int events);
 
   // Calls the handler's close callback, if it has one. Does not close fd.
   void removeEventHandler(int fd);
 
-  // Drains a non-blocking fd; the callback of the loop's own wake-up.
+  // Drains a non-blocking fd. This is the callback of the loop's own wake-up.
   static void clearRead(int fd, void* data);
 
-  // Waits once, for as long as it takes, and dispatches up to eventsPerWaitMax ready descriptors.
+  // Waits once, without a time limit, and dispatches up to eventsPerWaitMax ready descriptors.
   void processEvents();
 
-  // Makes the current or next wait return. Any thread.
+  // Makes the current or the next wait return. Thread-safe.
   void wake();
 
-  // Asks for the end of what the loop runs, for good: its owner stops calling processEvents(), and
-  // a callback that has several requests to the modem ahead sends no further one. Any thread.
+  // Requests a permanent stop of the work that the loop runs. The owner then stops calling
+  // processEvents(). A callback that has several modem requests to send sends no further one.
+  // Thread-safe.
   void requestStop() { stopRequested.store(true, std::memory_order_release); }
   bool isStopRequested() const { return stopRequested.load(std::memory_order_acquire); }
 
-  // The descriptors, of all loops, whose events may be dispatched. Adding and removing handlers
-  // keeps it; these are for whoever wants to take a descriptor out of service.
+  // These functions manage the descriptors, of all loops, whose events may be dispatched. Adding
+  // and removing a handler already updates this set. Other code needs them only to take a
+  // descriptor out of service.
   static bool isApprovedFd(int fd);
   static void addApprovedFd(int fd);
   static void remApprovedFd(int fd);
@@ -79,7 +81,8 @@ class EventManager {
 
   Registered registerHandler(int fd, const HandlerObject& handler, int events)
       EXCLUDES(handlersMutex);
-  // Both at one moment: the owner may be removing fd on another thread.
+  // Reads handler and approval under one lock, because the owner may be removing fd on another
+  // thread.
   Registration find(int fd) EXCLUDES(handlersMutex);
   void closeRegistered(int fd, const Registration& registration);
   void dispatch(int fd, unsigned int events);
@@ -88,7 +91,7 @@ class EventManager {
   UniqueFd epollFd;
   UniqueFd wakeFd;
   std::atomic<bool> stopRequested{false};
-  // A member, so that a wait allocates nothing; the loop's thread only.
+  // The buffer is a member, so that a wait allocates nothing. Only the loop's thread uses it.
   epoll_event readyEvents[eventsPerWaitMax] = {};
   Mutex handlersMutex;
   std::map<int, HandlerObject> handlers GUARDED_BY(handlersMutex);

@@ -9,10 +9,10 @@ namespace pavo {
 
 namespace {
 
-// Counts the forks that lie between the process in which the library was loaded and this one.
+// The number of forks between the process that loaded the library and this process.
 std::atomic<unsigned int> forks{0};
 
-// Never destroyed: a process may fork while it exits.
+// The object is never destroyed, because a process may fork while it exits.
 struct ForkGuard {
   Mutex mutex;
   std::vector<Mutex*> keptFree GUARDED_BY(mutex);
@@ -24,8 +24,8 @@ struct ForkGuard {
 
   ForkGuard() { ::pthread_atfork(beforeFork, afterForkInParent, afterForkInChild); }
 
-  // The thread that forks holds all the mutexes across fork(). The analysis sees neither the loop
-  // nor that one call locks and another unlocks.
+  // The forking thread holds all these mutexes across fork(). The thread safety analysis cannot
+  // follow the loop, nor a lock that one function takes and another releases.
   static void beforeFork() NO_THREAD_SAFETY_ANALYSIS {
     ForkGuard& guard = instance();
     guard.mutex.lock();
@@ -51,7 +51,7 @@ struct ForkGuard {
 }  // namespace
 
 ProcessMark::ProcessMark() {
-  // The first mark has the forks counted.
+  // The first mark installs the handlers that count the forks.
   ForkGuard::instance();
   generation = forks.load(std::memory_order_relaxed);
 }

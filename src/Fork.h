@@ -1,6 +1,6 @@
-// fork() gives a child a copy of every object of the library and none of its threads, but it shares
-// the parent's descriptors and connection to the modem. A child therefore leaves alone what its
-// parent made.
+// fork() gives a child process a copy of every object of the library, but none of its threads. The
+// child shares the parent's descriptors and its connection to the modem. Therefore a child leaves
+// alone what its parent made.
 #pragma once
 
 #include "base/Mutex.h"
@@ -11,15 +11,16 @@ namespace pavo {
 class ProcessMark {
  public:
   ProcessMark();
-  // True in a child, or a child's child, that was forked after the construction.
+  // Returns true in a child process, or a child's child, that was forked after the construction.
   bool isInForkedChild() const;
 
  private:
   unsigned int generation;
 };
 
-// Has fork() wait until no thread holds mutex, so that the child finds it free. For mutexes that
-// are never destroyed and that are held for a few instructions, none of them under another.
+// Makes fork() wait until no thread holds mutex, so that the mutex is free in the child. Such a
+// mutex must never be destroyed and must be held for a few instructions only. No thread may lock
+// one of these mutexes while it holds another.
 void keepFreeAcrossFork(Mutex& mutex);
 
 }  // namespace pavo

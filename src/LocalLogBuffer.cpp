@@ -12,7 +12,7 @@ namespace pavo {
 
 namespace {
 
-// A mutex that is never destroyed and that a forked child finds free.
+// Creates a mutex that is never destroyed and that is free in a forked child.
 Mutex& makeProcessMutex() {
   Mutex& mutex = *new Mutex;
   keepFreeAcrossFork(mutex);
@@ -24,8 +24,8 @@ constexpr int processBufferCapacity = 200;
 constexpr std::size_t dateBytes = 50;
 constexpr std::size_t stampBytes = 100;
 
-// The date and time of one second. Lines come in bursts, and the conversion costs more than all the
-// rest of a line.
+// The date and time of one second as text. Log lines come in bursts, and this conversion costs more
+// than all the rest of a line.
 struct SecondText {
   std::time_t second;
   std::size_t length;
@@ -37,8 +37,9 @@ void refill(SecondText& cached, std::time_t second) {
   cached.length = 0;
   std::tm local{};
   {
-    // localtime_r need not read TZ again by itself, so tzset does. One thread at a time: the C
-    // library locks its time zone, but no race detector sees that. Never destroyed, as the buffer.
+    // localtime_r need not read TZ again, so tzset does it first. Only one thread at a time calls
+    // tzset: the C library has a lock for its time zone, but race detectors cannot see it. This
+    // mutex is never destroyed, as the buffer is not.
     static Mutex& timeZoneMutex = makeProcessMutex();
     const MutexLock lock(timeZoneMutex);
     ::tzset();
@@ -48,8 +49,8 @@ void refill(SecondText& cached, std::time_t second) {
   }
 }
 
-// Writes "<date> <time>.<milliseconds>" and returns its length. A time that does not convert leaves
-// the date and time empty and is tried again with the next line.
+// Writes "<date> <time>.<milliseconds>" and returns its length. When a time cannot be converted,
+// the date and time stay empty, and the next line tries again.
 std::size_t formatStamp(char (&stamp)[stampBytes]) {
   thread_local SecondText cached{};
   timeval now{};
@@ -69,8 +70,8 @@ std::size_t formatStamp(char (&stamp)[stampBytes]) {
 
 }  // namespace
 
-LocalLogBuffer::LocalLogBuffer(std::string bufferName, int linesMax)
-    : name(std::move(bufferName)), capacity(linesMax) {}
+LocalLogBuffer::LocalLogBuffer(std::string name, int capacity)
+    : name(std::move(name)), capacity(capacity) {}
 
 LocalLogBuffer& LocalLogBuffer::getInstance() {
   static LocalLogBuffer& buffer = []() -> LocalLogBuffer& {
@@ -85,7 +86,7 @@ void LocalLogBuffer::addLogWithTimestamp(std::string message) {
   char stamp[stampBytes];
   const std::size_t stampLength = formatStamp(stamp);
   std::string line = std::move(message);
-  // One move of the text to make room, then the pieces in front of it.
+  // The text moves once to make room. The pieces are then written in front of it.
   constexpr std::size_t indent = 4;
   line.insert(0, indent + stampLength + 2 + name.size() + 1, ' ');
   line.replace(indent, stampLength, stamp, stampLength);
@@ -93,7 +94,7 @@ void LocalLogBuffer::addLogWithTimestamp(std::string message) {
   line.replace(indent + stampLength + 2, name.size(), name);
   line[indent + stampLength + 2 + name.size()] = ']';
 
-  // Freed when the lock is gone.
+  // `evicted` is declared before the lock, so that its memory is freed after the unlock.
   std::string evicted;
   const MutexLock lock(mutex);
   while (lines.size() > static_cast<unsigned int>(capacity)) {

@@ -1,4 +1,4 @@
-// The most recent important log lines, in memory, for dumps. Any thread.
+// LocalLogBuffer keeps the most recent important log lines in memory, for dumps. It is thread-safe.
 #pragma once
 
 #include "base/Mutex.h"
@@ -12,22 +12,24 @@ namespace pavo {
 
 class LocalLogBuffer {
  public:
-  // Room to reserve in a message so that the line is built without another allocation.
+  // Room to reserve in a message, so that adding the prefix needs no further allocation.
   static constexpr std::size_t prefixCharsTypical = 40;
 
-  // A negative capacity never evicts.
+  // A buffer with a negative capacity never evicts a line.
   LocalLogBuffer(std::string name, int capacity);
   LocalLogBuffer(const LocalLogBuffer&) = delete;
   LocalLogBuffer& operator=(const LocalLogBuffer&) = delete;
 
-  // The process's buffer, never destroyed: threads log until the very end.
+  // Returns the buffer of the process. It is never destroyed, because threads log until the process
+  // ends.
   static LocalLogBuffer& getInstance();
 
-  // Keeps "    <date> <time>.<ms> [<name>]<message>". The oldest line goes when there are more than
-  // the capacity before the new one is added, so the buffer settles at one line above its capacity.
+  // Keeps "    <date> <time>.<ms> [<name>]<message>". The oldest line is evicted when the buffer
+  // holds more lines than its capacity before the new line is added. A full buffer therefore holds
+  // one line more than its capacity.
   void addLogWithTimestamp(std::string message) EXCLUDES(mutex);
 
-  // Oldest first.
+  // Returns the lines, oldest first.
   std::vector<std::string> getLogs() const EXCLUDES(mutex);
   std::string getName() const { return name; }
   void flush() EXCLUDES(mutex);

@@ -12,10 +12,10 @@ namespace pavo {
 
 namespace {
 
-// Removes the writer at process exit, so that it can close its channel. A forked child shares the
-// channel with its parent and leaves it open.
+// Removes the writer at process exit, so that the writer can close its channel. A forked child
+// shares the channel with its parent and therefore leaves it open.
 struct WriterRemover {
-  explicit WriterRemover(LogWrapper& logWrapper) : wrapper(logWrapper) {}
+  explicit WriterRemover(LogWrapper& wrapper) : wrapper(wrapper) {}
   ~WriterRemover() {
     if (!process.isInForkedChild()) {
       wrapper.setLogWriter(nullptr);
@@ -30,7 +30,8 @@ struct WriterRemover {
 LogWrapper::LogWrapper() { keepFreeAcrossFork(mutex); }
 
 LogWrapper& LogWrapper::getInstance() {
-  // Never destroyed: threads of the messaging library and late keys log until the very end.
+  // The instance is never destroyed, because the messaging library's threads and late keys log
+  // until the process ends.
   static LogWrapper& wrapper = *new LogWrapper;
   static WriterRemover remover(wrapper);
   return wrapper;
@@ -60,7 +61,7 @@ void LogWrapper::log(LogLevel level, const char* tag, const char* format, ...) n
   const auto length = static_cast<std::size_t>(
       wanted < 0 ? 0 : (wanted > messageCharsMax ? messageCharsMax : wanted));
 
-  // The handle keeps the writer alive; its mutex is not held while it writes.
+  // The handle keeps the writer alive. The mutex is not held while the writer writes.
   if (const std::shared_ptr<LogWriter> sink = getInstance().currentWriter()) {
     sink->write(level, tag != nullptr ? tag : "", std::string(text, length));
   }

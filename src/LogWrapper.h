@@ -1,6 +1,7 @@
-// The one way to log: formats a line, hands it to the installed writer and keeps the important ones
-// in the local log buffer. Any thread, at any time, also before the first and after the last static
-// object of the process: the one instance is never destroyed.
+// LogWrapper is the only way to log. It formats a line, hands it to the installed writer and keeps
+// the important lines in the local log buffer. It works on any thread at any time, even before the
+// first and after the last static object of the process, because its one instance is never
+// destroyed.
 #pragma once
 
 #include "LogLevel.h"
@@ -20,16 +21,17 @@ class LogWrapper {
 
   static LogWrapper& getInstance();
 
-  // Puts a writer in place of the current one, which is destroyed before this returns unless
-  // another thread is writing a line with it right now. Null means no writer. The process's exit
+  // Replaces the current writer. Null means no writer. The replaced writer is destroyed before this
+  // returns, unless another thread is writing a line with it at that moment. The process's exit
   // removes the writer.
   void setLogWriter(std::unique_ptr<LogWriter> newWriter) EXCLUDES(mutex);
 
-  // Writes one line, cut at messageCharsMax.
+  // Writes one line and cuts it at messageCharsMax.
   __attribute__((format(printf, 3, 4))) static void log(LogLevel level, const char* tag,
                                                         const char* format, ...) noexcept;
 
-  // Whether a line of this level would reach anybody. Ask before building a costly argument.
+  // Returns whether a line of this level is written or kept. Check this before building a costly
+  // argument.
   static bool isLogged(LogLevel level) {
     return isKept(level) || hasWriter.load(std::memory_order_relaxed);
   }
@@ -41,8 +43,8 @@ class LogWrapper {
 
   Mutex mutex;
   std::shared_ptr<LogWriter> writer GUARDED_BY(mutex);
-  // Spares a line without a reader its formatting. Outside the instance, so that asking is one
-  // load.
+  // This flag saves the formatting of lines that have no reader. It stands outside the instance, so
+  // that checking it is one load.
   static inline std::atomic<bool> hasWriter{false};
 };
 

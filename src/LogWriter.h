@@ -6,13 +6,13 @@
 
 namespace pavo {
 
-// A sink of log lines. Lines come from every thread, at any time, also while the library holds its
-// locks: a writer must not call back into the library.
+// A sink of log lines. Lines come from every thread at any time, even while the library holds its
+// locks. Therefore a writer must not call back into the library.
 class LogWriter {
  public:
   virtual ~LogWriter() = default;
   virtual void write(LogLevel level, std::string tag, std::string message) = 0;
-  // The sink's own number for a level.
+  // Returns the sink's own number for a level.
   virtual int convertPrio(LogLevel level) = 0;
 };
 

@@ -18,8 +18,8 @@ namespace pavo {
 
 namespace {
 
-// Guards the worker pointer of every Manager: a leaf, held for a copy or a swap. Never destroyed:
-// callers' threads may be inside while the process exits.
+// Guards the worker pointer of every Manager. This is a leaf lock, held only for a copy or a swap.
+// It is never destroyed, because callers' threads may hold it while the process exits.
 Mutex& workerMutex() {
   static Mutex& mutex = []() -> Mutex& {
     auto& made = *new Mutex;
@@ -31,14 +31,15 @@ Mutex& workerMutex() {
 
 using Worker = std::shared_ptr<ClientRequestManager>;
 
-// A manager's worker as it is now. It may be replaced while the copy is in use; it then answers
-// empty.
+// Returns a manager's current worker. The worker may be replaced while the copy is in use; it then
+// answers with an empty response.
 Worker copyOf(const Worker& managersWorker) {
   const MutexLock lock(workerMutex());
   return managersWorker;
 }
 
-// Keeps a worker that cannot be stopped where its Manager ends. Never destroyed, as the workers.
+// Keeps a worker that cannot be stopped when its Manager is destroyed. The list is never destroyed,
+// and neither are its workers.
 void abandon(Worker worker) {
   struct Abandoned {
     Mutex mutex;
@@ -49,7 +50,8 @@ void abandon(Worker worker) {
   abandoned.workers.push_back(std::move(worker));
 }
 
-// Whether a call has to be refused because its worker was made before this process was forked.
+// Returns whether the worker was made before this process was forked. The call is then refused, and
+// the refusal is logged.
 bool isRefusedInForkedChild(const Worker& worker, const char* call) {
   if (worker == nullptr || !worker->isInForkedChild()) {
     return false;
@@ -58,7 +60,7 @@ bool isRefusedInForkedChild(const Worker& worker, const char* call) {
   return true;
 }
 
-// What the log says of an operation.
+// The log texts of an operation.
 struct Operation {
   const char* name;
   const char* entry;
@@ -83,9 +85,9 @@ constexpr Operation matchOperation{"Manager::match", "Manager::match > %s", "Man
 constexpr Operation refreshOperation{"Manager::refresh", "Manager::refresh > %s",
                                      "Manager::refresh < %s", "Unable to cast to RefreshResponse"};
 
-// The road of every operation: a request made of the arguments goes to the worker, both ends are
-// logged, and the response comes back as the class that answers such a request. Empty when there is
-// none.
+// Performs an operation: makes a request of the arguments, hands it to the worker, logs both ends
+// and returns the response as the class that answers such a request. Returns an empty pointer when
+// there is no response.
 template <typename Request, typename Response, typename... Arguments>
 std::shared_ptr<const Response> perform(const Operation& operation, const Worker& managersWorker,
                                         Arguments&&... arguments) {
@@ -120,7 +122,9 @@ Manager& Manager::processWide() {
 }
 
 Manager::Manager() {
-  // Made before any Manager, the front end loses its writer after the last of them is destroyed.
+  // Creates LogWrapper, and the static object that removes its writer at exit, before this Manager
+  // is complete. Static objects are destroyed in reverse order, so every static Manager ends while
+  // the writer is still there.
   LogWrapper::getInstance();
   LogWrapper::log(LogLevel::Debug, logTag, "pavo::Manager: constructor");
 }
@@ -134,9 +138,9 @@ Manager::~Manager() {
   if (last == nullptr) {
     return;
   }
-  // The worker is stopped here, although a caller who overlaps may still hold it: its thread and
-  // its cache end now. Where that is impossible (a listener has called exit() on the worker's
-  // thread), the worker is kept.
+  // The worker is stopped here even when an overlapping caller still holds it, so that its thread
+  // and its cache end now. The worker is kept where stopping it is impossible, as in an exit() that
+  // a listener has called on the worker's thread.
   if (!last->stop()) {
     abandon(std::move(last));
   }
@@ -158,7 +162,7 @@ void Manager::init(int subscription, bool useAndroidLog) noexcept {
   }
   LogWrapper::getInstance().setLogWriter(std::move(writer));
   LogWrapper::log(LogLevel::High, logTag, "Manager::init(%d)", subscription);
-  // The new worker is in place before the old one ends.
+  // The new worker is in place before the old worker stops.
   const Worker next = std::make_shared<ClientRequestManager>(subscription);
   Worker replaced;
   {

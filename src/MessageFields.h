@@ -1,6 +1,6 @@
-// How one member of a profile and one optional field of a message become each other. A list of
-// members, fields and conversions (mapFields) is run with a codec: to fill a request, or to read a
-// response.
+// The conversion between a member of a profile and an optional field of a message. A list of
+// members, fields and conversions (mapFields) is run with a codec. The codec fills a request or
+// reads a response.
 #pragma once
 
 #include <pavo/ProfileTypes.h>
@@ -30,8 +30,8 @@ MessageField<Flag, Value> messageField(Flag& valid, Value& value) {
 
 #define MESSAGE_FIELD(message, field) messageField((message).field##_valid, (message).field)
 
-// The conversions. toMessage writes the value of a present member; fromMessage reads a valid field
-// into the member.
+// The conversions: toMessage writes the value of a present member, and fromMessage reads a valid
+// field into the member.
 
 struct AsMask {
   static void toMessage(unsigned long long member, std::uint64_t& field) { field = member; }
@@ -45,7 +45,7 @@ struct AsFlag {
   static void fromMessage(std::uint8_t field, std::optional<bool>& member) { member = field != 0; }
 };
 
-// The modem keeps the low bits.
+// The modem receives the low bits of a number that does not fit.
 struct AsNumber {
   template <typename Field>
   static void toMessage(int member, Field& field) {
@@ -93,7 +93,7 @@ struct AsCommonPdpType {
   }
 };
 
-// An unspecified roaming type is none.
+// An unspecified roaming type leaves the member absent.
 struct AsRoamingPdpType : AsCommonPdpType {
   static void fromMessage(wds_common_pdp_type_enum_v01 field, std::optional<IPType>& member) {
     if (field != WDS_COMMON_PDP_TYPE_UNSPECIFIED_V01) {
@@ -102,8 +102,8 @@ struct AsRoamingPdpType : AsCommonPdpType {
   }
 };
 
-// Text is cut to what the field holds beside its NUL, and ends at the first NUL. What the modem
-// sends is not trusted to have one.
+// toMessage cuts the text to what the field can hold beside its NUL, and at the first NUL.
+// fromMessage does not rely on the modem to send a NUL.
 struct AsText {
   template <std::size_t size>
   static void toMessage(const std::string& member, char (&field)[size]) {
@@ -125,7 +125,7 @@ struct AsApnName : AsText {
   }
 };
 
-// The codecs.
+// The codecs: FillMessage fills a request, and ReadMessage reads a response.
 
 struct FillMessage {
   template <typename Member, typename Flag, typename Value, typename Conversion>

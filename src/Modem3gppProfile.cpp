@@ -11,8 +11,8 @@ namespace pavo {
 
 namespace {
 
-// Member <-> message field <-> conversion, in the order in which responses are read: unknown values
-// are logged on the way.
+// Lists member, message field and conversion in the order in which a response is read. The order is
+// fixed, because reading logs unknown values.
 template <typename Codec, typename Profile, typename Message>
 void mapFields(const Codec& codec, Profile& profile, Message& message) {
   codec(profile.overrideHomeIPType, MESSAGE_FIELD(message, override_home_pdp_type),
@@ -73,7 +73,8 @@ void Modem3gppProfile::getNewIPTypes(const ProfileParams& params, std::optional<
 }
 
 std::shared_ptr<ModemProfile> Modem3gppProfile::diff(const ModifyProfileParams& params) const {
-  // It is made even when there is no difference: its end is a line in the log.
+  // The object is created even when nothing differs, because its destructor writes a line to the
+  // log.
   const auto difference = std::make_shared<Modem3gppProfile>(ProfileParams());
   const bool changed = planChanges(settings, params, difference->settings);
   return changed ? difference : nullptr;

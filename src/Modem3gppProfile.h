@@ -8,10 +8,10 @@
 
 namespace pavo {
 
-// A 3GPP profile, the one kind there is.
+// A 3GPP profile. No other kind exists.
 class Modem3gppProfile : public ModemProfile {
  public:
-  // The names, compared exactly, that mark the profiles which this library creates.
+  // These names mark the profiles that this library creates. They are compared exactly.
   static constexpr const char* pavoProfileName = ProfileSettings::pavoName;
   static constexpr const char* pavoIAProfileName = ProfileSettings::pavoIAName;
 
@@ -26,9 +26,9 @@ class Modem3gppProfile : public ModemProfile {
   wds_modify_profile_settings_req_msg_v01 constructModifyRequest() const override;
   std::string dump() const override;
 
-  // Turns the client's home and roaming types into the modem's common type, roaming type and home
-  // override, against this profile's current ones. Pass the outputs empty: one that the rules have
-  // no word on is left as it was passed.
+  // Converts the client's home and roaming types to the modem's common type, roaming type and home
+  // override, based on this profile's current types. Pass empty outputs: an output that no rule
+  // sets keeps its value.
   void getNewIPTypes(const ProfileParams& params, std::optional<IPType>& newCommon,
                      std::optional<IPType>& newRoam, std::optional<IPType>& newOverrideHome) const;
 

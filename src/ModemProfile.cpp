@@ -15,14 +15,14 @@ namespace pavo {
 
 namespace {
 
-// Member <-> message field <-> conversion, for what every kind of profile has.
+// Lists member, message field and conversion of the attributes that every kind of profile has.
 template <typename Codec, typename Profile, typename Message>
 void mapCommonFields(const Codec& codec, Profile& profile, Message& message) {
   codec(profile.apnTypesMask, MESSAGE_FIELD(message, apn_type_mask), AsMask{});
   codec(profile.isClatEnabled, MESSAGE_FIELD(message, clat_enabled), AsFlag{});
 }
 
-// Whether both are handles of one key, also when it is gone.
+// Returns whether both pointers refer to the same key, even when the key is gone.
 bool isSame(const std::weak_ptr<IProfileKey>& one, const std::weak_ptr<IProfileKey>& other) {
   return !one.owner_before(other) && !other.owner_before(one);
 }
@@ -133,8 +133,8 @@ void ModemProfile::takeEndedListeners(const std::weak_ptr<IProfileKey>& key,
   }
 }
 
-// An empty listener has nobody to tell, and what a client's listener throws must not end the
-// library or keep the next client from being told.
+// An empty listener is skipped. An exception of a client's listener must not end the process, nor
+// keep the other listeners from running.
 void ModemProfile::notifyListeners() noexcept {
   for (const ExpirationListener& listener : listeners) {
     if (expired(listener) || !listener.first) {

@@ -1,5 +1,6 @@
-// The library's image of one profile of the modem. Held by shared ownership, changed on the worker
-// thread only, and destroyed there or with the worker; its end runs the listeners of live keys.
+// ModemProfile is the library's image of one profile of the modem. Shared pointers own it. Only the
+// worker's thread changes it. It is destroyed on that thread or together with the worker, and its
+// destructor runs the listeners of live keys.
 #pragma once
 
 #include <pavo/FilterProfileParams.h>
@@ -7,7 +8,7 @@
 #include <pavo/ModifyProfileParams.h>
 #include <pavo/ProfileParams.h>
 
-#include "Conversions.h"
+#include "ExpirationListener.h"
 #include "matching/ProfileSettings.h"
 #include "wds_v01.h"
 
@@ -21,24 +22,26 @@ namespace pavo {
 
 class ModemProfile {
  public:
-  // A profile yet to be created on the modem.
+  // Describes a profile that is yet to be created on the modem.
   explicit ModemProfile(const ProfileParams& params);
-  // A profile as the modem describes it.
+  // Describes a profile that the modem has reported.
   ModemProfile(int profileId, const wds_get_profile_settings_resp_msg_v01& response);
   ModemProfile(const ModemProfile&) = delete;
   ModemProfile& operator=(const ModemProfile&) = delete;
   virtual ~ModemProfile();
 
   virtual bool match(const FilterProfileParams& filter) const;
-  // Takes over the attributes that changes has; never id, profile name, persistence or count.
+  // Copies the attributes that changes holds, but never the id, the profile name, the persistence
+  // or the count.
   virtual void apply(const std::shared_ptr<ModemProfile>& changes);
-  // A profile that holds just what params would change, empty when that is nothing.
+  // Returns a profile that holds only what params would change, or an empty pointer when that is
+  // nothing.
   virtual std::shared_ptr<ModemProfile> diff(const ModifyProfileParams& params) const = 0;
-  // The client's view.
+  // Returns the profile as the client sees it.
   virtual ProfileParams get() const = 0;
   virtual wds_create_profile_req_msg_v01 constructAddRequest() const = 0;
   virtual wds_modify_profile_settings_req_msg_v01 constructModifyRequest() const = 0;
-  // One line. The password is in clear.
+  // Returns one line. It shows the password in clear.
   virtual std::string dump() const;
 
   int getProfileId() const { return settings.profileId; }
@@ -48,15 +51,15 @@ class ModemProfile {
   bool getIsPavoCreated() const { return isPavoCreated; }
   void setIsPavoCreated(bool created) { isPavoCreated = created; }
 
-  // The number of keys issued for this object. Going beyond an int ends the process.
+  // Count the keys issued for this object. Going beyond the range of an int ends the process.
   int getRefCount() const { return refCount; }
   void incRefCount();
   void decRefCount();
 
-  // Getters do not check presence; setters make present.
+  // A getter returns a default for an absent attribute. A setter makes the attribute present.
   bool hasApnName() const { return settings.apnName.has_value(); }
   std::string getApnName() const { return settings.apnName.value_or(std::string()); }
-  // As given; names are compared in lower case, so give it that way.
+  // Keeps the name as given. Pass it in lower case, because names are compared in lower case.
   void setApnName(std::string name) { settings.apnName = std::move(name); }
   bool hasUserName() const { return settings.userName.has_value(); }
   std::string getUserName() const { return settings.userName.value_or(std::string()); }
@@ -67,7 +70,7 @@ class ModemProfile {
   bool hasAuthType() const { return settings.authType.has_value(); }
   AuthType getAuthType() const { return settings.authType.value_or(AuthType::NONE); }
   void setAuthType(AuthType type) { settings.authType = type; }
-  // Modem bits.
+  // The mask consists of the modem's bits.
   bool hasApnTypesMask() const { return settings.apnTypesMask.has_value(); }
   unsigned long long getApnTypesMask() const { return settings.apnTypesMask.value_or(0); }
   void setApnTypesMask(unsigned long long mask) { settings.apnTypesMask = mask; }
@@ -87,23 +90,26 @@ class ModemProfile {
   void setOverrideHomeIPType(IPType type) { settings.overrideHomeIPType = type; }
 
   wds_profile_identifier_type_v01 constructProfileIdentifier() const;
-  // Clear the whole message and fill in what every kind of profile has.
+  // These functions clear the whole message and fill in the attributes that every kind of profile
+  // has.
   void updateAddParameters(wds_create_profile_req_msg_v01& request) const;
   void updateModifyParameters(wds_modify_profile_settings_req_msg_v01& request) const;
 
-  // Copies what differs from this profile and sets changed.
+  // Copies the attributes of params that differ from this profile's to changes, and then sets
+  // changed.
   void updateDiffParameters(const ModifyProfileParams& params, ProfileParams& changes,
                             bool& changed) const;
   void updateGetParameters(FilterProfileParams& out) const;
-  // Every named type of the mask is among the profile's.
+  // Returns whether the profile has every named type of the mask.
   bool matchSubsetApnTypesMask(unsigned int mask) const;
-  // The profile's mask is just these types; a modem bit without a client's name spoils the match.
+  // Returns whether the profile has exactly the types of the mask. A modem bit without a client's
+  // name prevents a match.
   bool matchExactApnTypesMask(unsigned int mask) const;
 
   void registerExpirationListener(std::function<void()> callback, std::weak_ptr<IProfileKey> key);
   void clearExpiredListeners();
-  // Moves the listeners of a key that is gone to the end of ended; those of all keys that are gone
-  // when key is empty.
+  // Moves the listeners of key, if key is gone, to the end of ended. If key is empty, moves the
+  // listeners of all keys that are gone.
   void takeEndedListeners(const std::weak_ptr<IProfileKey>& key,
                           std::list<ExpirationListener>& ended);
 

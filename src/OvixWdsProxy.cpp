@@ -23,10 +23,11 @@ constexpr int serviceMajor = 1;
 constexpr int serviceMinor = 257;
 constexpr int serviceLibrary = 6;
 
-// The proxies that exist. A callback holds the lock while it works on its proxy, so the destructor,
-// which takes the proxy out first, waits for it; a later one finds nothing. Not held across calls
-// into the messaging library, which may wait for its callbacks, nor across a log line, whose writer
-// may raise another callback. Never destroyed: callbacks come until the very end of the process.
+// The proxies that exist. A callback holds the lock while it works on its proxy. The destructor of
+// a proxy first removes the proxy from this set, so it waits for that callback, and later callbacks
+// no longer find the proxy. The lock is not held across calls into the messaging library, because
+// they may wait for callbacks. Nor is it held across a log line, because the log writer may raise
+// another callback. The object is never destroyed, because callbacks come until the process ends.
 struct LiveProxies {
   Mutex mutex;
   std::set<const void*> proxies GUARDED_BY(mutex);
@@ -46,7 +47,7 @@ struct LiveProxies {
     proxies.erase(proxy);
   }
 
-  // False when the proxy is gone.
+  // Runs work on the proxy. Returns false when the proxy is gone.
   template <typename Work>
   bool with(void* proxy, const Work& work) {
     const MutexLock lock(mutex);
@@ -58,7 +59,7 @@ struct LiveProxies {
   }
 };
 
-// What a callback's write to an eventfd came to, to be logged after the lock.
+// The result of a callback's write to an eventfd. The result is logged after the lock is released.
 struct WakeUp {
   int written = notifiedBytes;
   int error = 0;
@@ -70,7 +71,7 @@ struct WakeUp {
   bool hasFailed() const { return written != notifiedBytes; }
 };
 
-// Zeroed to the last byte of padding: the messaging library and the modem see all of it.
+// Zeroes the message with its padding, because the messaging library and the modem see all of it.
 template <typename Message>
 void clear(Message& message) {
   std::memset(&message, 0, sizeof message);
@@ -98,19 +99,21 @@ ProfileChangedEvent eventOf(wds_profile_event_enum_v01 code) {
       return ProfileChangedEvent::SubscriptionChange;
     case WDS_PROFILE_EVENT_READY_V01:
     default:
-      // Whatever a newer modem says, reading everything again is right.
+      // A newer modem may report other events. Reading all profiles again is right for each of
+      // them.
       return ProfileChangedEvent::ProfileReady;
   }
 }
 
 }  // namespace
 
-OvixWdsProxy::OvixWdsProxy(EventManager& loop, int servedSubscription)
-    : eventManager(loop),
-      subscription(servedSubscription),
+OvixWdsProxy::OvixWdsProxy(EventManager& eventManager, int subscription)
+    : eventManager(eventManager),
+      subscription(subscription),
       serviceObject(
           wds_get_service_object_internal_v01(serviceMajor, serviceMinor, serviceLibrary)),
-      // Here rather than last: the loop may be running and an indication may come at once.
+      // The default is set before the registrations below, because the loop may already be running
+      // and an indication may come at once.
       profileChangedIndCb([](ProfileChangedInd) {
         LogWrapper::log(LogLevel::Debug, logTag,
                         "OvixWdsProxy::no profileChangedIndCb registered!");
@@ -118,7 +121,7 @@ OvixWdsProxy::OvixWdsProxy(EventManager& loop, int servedSubscription)
   svcUpFd = watch(handleSvcUp);
   errorFd = watch(handleError);
   indicationFd = watch(handleIndication);
-  // Now the callbacks may write to these.
+  // From here on the callbacks may write to the descriptors.
   LiveProxies::instance().add(this);
   registerOvixSvcUp();
 }
@@ -150,8 +153,9 @@ void OvixWdsProxy::releaseClient() {
   }
   const ovix_client_type released = std::exchange(client, nullptr);
   ovix_client_release(released);
-  // Its indications can no longer be decoded, and the modem that sent them is gone. So are those
-  // that were lost: the modem announces all its profiles when it comes back.
+  // Indications of the released client can no longer be decoded, and the modem that sent them is
+  // gone. Lost indications no longer matter either: the modem announces all its profiles when it
+  // comes back.
   const MutexLock lock(queueMutex);
   std::erase_if(indQueue, [released](const std::unique_ptr<IndInfo_t>& indication) {
     return indication != nullptr && indication->user_handle == released;
@@ -165,8 +169,9 @@ void OvixWdsProxy::registerOvixSvcUp() {
     LogWrapper::log(LogLevel::Error, logTag, "cannot obtain service obj, fatal error");
     return;
   }
-  // A second error without a service-up in between finds the notifier armed. Without one the handle
-  // is empty from here on unless the platform makes one; its results do not count.
+  // After a second error without a service-up in between, the old notifier is still armed. The
+  // results of the platform's calls are ignored. If the platform makes no notifier, the handle
+  // stays empty.
   releaseNotifier();
   clear(osParams);
   ovix_client_notifier_init(serviceObject, &osParams, &notifier);
@@ -225,7 +230,7 @@ void OvixWdsProxy::openClient() {
   const int opened =
       ovix_client_init(&serviceInfo, serviceObject, ovixIndCb, this, &osParams, &client);
   if (opened != OVIX_CLIENT_NO_ERROR) {
-    // Whatever the library may have left there, it is no client.
+    // The messaging library may have left a handle there, but it is not an open client.
     client = nullptr;
     LogWrapper::log(LogLevel::Error, logTag, "ovix_client_init error. ErrCode : %d", opened);
     return;
@@ -279,9 +284,9 @@ void OvixWdsProxy::registerOvixIndications() {
          "OvixWdsProxy config register request successful!", "Unable send config req message");
 }
 
-void OvixWdsProxy::ovixErrorCb(ovix_client_type /*client*/, ovix_client_error_type /*code*/,
+void OvixWdsProxy::ovixErrorCb(ovix_client_type /*client*/, ovix_client_error_type /*error*/,
                                void* proxy) noexcept {
-  // Log readers know this place by these words; they are not the current line.
+  // Log filters search for this exact text. Its number is not the current line.
   LogWrapper::log(LogLevel::Debug, logTag, "src/OvixWdsProxy:%d:%s", 161, "ovixErrorCb");
   if (proxy == nullptr) {
     LogWrapper::log(LogLevel::Error, logTag, "OvixWdsProxy NULL in ovixErrorCb");
@@ -329,7 +334,7 @@ void OvixWdsProxy::ovixIndCb(ovix_client_type client, unsigned int msg_id, void*
     {
       const MutexLock lock(self.queueMutex);
       if (self.indQueue.size() >= indicationsQueuedMax) {
-        // The queued indications have a wake-up already.
+        // The queued indications already have a wake-up.
         isFirstLost = !std::exchange(self.hasLostIndications, true);
         return;
       }
@@ -368,13 +373,14 @@ void OvixWdsProxy::handleIndication(int fd, void* proxy) {
   }
   auto& self = *static_cast<OvixWdsProxy*>(proxy);
   if (std::exchange(self.isGivingWay, false)) {
-    // The last turn was cut short. The kernel reports this descriptor before one that became ready
-    // meanwhile, so a client's request comes behind it in the same wait and is handled next.
+    // The last turn ended before the queue was empty, so this turn only renews the wake-up. The
+    // kernel reports this descriptor before one that became ready during the last turn. A client's
+    // request therefore comes next in the same wait and is handled now.
     notifyFd(fd);
     return;
   }
-  // Delivers until the queue is empty, unless that takes too long: each indication may cost a modem
-  // request, and clients and stop() wait meanwhile.
+  // Indications are delivered until the queue is empty, unless that takes too long. Each indication
+  // may cost a modem request, and clients and stop() wait meanwhile.
   const auto turnEnd = std::chrono::steady_clock::now() + indicationTurnMax;
   for (bool isFirst = true;; isFirst = false) {
     const std::size_t queued = self.queueSize();
@@ -386,7 +392,7 @@ void OvixWdsProxy::handleIndication(int fd, void* proxy) {
     }
     if (!isFirst &&
         (self.eventManager.isStopRequested() || std::chrono::steady_clock::now() >= turnEnd)) {
-      // What is left needs a wake-up of its own, because the descriptor has been drained.
+      // The remaining indications need a new wake-up, because the descriptor has been drained.
       self.isGivingWay = true;
       notifyFd(fd);
       return;
@@ -413,7 +419,8 @@ void OvixWdsProxy::reportLost() {
   }
 }
 
-// False when the rest of the queue has to wait for the next wake-up.
+// Delivers one indication. Returns false when the rest of the queue has to wait for the next
+// wake-up.
 bool OvixWdsProxy::deliver(const IndInfo_t& indication) {
   workerThread.check();
   if (indication.msg_id != OVIX_WDS_PROFILE_CHANGED_IND_V01) {
@@ -426,7 +433,7 @@ bool OvixWdsProxy::deliver(const IndInfo_t& indication) {
   if (ovix_client_message_decode(indication.user_handle, OVIX_MESSAGE_INDICATION, indication.msg_id,
                                  indication.ind_buf.get(), indication.ind_buf_len, &message,
                                  sizeof message) != OVIX_CLIENT_NO_ERROR) {
-    // The words are those that the field's log filters look for.
+    // The field's log filters search for exactly this text.
     LogWrapper::log(LogLevel::Error, logTag, "Unable to decode the nr status ind message");
     return false;
   }
@@ -512,7 +519,7 @@ std::list<std::shared_ptr<ModemProfile>> OvixWdsProxy::getAllProfiles() {
               "Unable send OVIX_WDS_GET_PROFILE_LIST_REQ_V01 message")) {
     return profiles;
   }
-  // A count beyond what the message can hold is a modem's mistake.
+  // A faulty modem may send a count beyond what the message can hold.
   const std::uint32_t count =
       std::min<std::uint32_t>(response.profile_list_len, OVIX_WDS_PROFILE_LIST_MAX_V01);
   for (std::uint32_t i = 0; i < count && !eventManager.isStopRequested(); ++i) {

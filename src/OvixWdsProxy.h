@@ -1,11 +1,12 @@
-// The library's client of the modem's wireless data service.
+// OvixWdsProxy is the library's client of the modem's wireless data service.
 //
 // States: no client, notifier armed -> (service up) -> client open, bound and registered ->
 // (service error) -> no client, notifier armed -> ...
 //
-// The messaging library's threads enter the three static callbacks only; these queue and wake. All
-// else runs on the worker thread, in the event loop. Callbacks that come late, during or after the
-// destruction of their proxy, do nothing.
+// The messaging library's threads enter only the three static callbacks, which queue indications
+// and wake the worker. Apart from construction and destruction, everything else runs on the
+// worker's thread, in the event loop. A callback that comes during or after the destruction of its
+// proxy does nothing.
 #pragma once
 
 #include "EventManager.h"
@@ -32,7 +33,7 @@ class OvixWdsProxy;
 struct IndInfo_t {
   ovix_client_type user_handle;
   std::uint32_t msg_id;
-  std::unique_ptr<std::uint8_t[]> ind_buf;  // a copy: the messaging library's dies with its call
+  std::unique_ptr<std::uint8_t[]> ind_buf;  // a copy: the original ends with the callback
   std::uint32_t ind_buf_len;
   OvixWdsProxy* ind_cb_data;
 };
@@ -42,8 +43,8 @@ class OvixWdsProxy {
   using ProfileChangedIndCb = std::function<void(ProfileChangedInd)>;
   using IndicationsLostCb = std::function<void()>;
 
-  // More than any modem has reason to send before the worker takes the first: a burst beyond it is
-  // a modem gone wrong, and must not fill the device's memory.
+  // No modem has a reason to send this many indications before the worker takes the first. A faulty
+  // modem that sends more must not fill the device's memory.
   static constexpr std::size_t indicationsQueuedMax = 16384;
 
   // Registers with the event loop and arms the notifier; the client opens when the service is up.
@@ -56,22 +57,22 @@ class OvixWdsProxy {
   void registerOvixSvcUp();
   void registerOvixIndications();
   void registerProfileChangedInd(ProfileChangedIndCb callback);
-  // Has callback called on the worker thread when indications were dropped because the queue was
-  // full, once the queue has been emptied.
+  // Sets the callback for lost indications. When indications were dropped because the queue was
+  // full, the worker's thread calls it once the queue has been emptied.
   void registerIndicationsLost(IndicationsLostCb callback);
   void handleProfileChangedInd(const wds_profile_changed_event_type_v01& field);
 
-  // The operations on profiles: each waits for the modem, for up to a second a request.
+  // The operations on profiles. Each waits for the modem, up to a second for each request.
 
   // Creates the profile and sets its id to the index that the modem gave it.
   bool add(ModemProfile& profile);
-  // Changes what difference holds on the profile of that id.
+  // Changes the attributes that difference holds, on the profile with that id.
   bool modify(const ModemProfile& difference, int profileId);
   bool remove(int profileId);
-  // Empty when it cannot be read.
+  // Returns an empty pointer when the profile cannot be read.
   std::shared_ptr<ModemProfile> get(int profileId);
-  // Every profile in the modem's order, empty ones for those that cannot be read. Those read so far
-  // when the loop is asked to stop meanwhile.
+  // Returns all profiles in the modem's order, with an empty pointer for each profile that cannot
+  // be read. When the loop is asked to stop meanwhile, returns the profiles read so far.
   std::list<std::shared_ptr<ModemProfile>> getAllProfiles();
 
   // The event loop's callbacks; the pointer is the proxy.
@@ -89,8 +90,8 @@ class OvixWdsProxy {
 
  private:
   static constexpr unsigned int sendTimeoutMs = 1000;
-  // How long indications may keep the worker from its clients before it looks for requests. The
-  // indication in hand is finished, which costs a modem request more.
+  // How long indications may keep the worker from requests. A turn also finishes the indication
+  // that it has begun.
   static constexpr std::chrono::milliseconds indicationTurnMax{200};
 
   UniqueFd watch(EventManager::EventCallback callback);
@@ -104,7 +105,7 @@ class OvixWdsProxy {
   bool deliver(const IndInfo_t& indication);
   void reportLost();
 
-  // Constant after construction.
+  // These members are constant after construction.
   EventManager& eventManager;
   const int subscription;
   const ovix_service_object_type serviceObject;
@@ -112,13 +113,13 @@ class OvixWdsProxy {
   UniqueFd errorFd;
   UniqueFd indicationFd;
 
-  // The messaging library's threads and the worker.
+  // The messaging library's threads and the worker share the queue.
   Mutex queueMutex;
   std::deque<std::unique_ptr<IndInfo_t>> indQueue GUARDED_BY(queueMutex);
-  // Set when an indication is dropped, until the queue has been emptied.
+  // True from the first dropped indication until the queue has been emptied or the client released.
   bool hasLostIndications GUARDED_BY(queueMutex) = false;
 
-  // The worker thread's.
+  // Only the worker's thread uses these members.
   ThreadChecker workerThread;
   ovix_client_type client = nullptr;
   ovix_client_type notifier = nullptr;

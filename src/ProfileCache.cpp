@@ -12,7 +12,7 @@ namespace pavo {
 
 namespace {
 
-// Shared by all caches: during a second init two of them are at work.
+// All caches share this counter, because two of them are in use during a second init().
 std::atomic<token> tokenCounter{0};
 
 constexpr const char* notFoundText = "ProfileCache: token is not present or expired";
@@ -27,8 +27,11 @@ bool isOf(const std::shared_ptr<ModemProfile>& profile, int profileId) {
 
 }  // namespace
 
-ProfileCache::ProfileCache(EventManager& eventManager, int subscription, requestFunction function)
-    : loop(eventManager), sendRequest(std::move(function)), proxy(eventManager, subscription) {
+ProfileCache::ProfileCache(EventManager& eventManager, int subscription,
+                           requestFunction sendRequest)
+    : eventManager(eventManager),
+      sendRequest(std::move(sendRequest)),
+      proxy(eventManager, subscription) {
   proxy.registerProfileChangedInd([this](ProfileChangedInd ind) { onIndication(ind); });
   proxy.registerIndicationsLost([this] { onIndicationsLost(); });
 }
@@ -55,7 +58,7 @@ ProfileCache::Profile* ProfileCache::find(token entryToken, LogLevel notFoundLev
   return &found->second;
 }
 
-// An empty key has no entry, and that is worth no line.
+// An empty key has no entry. This is not worth a log line.
 ProfileCache::Profile* ProfileCache::find(const std::shared_ptr<ProfileKey>& key) {
   return key != nullptr ? find(key->getToken()) : nullptr;
 }
@@ -89,7 +92,7 @@ std::shared_ptr<ProfileKey> ProfileCache::add(const AddProfileParams& params) {
   }
   profile->incRefCount();
   insert(newToken, profile);
-  // The modem follows a create with a modify of the same profile.
+  // After a create, the modem also announces a modify of the same profile.
   addPending(profile->getProfileId(), ProfileChangedEvent::Create);
   addPending(profile->getProfileId(), ProfileChangedEvent::Modify);
   LogWrapper::log(LogLevel::High, logTag, "Added: %s", profile->dump().c_str());
@@ -101,7 +104,7 @@ bool ProfileCache::modify(const ModifyProfileParams& params,
   if (key == nullptr) {
     return false;
   }
-  // A stale key is an ordinary thing to meet here: callers modify what they found a while ago.
+  // A stale key is normal here, because callers modify profiles that they found a while ago.
   Profile* const entry = find(key->getToken(), /*notFoundLevel=*/LogLevel::High);
   if (entry == nullptr) {
     return false;
@@ -116,7 +119,7 @@ bool ProfileCache::modify(const ModifyProfileParams& params,
     return true;
   }
   if (!proxy.modify(*difference, profile->getProfileId())) {
-    // True all the same: callers take false for a profile that is gone.
+    // The result is true nevertheless, because callers take false to mean that the profile is gone.
     LogWrapper::log(LogLevel::Error, logTag, "ProfileCache: failed to modify modem profile");
     return true;
   }
@@ -135,7 +138,7 @@ bool ProfileCache::remove(const std::shared_ptr<ProfileKey>& key) {
     return false;
   }
   if (*entry == nullptr) {
-    // Whether the modem still has what could not be read, nobody knows.
+    // The profile could not be read, so it is unknown whether the modem still has it.
     LogWrapper::log(LogLevel::Error, logTag, "%s", notFoundText);
     return false;
   }
@@ -229,7 +232,8 @@ bool ProfileCache::releaseProfile(token entryToken, const std::weak_ptr<IProfile
     return true;
   }
   if (profile.getIsPersistent() || !profile.getIsPavoCreated()) {
-    // The count stays: a later filter's key comes on top of it.
+    // The count is deliberately not decremented: the next key that filter() issues increments it
+    // further.
     LogWrapper::log(LogLevel::High, logTag,
                     "ProfileCache: ignoring non-persistent or non-pavo created");
     return true;
@@ -302,8 +306,8 @@ void ProfileCache::onIndication(ProfileChangedInd ind) {
 void ProfileCache::onIndicationsLost() {
   workerThread.check();
   {
-    // An expected indication may be among the lost ones. Left here, it would swallow the next one
-    // that another client's change brings.
+    // An expected indication may be among the lost ones. If it stayed in the list, it would swallow
+    // the next indication of another client's change.
     const MutexLock lock(dumpMutex);
     pendingTransactions.clear();
   }
@@ -323,14 +327,14 @@ void ProfileCache::forget(int profileId) {
       }
     }
   }
-  // The listeners run one by one, in the order in which the entries stood.
+  // The listeners run one by one, in the order of the entries.
   while (!forgotten.empty()) {
     forgotten.pop_front();
   }
 }
 
-// Neither the count of keys nor the listeners pass to the new object: holders are told that what
-// they knew has changed, and their keys go on reading the new values.
+// The new object takes over neither the count of keys nor the listeners. The listeners of the old
+// object run, and the keys read the new values from then on.
 void ProfileCache::readAgain(int profileId) {
   for (auto& [entryToken, profile] : profileMap) {
     if (!isOf(profile, profileId)) {
@@ -341,9 +345,9 @@ void ProfileCache::readAgain(int profileId) {
       const MutexLock lock(dumpMutex);
       profile.swap(replaced);
     }
-    // Runs the listeners, without dumpMutex.
+    // The destructor runs the listeners here, without dumpMutex.
     replaced.reset();
-    if (loop.isStopRequested()) {
+    if (eventManager.isStopRequested()) {
       return;
     }
   }

@@ -1,8 +1,8 @@
-// The library's picture of the modem's profiles, and the keys that callers hold of them.
+// ProfileCache holds the library's images of the modem's profiles and makes the keys to them.
 //
-// Owned by the worker and, but for dump(), used on its thread only. A profile's end runs its
-// listeners, so a profile object is always taken out of the containers first and dies after they
-// are consistent again.
+// The worker owns the cache. Apart from dump(), only the worker's thread uses it. The destructor of
+// a profile runs its listeners. Therefore a profile is always taken out of the containers first,
+// and is destroyed after they are consistent again.
 #pragma once
 
 #include <pavo/AddProfileParams.h>
@@ -34,49 +34,51 @@ namespace pavo {
 
 class ProfileCache {
  public:
-  // Empty until the first refresh. sendRequest goes into every key.
+  // The cache is empty until the first refresh. Every key gets a copy of sendRequest.
   ProfileCache(EventManager& eventManager, int subscription, requestFunction sendRequest);
   ProfileCache(const ProfileCache&) = delete;
   ProfileCache& operator=(const ProfileCache&) = delete;
   ~ProfileCache() = default;
 
-  // Creates the profile on the modem; empty when that fails.
+  // Creates the profile on the modem. Returns an empty pointer when that fails.
   std::shared_ptr<ProfileKey> add(const AddProfileParams& params);
-  // True also when the modem refuses; false only for a key that is not cached.
+  // Returns true even when the modem refuses, and false only for a key that is not cached.
   bool modify(const ModifyProfileParams& params, const std::shared_ptr<ProfileKey>& key);
   bool remove(const std::shared_ptr<ProfileKey>& key);
   bool match(const FilterProfileParams& params, const std::shared_ptr<ProfileKey>& key);
   std::optional<ProfileParams> get(const std::shared_ptr<ProfileKey>& key);
-  // A new key, counted, for every profile that matches.
+  // Returns a new key, which is counted, for every profile that matches.
   std::list<std::shared_ptr<ProfileKey>> filter(const FilterProfileParams& params);
-  // Forgets everything and reads all profiles. Always true.
+  // Forgets all profiles and reads them again. Always returns true.
   bool refresh();
-  // Always false: keys have never been told whether their listener is in place.
+  // Always returns false: the result has never said whether the listener is in place.
   bool registerExpirationListener(std::function<void()> listener, std::weak_ptr<IProfileKey> key,
                                   token entryToken);
-  // A key is gone. The last one deletes a non-persistent profile of the library's own making. The
-  // key's listeners move to ended, so that the caller decides where the clients' closures end.
+  // Handles the end of a key. The end of the last key deletes a non-persistent profile that the
+  // library created. The key's listeners move to ended, so that the caller decides where the
+  // clients' closures are destroyed.
   bool releaseProfile(token entryToken, const std::weak_ptr<IProfileKey>& key,
                       std::list<ExpirationListener>& ended);
-  // The same; ends the listeners of all keys that are gone.
+  // Does the same, and destroys the listeners of all keys that are gone.
   bool releaseProfile(token entryToken);
-  // Moves the listeners of a key that is gone to ended, without a log line; does nothing for a
+  // Moves the listeners of a key that is gone to ended, without a log line. Does nothing for a
   // token that is not cached.
   void takeEndedListeners(token entryToken, const std::weak_ptr<IProfileKey>& key,
                           std::list<ExpirationListener>& ended);
   void onIndication(ProfileChangedInd ind);
-  // Indications have been lost: reads everything, and expects none of the earlier changes any more.
+  // Handles a loss of indications: reads all profiles, and no longer expects the indications of
+  // earlier changes.
   void onIndicationsLost();
 
-  // Any thread, at any moment; does not wait for the modem.
+  // Thread-safe at any time. Does not wait for the modem.
   std::vector<std::string> dump() EXCLUDES(dumpMutex);
 
-  // 0, 1, 2, ... over the whole process. Any thread. Running out of them ends the process.
+  // Returns 0, 1, 2, ... over the whole process. Thread-safe. Aborts when no token is left.
   static token generateToken();
 
  private:
   using Profile = std::shared_ptr<ModemProfile>;
-  // Mapped values are empty where a profile could not be read.
+  // A mapped value is empty when the profile could not be read.
   using ProfileMap = std::unordered_map<token, Profile>;
 
   Profile* find(const std::shared_ptr<ProfileKey>& key);
@@ -88,20 +90,20 @@ class ProfileCache {
   void forget(int profileId);
   void readAgain(int profileId);
 
-  const EventManager& loop;
+  const EventManager& eventManager;
   const requestFunction sendRequest;
   OvixWdsProxy proxy;
-  // The worker changes the containers, and what a cached profile's dump shows, under dumpMutex, and
-  // reads them without: nobody else changes them. A leaf: not held across modem I/O, a log line or
-  // the end of a profile.
+  // Guards changes of the containers and of what a cached profile's dump shows. Only the worker
+  // changes them, so it reads them without the lock. This is a leaf lock: it is not held across
+  // modem requests, log lines or the destruction of a profile.
   Mutex dumpMutex;
   ProfileMap profileMap;
-  // The indications that our own changes are expected to bring, in order.
+  // The indications that the library's own changes are expected to cause, in order.
   std::list<ProfileChangedInd> pendingTransactions;
   ThreadChecker workerThread;
 };
 
-// The counter's value, and counts on. Any thread. Going beyond a token ends the process.
+// Returns the counter's value and increments it. Thread-safe. Aborts instead of wrapping around.
 token nextToken(std::atomic<token>& counter);
 
 }  // namespace pavo

@@ -1,5 +1,6 @@
 #include "ProfileChangedInd.h"
 
+#include "DumpText.h"
 #include "NamedValue.h"
 
 namespace pavo {

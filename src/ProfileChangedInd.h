@@ -17,7 +17,7 @@ enum class ProfileChangedEvent : std::int32_t {
 void appendValue(std::string& text, ProfileChangedEvent event);
 std::ostream& operator<<(std::ostream& out, ProfileChangedEvent event);
 
-// What the modem says has happened to a profile.
+// A change of a profile, as the modem reports it.
 struct ProfileChangedInd {
   int profileId;
   ProfileChangedEvent event;

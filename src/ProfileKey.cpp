@@ -8,12 +8,13 @@
 
 namespace pavo {
 
-ProfileKey::ProfileKey(int ofProfile, unsigned long long ofEntry, requestFunction function)
-    : profileId(ofProfile), token(ofEntry), sendRequest(std::move(function)) {}
+ProfileKey::ProfileKey(int profileId, unsigned long long token, requestFunction sendRequest)
+    : profileId(profileId), token(token), sendRequest(std::move(sendRequest)) {}
 
 void ProfileKey::registerExpirationListener(std::function<void()> listener) noexcept {
   if (listener) {
-    // On the worker it is copied, and to copy a client's closure may throw.
+    // The worker copies the listener, and copying a client's closure may throw. Copying this
+    // wrapper runs no code of the client.
     listener = [shared = std::make_shared<const std::function<void()>>(std::move(listener))] {
       (*shared)();
     };
@@ -21,7 +22,8 @@ void ProfileKey::registerExpirationListener(std::function<void()> listener) noex
   const auto request = std::make_shared<CallbackRequest>();
   request->setExpirationInfo(std::move(listener), weak_from_this(), token);
   if (sendRequest) {
-    // The answer says nothing: the cache reports failure for a listener that it has stored, too.
+    // The response is ignored, because the cache reports failure even for a listener that it has
+    // stored.
     sendRequest(request);
   }
 }
@@ -39,8 +41,8 @@ ProfileKey::~ProfileKey() {
   request->setReleaseToken(token);
   request->setReleasedKey(weak_from_this());
   if (sendRequest) {
-    // The response holds this key's listeners. They end here, with none of the library's locks
-    // held.
+    // The response holds this key's listeners. They are destroyed here, where this thread holds
+    // none of the library's locks.
     sendRequest(request);
   }
   LogWrapper::log(LogLevel::Debug, logTag, "~ProfileKey");

@@ -10,15 +10,15 @@
 
 namespace pavo {
 
-// The library's one kind of key. Made by the cache only, always as a shared object; immutable. It
-// never touches the cache: what it has to say goes to the worker as a request, and it may outlive
-// the worker, whose request function then answers empty.
+// The library's only class of keys. Only the cache makes keys, and always as shared objects. A key
+// is immutable. It never touches the cache, but sends requests to the worker. It may outlive the
+// worker; its request function then returns an empty response.
 class ProfileKey : public IProfileKey, public std::enable_shared_from_this<ProfileKey> {
  public:
   ProfileKey(int profileId, unsigned long long token, requestFunction sendRequest);
   ProfileKey(const ProfileKey&) = delete;
   ProfileKey& operator=(const ProfileKey&) = delete;
-  // Releases the token, whether or not it is still cached.
+  // Releases the token, even when the token is no longer cached.
   ~ProfileKey() override;
 
   int getProfileId() override { return profileId; }

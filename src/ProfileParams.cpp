@@ -92,7 +92,7 @@ void ProfileParams::appendTo(std::string& text) const {
   text.reserve(text.size() + dumpCharsTypical);
   appendEntry(text, "ApnName=", apnName);
   appendEntry(text, "UserName=", userName);
-  // In clear on purpose: authentication failures are debugged with this line.
+  // The password is in clear on purpose: authentication failures are debugged with this line.
   appendEntry(text, "Password=", password);
   appendEntry(text, "AuthType=", authType);
   appendEntry(text, "HomeIPType=", homeIPType);

@@ -6,7 +6,7 @@
 
 namespace pavo {
 
-// Tells the kind of a request or response, and so the class to cast it to.
+// The kind of a request or a response. It determines the class to cast to.
 enum class ReqRespType : std::int32_t {
   Add = 0,
   Modify = 1,

@@ -19,8 +19,8 @@ bool isRelease(const ClientRequest& request) {
          static_cast<const CallbackRequest&>(request).hasReleaseToken();
 }
 
-// The ports that have not ended, by number, and which threads wait because one is ending. Never
-// destroyed: keys are dropped until the very end of the process.
+// The ports that have not ended, by number, and the threads that wait because a port is ending. The
+// object is never destroyed, because keys are dropped until the process ends.
 class Ports {
  public:
   static Ports& instance() {
@@ -43,8 +43,8 @@ class Ports {
     return found != ports.end() ? found->second.port : nullptr;
   }
 
-  // The calling thread ends the port and waits for its worker. False when that would close a
-  // circle.
+  // Records that the calling thread ends the port and waits for its worker. Returns false when that
+  // wait would close a circle of waiting threads.
   bool beginEnd(std::uint64_t number, std::thread::id workerThread) EXCLUDES(mutex) {
     const MutexLock lock(mutex);
     if (waitsForCallingThread(workerThread)) {
@@ -75,8 +75,8 @@ class Ports {
     portEnded.notifyAll();
   }
 
-  // Waits until a port that is ending has ended, unless the thread that ends it is the calling one
-  // or waits for it.
+  // Waits until an ending port has ended. Does not wait when the thread that ends the port is the
+  // calling one or waits for it.
   void awaitEnd(std::uint64_t number) EXCLUDES(mutex) {
     const MutexLock lock(mutex);
     const auto found = ports.find(number);
@@ -96,7 +96,7 @@ class Ports {
     std::optional<std::thread::id> endingThread;
   };
 
-  // A wait for a thread, until it has done its part in the end of a port.
+  // A thread's wait for another thread to do its part in the end of a port.
   struct Wait {
     std::uint64_t port;
     std::thread::id thread;
@@ -119,7 +119,7 @@ class Ports {
   CondVar portEnded;
   std::uint64_t lastNumber GUARDED_BY(mutex) = 0;
   std::map<std::uint64_t, Entry> ports GUARDED_BY(mutex);
-  // By the thread that waits. A thread waits for one other at a time.
+  // The key is the waiting thread. A thread waits for one other at a time.
   std::map<std::thread::id, Wait> waits GUARDED_BY(mutex);
 };
 
@@ -143,21 +143,24 @@ requestFunction RequestPort::getRequestFunction() const {
 
 std::shared_ptr<ClientResponse> RequestPort::submit(const std::shared_ptr<ClientRequest>& request) {
   if (isInForkedChild()) {
-    // The profile of a key that is dropped here is its parent's.
+    // A release is refused without a log line: the profile of a key that is dropped in a child
+    // belongs to the parent.
     if (!isRelease(*request)) {
       logRefusalInForkedChild(request->text().c_str());
     }
     return nullptr;
   }
   if (onWorkerThread()) {
-    // Before another thread may have it: this may be the worker of another Manager.
+    // The text is built before another thread can own the request. The calling thread may be the
+    // worker of another Manager.
     const std::string& text = request->text();
     logOnWorkerThread(putOff(request) ? "put off" : "refused", text.c_str());
     return nullptr;
   }
   std::shared_ptr<ClientResponse> response = exchange(request);
   if (response == nullptr && isRelease(*request)) {
-    // The worker has not seen the release. While it ends, the key's listener may be running.
+    // The worker has not seen the release. While the worker is stopping, the key's listener may be
+    // running.
     Ports::instance().awaitEnd(number);
   }
   return response;
@@ -189,7 +192,7 @@ bool RequestPort::beginEnd(std::thread::id workerThread) {
 }
 
 void RequestPort::close() {
-  // The slot's handle dies after the lock: it may be the last one of a key.
+  // The request is destroyed after the unlock, because it may hold the last handle of a key.
   std::shared_ptr<ClientRequest> unanswered;
   {
     const MutexLock lock(slotMutex);
@@ -216,7 +219,8 @@ bool RequestPort::putOff(const std::shared_ptr<ClientRequest>& request) {
   const MutexLock lock(putOffMutex);
   if (acceptsPutOff) {
     putOffReleases.push_back(request);
-    // Under the lock: a closed port's descriptor may belong to somebody else by now.
+    // The lock is still held, because the number of a closed port's descriptor may already denote
+    // another file.
     notifyFd(wakeFd.load());
   }
   return true;

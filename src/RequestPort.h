@@ -1,17 +1,19 @@
-// Where callers' threads and the worker meet: one request slot and one response slot.
+// RequestPort connects callers' threads with the worker: one request slot and one response slot.
 //
-// Every key's request function names a port by its number, never the port or the worker itself, so
-// a key may outlive its worker by any time: the number is then unknown and the answer empty.
+// Every key's request function holds the number of a port, never the port or the worker itself. A
+// key may therefore outlive its worker by any time: the number is then unknown and the response
+// empty.
 //
 // States: open without a descriptor (the worker is being built) -> open -> ending -> closed ->
-// ended. A closed port answers empty. A release that meets an ending or closed port also waits
-// until the port has ended, because until then the listener of the released key may run. An ended
-// port is no longer found by its request functions.
+// ended. A closed port answers with an empty response. A release that an ending or closed port does
+// not handle waits until the port has ended, because the listener of the released key may run until
+// then. Request functions no longer find an ended port.
 //
 // Locks, in this order: turns (one caller at a time, held for the whole call), slotMutex (the
-// slots; the worker holds it while it handles a request). putOffMutex is a leaf.
+// slots; the worker holds it while it handles a request). putOffMutex is a leaf lock.
 //
-// In a forked child the port is a copy without a worker: it answers empty and touches nothing.
+// In a forked child the port is a copy without a worker: it answers with an empty response and
+// touches nothing.
 #pragma once
 
 #include "ClientRequest.h"
@@ -31,87 +33,90 @@ namespace pavo {
 
 class RequestPort {
  public:
-  // A new port, found by its number until it has ended.
+  // Creates a port. Its request functions find it until it has ended.
   static std::shared_ptr<RequestPort> create();
   RequestPort(const RequestPort&) = delete;
   RequestPort& operator=(const RequestPort&) = delete;
   ~RequestPort() = default;
 
-  // A request function that submits to this port for as long as it is open. Small enough to be
-  // copied into a key without an allocation.
+  // Returns a request function that submits to this port for as long as the port is open. The
+  // function is small enough to be copied into a key without an allocation.
   requestFunction getRequestFunction() const;
 
-  // Gives the port the eventfd that wakes its worker.
+  // Sets the eventfd that wakes the worker.
   void open(int eventFd) { wakeFd.store(eventFd); }
 
-  // Hands a request to the worker and waits for the response; callers on several threads take
-  // turns. Empty when the port is closed, when the worker cannot be woken, in a forked child, and
-  // on a worker thread: that would wait for itself. A release asked for on a worker thread is put
-  // off until the event in hand is done.
+  // Hands a request to the worker and waits for the response. Callers on several threads take
+  // turns. The response is empty when the port is closed, when the worker cannot be woken, in a
+  // forked child, and on a worker's thread, because that thread would wait for itself. A release on
+  // a worker's thread is put off: the port's worker handles it with a later event.
   std::shared_ptr<ClientResponse> submit(const std::shared_ptr<ClientRequest>& request)
       EXCLUDES(turns, slotMutex, putOffMutex);
 
-  // The end of a worker is beginEnd(), close(), workerJoined() and end(), in this order and on one
+  // A worker ends with beginEnd(), close(), workerJoined() and end(), called in this order on one
   // thread, the ending thread.
 
-  // Announces that the calling thread ends the worker that runs on the thread of that id, and is
-  // going to wait for it. False, and nothing has changed, when that thread waits for the calling
-  // one already or is the calling one: the worker cannot be ended here. False in a forked child,
-  // too.
+  // Announces that the calling thread ends the worker that runs on workerThread and is going to
+  // wait for it. Returns false, and changes nothing, when workerThread is the calling thread or
+  // already waits for it: the worker cannot be ended here. Also returns false in a forked child.
   bool beginEnd(std::thread::id workerThread);
 
-  // Answers all callers, waiting and later ones, empty. Waits for a request that is being handled.
-  // The releases put off are lost: like those of all keys that outlive the worker, their profiles
-  // stay on the modem.
+  // Answers all waiting and later callers with an empty response. Waits for a request that is being
+  // handled. The releases that were put off are lost: their profiles stay on the modem, like those
+  // of all keys that outlive the worker.
   void close() EXCLUDES(slotMutex, putOffMutex);
 
-  // The worker's thread has been joined.
+  // Records that the worker's thread has been joined.
   void workerJoined();
 
-  // The worker's cache, and with it every listener, has been destroyed: releases wait no longer.
+  // Records that the worker's cache, and with it every listener, has been destroyed. Releases no
+  // longer wait for the port.
   void end();
 
-  // Whether this process is a forked child of the one that made the port.
+  // Returns whether this process is a forked child of the process that made the port.
   bool isInForkedChild() const { return process.isInForkedChild(); }
 
-  // Worker: handles the request in the slot, if there is one. handle(request) gives the response;
-  // an empty one leaves the caller waiting.
+  // Handles the request in the slot, if there is one. Only the worker calls this. handle(request)
+  // returns the response; an empty response leaves the caller waiting.
   template <typename Handle>
   void serve(const Handle& handle) EXCLUDES(slotMutex) {
     {
       const MutexLock lock(slotMutex);
       if (requestSlot != nullptr) {
-        // Nothing of the request or of its response outlives the lock on this side. The caller, who
-        // holds its own handle of every key, is waiting meanwhile, so no key dies on the worker.
+        // The worker keeps nothing of the request or of its response beyond the lock. The caller is
+        // waiting meanwhile and holds its own handle of every key, so no key is destroyed on the
+        // worker.
         responseSlot = handle(*requestSlot);
         requestSlot.reset();
       }
     }
-    // After the unlock: the caller would only wake up to wait for the mutex.
+    // The caller is woken after the unlock, because it would otherwise wake up only to wait for the
+    // mutex.
     answered.notifyOne();
   }
 
-  // Worker: the releases put off so far.
+  // Takes the releases that were put off so far. Only the worker calls this.
   std::vector<std::shared_ptr<ClientRequest>> takePutOff() EXCLUDES(putOffMutex);
 
-  // Marks the calling thread as a worker's, for good.
+  // Marks the calling thread as a worker's thread, permanently.
   static void becomeWorkerThread();
   static bool onWorkerThread();
 
-  // Writes the line for a call that a worker thread made into the library.
+  // Logs a call into the library that a worker's thread made.
   static void logOnWorkerThread(const char* outcome, const char* call);
   static void logRefusal(const char* call) { logOnWorkerThread("refused", call); }
-  // Writes the line for a call in a forked child.
+  // Logs a call in a forked child.
   static void logRefusalInForkedChild(const char* call);
 
  private:
   RequestPort() = default;
 
-  // submit() on a thread that may wait for the worker. Empty when there is no response.
+  // Performs submit() on a thread that may wait for the worker. Returns an empty pointer when there
+  // is no response.
   std::shared_ptr<ClientResponse> exchange(const std::shared_ptr<ClientRequest>& request)
       EXCLUDES(turns, slotMutex);
 
-  // False when the request is no release.
+  // Keeps a release for the worker. Returns false when the request is not a release.
   bool putOff(const std::shared_ptr<ClientRequest>& request) EXCLUDES(putOffMutex);
 
   std::uint64_t number = 0;  // constant once the port is created

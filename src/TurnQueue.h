@@ -4,9 +4,9 @@
 
 namespace pavo {
 
-// Lets one caller in at a time, in the order in which they came. A plain mutex lets whoever has
-// just left in again before those who wait: one busy thread could keep the others out for as long
-// as it likes. Costs a caller who finds nobody inside nothing but the lock.
+// Lets one caller in at a time, in the order of their arrival. A plain mutex may let a thread that
+// has just left in again before the waiting threads, so one busy thread could keep the others out
+// for any time. A caller that finds the queue empty pays only for the lock.
 class CAPABILITY("mutex") TurnQueue {
  public:
   void enter() ACQUIRE() {
@@ -35,7 +35,8 @@ class CAPABILITY("mutex") TurnQueue {
       last = nullptr;
     }
     next.isNext = true;
-    // Under the lock: it stands on the stack of the caller who wakes up.
+    // The notification happens under the lock, because wakeUp stands on the stack of the thread
+    // that wakes up.
     next.wakeUp.notifyOne();
   }
 
@@ -54,7 +55,7 @@ class CAPABILITY("mutex") TurnQueue {
 
 class SCOPED_CAPABILITY Turn {
  public:
-  explicit Turn(TurnQueue& turns) ACQUIRE(turns) : queue(turns) { queue.enter(); }
+  explicit Turn(TurnQueue& queue) ACQUIRE(queue) : queue(queue) { queue.enter(); }
   ~Turn() RELEASE() { queue.leave(); }
   Turn(const Turn&) = delete;
   Turn& operator=(const Turn&) = delete;

@@ -50,7 +50,8 @@ Util::~Util() { LogWrapper::log(LogLevel::Debug, logTag, "pavo::Util: destructor
 
 void Util::setProfileUpdateAllowed(bool allowed) noexcept {
   const std::string text = std::string("pavo::Util: profileUpdateAllowed ") + (allowed ? "1" : "0");
-  // The text is the format itself; it holds nothing that a formatter would look at.
+  // This line is known by its whole text, so the text is the format itself and no argument of "%s".
+  // The text holds no conversion, so the warning does not apply.
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Wformat-security"
   LogWrapper::log(LogLevel::High, logTag, text.c_str());

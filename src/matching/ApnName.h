@@ -7,7 +7,7 @@
 
 namespace pavo {
 
-// ASCII letters only, whatever the locale: the modem compares APN names that way.
+// Converts ASCII letters only, whatever the locale, because the modem compares APN names that way.
 constexpr char convertToLower(char c) {
   return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
 }
@@ -20,7 +20,7 @@ inline std::string convertToLower(const std::string& text) {
   return lower;
 }
 
-// The first apnNameBytesMax bytes, in lower case.
+// Returns the first apnNameBytesMax bytes in lower case.
 inline std::string normalizeApnName(const std::string& name) {
   return convertToLower(name.size() > apnNameBytesMax ? name.substr(0, apnNameBytesMax) : name);
 }

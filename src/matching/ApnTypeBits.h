@@ -1,4 +1,4 @@
-// The client's bit and the modem's bit of each APN type, and how masks of them become each other.
+// The client's bit and the modem's bit of each APN type, and the conversion of masks.
 #pragma once
 
 #include <pavo/ProfileTypes.h>
@@ -12,14 +12,14 @@ struct ApnTypeBit {
   std::uint64_t modem;
 };
 
-// Conversions.cpp holds the modem's bits against the platform's names for them.
+// Conversions.cpp checks the modem's bits against the platform's constants.
 inline constexpr ApnTypeBit apnTypeBits[] = {
     {DEFAULT, 0x1}, {MMS, 0x4},    {SUPL, 0x10},  {DUN, 0x8},  {HIPRI, 0x20},
     {FOTA, 0x40},   {IMS, 0x2},    {CBS, 0x80},   {IA, 0x100}, {EMERGENCY, 0x200},
     {MCX, 0x800},   {XCAP, 0x400}, {RCS, 0x1000},
 };
 
-// Every named bit; bits without a counterpart are dropped.
+// Both functions convert every named bit and drop bits without a counterpart.
 constexpr std::uint64_t convertToOvixApnTypeMask(unsigned int mask) {
   std::uint64_t converted = 0;
   for (const ApnTypeBit& type : apnTypeBits) {

@@ -11,7 +11,7 @@ namespace pavo {
 
 namespace {
 
-// Sets a member of a difference when the wanted value is there and not the current one.
+// Sets a member of a difference when the wanted value is present and not the current one.
 template <typename Value>
 void changeTo(const std::optional<Value>& wanted, const std::optional<Value>& current,
               std::optional<Value>& change, bool& changed) {
@@ -34,7 +34,7 @@ void setApnTypes(ProfileSettings& changes, unsigned int mask) {
   changes.apnTypesMask = convertToOvixApnTypeMask(mask);
 }
 
-// The changes are a record of the client's or the modem's.
+// Record is the client's ProfileParams or the modem's ProfileSettings.
 template <typename Record>
 void planCommon(const ProfileSettings& profile, const ProfileParams& params, Record& changes,
                 bool& changed) {
@@ -46,7 +46,8 @@ void planCommon(const ProfileSettings& profile, const ProfileParams& params, Rec
     }
   }
   if (const auto& mask = RecordAccess::apnTypesMask(params)) {
-    // In the client's bits: a bit without a counterpart on the modem is always a difference.
+    // The masks are compared in the client's bits, so a bit without a counterpart on the modem is
+    // always a difference.
     if (!profile.apnTypesMask || convertToCommonApnTypeMask(*profile.apnTypesMask) != *mask) {
       setApnTypes(changes, *mask);
       changed = true;
@@ -76,7 +77,7 @@ void planIPTypes(const ProfileSettings& profile, const ProfileParams& params, IP
     types.overrideHome = types.common;
     types.common = IPType::V4V6;
   } else if (profile.overrideHomeIPType) {
-    // Takes the override back.
+    // UNKNOWN takes the override back.
     types.overrideHome = IPType::UNKNOWN;
   }
 }
@@ -151,7 +152,7 @@ void copyCommonView(const ProfileSettings& profile, FilterProfileParams& out) {
 }
 
 ProfileParams clientView(const ProfileSettings& profile) {
-  // The filter record is the one with setters for the two flags.
+  // Only the filter record has setters for the two flags.
   FilterProfileParams out;
   copyCommonView(profile, out);
   out.setFilterByIsIAProfile(profile.isPavoIAProfile());

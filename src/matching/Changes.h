@@ -1,4 +1,4 @@
-// What creating and changing make of a profile, and what a client sees of it.
+// The rules for creating and changing a profile, and the client's view of a profile.
 #pragma once
 
 #include <pavo/FilterProfileParams.h>
@@ -10,38 +10,38 @@
 
 namespace pavo {
 
-// The modem's three for the client's two.
+// The modem's three IP types, which express the client's two.
 struct IPTypes {
   std::optional<IPType> common;
   std::optional<IPType> roam;
   std::optional<IPType> overrideHome;
 };
 
-// Turns the client's home and roaming types into the modem's, against the profile's current ones.
-// One that the rules have no word on is left as it was passed.
+// Converts the client's home and roaming types to the modem's, based on the profile's current
+// types. A type that no rule sets keeps its value.
 void planIPTypes(const ProfileSettings& profile, const ProfileParams& params, IPTypes& types);
 
-// Makes an empty profile the one that is to be created, without its name.
+// Fills an empty profile with the settings that it is to be created with, except its profile name.
 void copySettings(const ProfileParams& params, ProfileSettings& profile);
-// The attributes of every kind of profile but for the IP types.
+// Copies the attributes that every kind of profile has, except the IP types.
 void copyCommonSettings(const ProfileParams& params, ProfileSettings& profile);
 
-// Sets in changes, which are empty, just what params would change of the profile. False when that
-// is nothing.
+// Sets in changes, which must be empty, only what params would change of the profile. Returns false
+// when that is nothing.
 bool planChanges(const ProfileSettings& profile, const ProfileParams& params,
                  ProfileSettings& changes);
-// The same for the attributes that every kind of profile has, in the client's terms. Sets changed
-// when there is one.
+// Does the same, in the client's terms, for the attributes that every kind of profile has, except
+// the IP types. Sets changed when one of them changes.
 void planCommonChanges(const ProfileSettings& profile, const ProfileParams& params,
                        ProfileParams& changes, bool& changed);
 
-// Takes over the settings that changes has; never id and profile name.
+// Copies the settings that changes holds, but never the id or the profile name.
 void applyChanges(const ProfileSettings& changes, ProfileSettings& profile);
 void applyCommonChanges(const ProfileSettings& changes, ProfileSettings& profile);
 
-// The client's view.
+// Returns the profile as the client sees it.
 ProfileParams clientView(const ProfileSettings& profile);
-// The attributes of every kind of profile but for the IP types.
+// Copies the attributes that every kind of profile has, except the IP types.
 void copyCommonView(const ProfileSettings& profile, FilterProfileParams& out);
 
 }  // namespace pavo

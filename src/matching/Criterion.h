@@ -2,7 +2,7 @@
 
 namespace pavo {
 
-// What a filter may ask of a profile, in the order in which profiles are compared.
+// The criteria of a filter, in the order in which profiles are compared.
 enum class Criterion {
   None,
   ApnName,

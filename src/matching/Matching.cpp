@@ -14,8 +14,8 @@ bool containsApnName(const std::string& name, const std::string& wanted) {
   return name.find(normalizeApnName(wanted)) != std::string::npos;
 }
 
-// This runs for every profile of every filter, and most profiles have another name: it normalises
-// while it compares.
+// This function runs for every profile of every filter, and most profiles have another name.
+// Therefore it normalises while it compares.
 bool matchApnName(const ProfileSettings& profile, const FilterProfileParams& filter) {
   const auto& wanted = RecordAccess::apnName(filter);
   if (!wanted || !profile.apnName) {
@@ -31,7 +31,8 @@ bool matchApnName(const ProfileSettings& profile, const FilterProfileParams& fil
                     [](char own, char other) { return own == convertToLower(other); });
 }
 
-// Equal, or, with the criterion's bit set, one contained in the other. As bits: V4V6 contains both.
+// Returns whether the types are equal, or one contains the other in a direction that the filter
+// allows. The types are compared as bits: V4V6 contains V4 and V6.
 bool matchIPType(IPType wanted, const std::optional<IPType>& actual, bool subsetAllowed,
                  bool supersetAllowed) {
   if (!actual) {
@@ -50,7 +51,8 @@ bool matchApnTypesMask(const ProfileSettings& profile, const FilterProfileParams
                        : matchExactApnTypesMask(profile, *mask));
 }
 
-// Visits lists of attributes that have to be equal, and notes the first that is not.
+// Returns a visitor for attributes that have to be equal. The visitor records the first that
+// differs.
 auto noteMismatch(Criterion& mismatch) {
   return [&mismatch](Criterion criterion, const auto& wanted, const auto& own) {
     if (mismatch == Criterion::None && wanted && wanted != own) {

@@ -1,4 +1,4 @@
-// Whether a profile is what a filter asks for.
+// The rules that decide whether a profile matches a filter.
 #pragma once
 
 #include <pavo/FilterProfileParams.h>
@@ -8,15 +8,16 @@
 
 namespace pavo {
 
-// The first criterion, in the order of the criteria, that keeps the profile from matching; None
-// when it matches. A filter by initial-attach profile hides the one by its creator.
+// Returns the first criterion, in the order of the enumeration, that the profile fails, or None
+// when the profile matches. A filter by initial-attach profile overrides a filter by creator.
 Criterion firstMismatch(const ProfileSettings& profile, const FilterProfileParams& filter);
-// The same for the criteria that every kind of profile has: those up to the profile id.
+// Does the same for the criteria that every kind of profile has: those up to the profile id.
 Criterion firstCommonMismatch(const ProfileSettings& profile, const FilterProfileParams& filter);
 
-// Every named type of the mask is among the profile's.
+// Returns whether the profile has every named type of the mask.
 bool matchSubsetApnTypesMask(const ProfileSettings& profile, unsigned int mask);
-// The profile's mask is just these types; a modem bit without a client's name spoils the match.
+// Returns whether the profile has exactly the types of the mask. A modem bit without a client's
+// name prevents a match.
 bool matchExactApnTypesMask(const ProfileSettings& profile, unsigned int mask);
 
 }  // namespace pavo

@@ -1,4 +1,4 @@
-// A profile of the modem as plain values: what the rules of matching and changing look at.
+// A profile of the modem as plain values. The rules of matching and changing work on these values.
 #pragma once
 
 #include <pavo/ProfileTypes.h>
@@ -9,20 +9,21 @@
 namespace pavo {
 
 struct ProfileSettings {
-  // The names, compared exactly, that mark the profiles which this library creates.
+  // These names mark the profiles that this library creates. They are compared exactly.
   static constexpr const char* pavoName = "pavo_profile";
   static constexpr const char* pavoIAName = "pavo_profile_ia";
 
   bool isPavoIAProfile() const { return profileName == pavoIAName; }
   bool isPavoProfile() const { return isPavoIAProfile() || profileName == pavoName; }
 
-  // The override unless it is absent or UNKNOWN, else the common type.
+  // Returns the override unless it is absent or UNKNOWN, else the common type.
   std::optional<IPType> homeIPType() const {
     return overrideHomeIPType && *overrideHomeIPType != IPType::UNKNOWN ? overrideHomeIPType
                                                                         : commonIPType;
   }
-  // What a filter's roaming type is compared with: the type of both radio technologies, which have
-  // to agree; the common type when neither has one. An absent UMTS type counts as UNKNOWN.
+  // Returns the type that a filter's roaming type is compared with: the type of both radio
+  // technologies when they agree, no type when they differ, and the common type when neither has
+  // one. An absent UMTS type counts as UNKNOWN.
   std::optional<IPType> roamIPType() const {
     if (lteRoamIPType) {
       return *lteRoamIPType == umtsRoamIPType.value_or(IPType::UNKNOWN) ? lteRoamIPType
@@ -32,7 +33,7 @@ struct ProfileSettings {
   }
 
   int profileId = -1;
-  // Present and UNKNOWN: there was an override and it was taken back.
+  // UNKNOWN means that there was an override and that it was taken back.
   std::optional<IPType> overrideHomeIPType;
   std::optional<std::string> apnName;              // normalised
   std::optional<unsigned long long> apnTypesMask;  // the modem's bits

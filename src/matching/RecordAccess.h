@@ -1,4 +1,4 @@
-// The attributes that the client's records and the modem's hold alike, listed once. They serve
+// The attributes that the client's records and the modem's share, listed once. The lists serve
 // construction, reading back, matching, difference and application.
 #pragma once
 
@@ -12,8 +12,8 @@
 namespace pavo {
 
 struct RecordAccess {
-  // These call visit with a criterion and its attribute in every record, one criterion at a time
-  // and in the order of the criteria.
+  // These functions call visit once for each criterion, in the order of the criteria, with the
+  // criterion and its attribute in every record.
 
   template <typename Visit, typename... Records>
   static void forEachCredential(const Visit& visit, Records&... records) {
@@ -22,7 +22,7 @@ struct RecordAccess {
     visit(Criterion::AuthType, records.authType...);
   }
 
-  // What every kind of profile has besides credentials.
+  // Visits what every kind of profile has besides credentials.
   template <typename Visit, typename... Records>
   static void forEachUse(const Visit& visit, Records&... records) {
     visit(Criterion::ApnClass, records.apnClass...);
@@ -44,7 +44,7 @@ struct RecordAccess {
     visit(Criterion::IsEmergencySupported, records.isEmergencySupported...);
   }
 
-  // The rest is different on the modem's side.
+  // The modem represents the remaining attributes differently.
   static const std::optional<std::string>& apnName(const ProfileParams& p) { return p.apnName; }
   static const std::optional<unsigned int>& apnTypesMask(const ProfileParams& p) {
     return p.apnTypesMask;
@@ -60,7 +60,7 @@ void copyIfPresent(const std::optional<Value>& from, std::optional<Value>& to) {
   }
 }
 
-// What the lists are visited with to copy one record's attributes to another.
+// The visitor that copies one record's attributes to another.
 inline constexpr auto copyEach = [](Criterion /*criterion*/, const auto& from, auto& to) {
   copyIfPresent(from, to);
 };

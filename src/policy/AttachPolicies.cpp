@@ -1,4 +1,4 @@
-// The profile for LTE attach.
+// The policies for LTE attach.
 #include "Policies.h"
 #include "PolicyParts.h"
 
@@ -9,7 +9,7 @@ namespace pavo::policy {
 
 namespace {
 
-// What every profile that is chosen for attach is given.
+// Returns the changes that every profile chosen for attach gets.
 ModifyProfileParams attachSettings(const ProfileParams& params) {
   ModifyProfileParams settings;
   copyCredentials(params, settings);
@@ -28,8 +28,8 @@ ModifyProfileParams attachSettings(const ProfileParams& params) {
   return settings;
 }
 
-// The search for a profile to attach with: stages in a fixed order, the first that yields an
-// acceptable profile ends it. On the way the settings collect what the profile is to be given.
+// The search for a profile to attach with. Its stages have a fixed order, and the first acceptable
+// profile ends the search. The stages also collect the profile's changes in settings.
 struct AttachSearch {
   const Run& run;
   const ProfileParams& params;
@@ -50,12 +50,12 @@ struct AttachSearch {
       return named;
     }
     if (Key any = findInitialAttach(/*byName=*/false)) {
-      // The profile changes its name to the wanted one.
+      // The profile's APN name changes to the wanted one.
       copyApnName(params, settings);
       run.log(High, "pavo Found any PAVO IA profile for attach");
       return any;
     }
-    // A loose match whose parameters could not be read is better than another profile.
+    // A loose match whose parameters could not be read is better than a new profile.
     return loose;
   }
 
@@ -78,7 +78,8 @@ struct AttachSearch {
     return key;
   }
 
-  // Not accepted and yet not empty: a profile whose parameters cannot be read.
+  // Returns a loose match that is usable for attach, and sets accepted. Also returns a loose match
+  // whose parameters cannot be read, but without setting accepted.
   Key findLoose(bool& accepted) {
     FilterProfileParams filter;
     copyApnName(params, filter);
@@ -153,7 +154,7 @@ bool matchLteAttachProfileId(const Run& run, int profileId, const ProfileParams&
     }
     run.enter(exact ? Stage::MatchExactly : Stage::MatchLikeIPTypes);
     if (run.profiles.match(wanted, key)) {
-      // Log readers look for this other name.
+      // Log filters search for this other name.
       run.log(High, "pavo matchLteAttachList < %d", profileId);
       return true;
     }

@@ -1,4 +1,4 @@
-// The profiles for a data call and for an emergency call.
+// The policies for a data call and for an emergency call.
 #include "Policies.h"
 #include "PolicyParts.h"
 
@@ -8,7 +8,8 @@ Key findOrCreateProfileForSetupDataCall(const Run& run, const ProfileParams& par
   run.log(High, "pavo findOrCreateProfileForSetupDataCall > %s", params.dump().c_str());
   FilterProfileParams filter;
   copyApnName(params, filter);
-  // With updates allowed any home IP type will do: the profile is changed to the wanted one below.
+  // With updates allowed any home IP type is acceptable, because the profile is changed to the
+  // wanted one below.
   if (!run.updateAllowed) {
     copyHomeIPType(params, filter);
   }
@@ -59,7 +60,8 @@ Key findOrCreateProfileForEmergencyDataCall(const Run& run, const ProfileParams&
     }
   }
   if (result == nullptr) {
-    // Persistent, unlike a data call's: the next emergency call must not wait for a create.
+    // The profile is persistent, unlike a data call's, because the next emergency call must not
+    // wait for a create.
     AddProfileParams emergency(params, /*isPersistent=*/true, /*isIAProfile=*/false);
     emergency.setIsEmergencySupported(true);
     emergency.setApnTypesMask(EMERGENCY);

@@ -1,4 +1,5 @@
-// How a list of wanted profiles reaches the modem: by APN class, and the APN types by name.
+// The policies that write a list of wanted profiles to the modem: by APN class, and the APN types
+// by name.
 #include "Policies.h"
 #include "PolicyParts.h"
 
@@ -14,7 +15,7 @@ void logEach(const Run& run, const std::list<ProfileParams>& profiles) {
   }
 }
 
-// ASCII letters only, as the modem compares names.
+// Converts ASCII letters only, because the modem compares names that way.
 std::string lowerCase(std::string name) {
   for (char& c : name) {
     if (c >= 'A' && c <= 'Z') {
@@ -24,7 +25,7 @@ std::string lowerCase(std::string name) {
   return name;
 }
 
-// Notes the name in lower case and fills in what is missing.
+// Converts the profile's name to lower case, adds it to names and fills in missing attributes.
 void complete(const Run& run, ProfileParams& profile, std::unordered_set<std::string>& names) {
   if (profile.hasApnName()) {
     profile.setApnName(lowerCase(profile.getApnName()));
@@ -78,7 +79,7 @@ void updateModemProfileByApnClass(const Run& run, const std::list<ProfileParams>
 
 void updateModemProfileByApnClassAndTechType(const Run& run, const ProfileParams& profile) {
   if (!profile.hasApnClass()) {
-    // There is one technology only; the text is older than that.
+    // There is only one technology. The text is older than that.
     run.log(Debug, "pavo either tech type or apn class is missing");
     return;
   }
@@ -166,7 +167,7 @@ bool updateByIpType(const Run& run, IPType type, unsigned int mask, const std::s
 
 void handleProfileUpdateByTechType(const Run& run, const TypesByIPType& types,
                                    const std::string& apnName) {
-  // What no profile of its own IP type takes, the V4V6 profile is to take.
+  // The V4V6 profile takes the types that no profile of their own IP type takes.
   unsigned int withV4 = types.v4v6;
   if (types.v4 != 0 && !updateByIpType(run, IPType::V4, types.v4, apnName)) {
     withV4 |= types.v4;
@@ -179,8 +180,8 @@ void handleProfileUpdateByTechType(const Run& run, const TypesByIPType& types,
   if (updateByIpType(run, IPType::V4V6, withV6, apnName)) {
     return;
   }
-  // Without a V4V6 profile its types go to the other two, the V4 one also when it was asked
-  // nothing.
+  // Without a V4V6 profile its types go to the V4 and V6 profiles. Both are changed even when the
+  // list has no types for them.
   run.enter(Stage::ShareTypes, withV6);
   updateByIpType(run, IPType::V4, withV6 | types.v4, apnName);
   updateByIpType(run, IPType::V6, withV4 | types.v6, apnName);

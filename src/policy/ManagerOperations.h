@@ -6,10 +6,10 @@
 
 namespace pavo::policy {
 
-// A Manager's own.
+// Performs the operations with a Manager.
 class ManagerOperations final : public ProfileOperations {
  public:
-  explicit ManagerOperations(Manager& instance) : manager(instance) {}
+  explicit ManagerOperations(Manager& manager) : manager(manager) {}
 
   std::list<Key> filter(const FilterProfileParams& params) override {
     return manager.filter(params);

@@ -1,7 +1,7 @@
-// The library's policies: which profile serves a data call, an emergency call or LTE attach, and
-// how a list of wanted profiles reaches the modem. What they do for a client is told in
-// <pavo/Util.h>. Each is a handful of operations in a fixed order, with the lines of the library's
-// log between.
+// The library's policies. They choose the profile for a data call, an emergency call or LTE attach,
+// and write a list of wanted profiles to the modem. <pavo/Util.h> describes what they do for a
+// client. Each policy is a handful of operations in a fixed order, with lines of the library's log
+// between them.
 #pragma once
 
 #include <pavo/ProfileParams.h>
@@ -22,10 +22,10 @@ inline constexpr auto Error = LineLevel::Error;
 struct Run {
   ProfileOperations& profiles;
   PolicyObserver& observer;
-  // Whether a profile that is found may be changed to what is wanted.
+  // Whether a found profile may be changed to the wanted one.
   bool updateAllowed = false;
 
-  // A line of the library's log.
+  // Writes a line of the library's log.
   __attribute__((format(printf, 3, 4))) void log(LineLevel level, const char* format, ...) const;
   void enter(Stage stage, unsigned int apnTypes = 0) const { observer.enter(stage, apnTypes); }
 };
@@ -35,7 +35,8 @@ Key findOrCreateProfileForEmergencyDataCall(const Run& run, const ProfileParams&
 
 bool matchLteAttachProfileId(const Run& run, int profileId, const ProfileParams& params);
 Key findOrCreateProfileForLteAttach(const Run& run, const ProfileParams& params);
-// The modem's own profiles and our initial-attach one; never a profile that we made for data calls.
+// Returns true for the modem's own profiles and for the library's initial-attach profile, and false
+// for the library's other profiles.
 bool isUsableForAttach(const ProfileParams& profile);
 
 void updateModemProfileByApnClass(const Run& run, const std::list<ProfileParams>& profiles);

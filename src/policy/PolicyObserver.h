@@ -1,23 +1,23 @@
-// What a policy says while it runs.
+// The interface through which a running policy reports.
 #pragma once
 
 #include <string>
 
 namespace pavo::policy {
 
-// What the operations are for that come next.
+// The purpose of the operations that follow.
 enum class Stage {
-  // A data call's.
+  // Stages of a data call.
   SearchByName,
   SearchByNameAndHomeIPType,
   SearchByNameAndLikeHomeIPType,
   CreateForDataCall,
   ChangeForDataCall,
-  // An emergency call's.
+  // Stages of an emergency call.
   SearchEmergencyByName,
   SearchEmergency,
   CreateForEmergency,
-  // LTE attach's.
+  // Stages of LTE attach.
   SearchById,
   MatchExactly,
   MatchLikeIPTypes,
@@ -28,11 +28,11 @@ enum class Stage {
   SearchInitialAttach,
   ChangeForAttach,
   CreateForAttach,
-  // A list's, by APN class.
+  // Stages of a list by APN class.
   SearchByClass,
   ChangeByClass,
   CreateForClass,
-  // A list's, the APN types by name.
+  // Stages of a list's APN types by name.
   SearchForAllTypes,
   SearchForTypes,
   ChangeTypes,
@@ -50,12 +50,13 @@ enum class LineLevel { Debug, High, Error };
 
 class PolicyObserver {
  public:
-  // A line of the library's log.
+  // Reports a line of the library's log.
   virtual void log(LineLevel level, const char* line) = 0;
 
-  // For explanations. The types are what is to be written, in the stages that are about types.
+  // Reports the stage that begins, for explanations. In stages that concern types, apnTypes is what
+  // is to be written.
   virtual void enter(Stage /*stage*/, unsigned int /*apnTypes*/) {}
-  // A list wants these types for an APN name.
+  // Reports the types that a list wants for an APN name.
   virtual void collect(const std::string& /*apnName*/, const TypesByIPType& /*types*/) {}
 
  protected:

@@ -1,4 +1,4 @@
-// What several policies need.
+// Helpers that several policies share.
 #pragma once
 
 #include <pavo/ProfileParams.h>
@@ -17,8 +17,8 @@ inline constexpr unsigned int anyRoamIP = RoamIPSubset | RoamIPSuperset;
 
 inline std::string textOf(const Key& key) { return key != nullptr ? key->dump() : std::string(); }
 
-// The attributes that policies carry from the caller's parameters into a filter or a change, each
-// only when it is present.
+// These functions copy attributes, when they are present, from the caller's parameters into a
+// filter or a change.
 
 inline void copyApnName(const ProfileParams& from, ProfileParams& to) {
   if (from.hasApnName()) {

@@ -7,7 +7,7 @@
 namespace pavo::policy {
 
 void Run::log(LineLevel level, const char* format, ...) const {
-  // The library's log cuts lines long before that.
+  // The library's log cuts lines long before this length.
   std::array<char, 1024> line;
   std::va_list arguments;
   va_start(arguments, format);

@@ -1,4 +1,5 @@
-// What the policies do with profiles: the Manager's operations, wherever the profiles are.
+// The operations that the policies perform on profiles. They are the Manager's operations, wherever
+// the profiles are.
 #pragma once
 
 #include <pavo/AddProfileParams.h>
@@ -21,7 +22,7 @@ class ProfileOperations {
   virtual std::optional<ProfileParams> get(const Key& key) = 0;
   virtual bool match(const FilterProfileParams& params, const Key& key) = 0;
   virtual bool modify(const ModifyProfileParams& params, const Key& key) = 0;
-  // Empty when the profile could not be created.
+  // Returns an empty key when the profile could not be created.
   virtual Key add(const AddProfileParams& params) = 0;
 
  protected:

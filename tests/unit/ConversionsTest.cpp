@@ -7,6 +7,7 @@
 
 #include "Aliases.h"
 #include "CapturingLogWriter.h"
+#include "ExpirationListener.h"
 #include "StartedManagerTest.h"
 #include "TextKey.h"
 
