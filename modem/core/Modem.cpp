@@ -14,16 +14,6 @@ using nlohmann::json;
 
 namespace {
 
-ProfilesByIndex persistentOf(const ProfilesByIndex& profiles) {
-  ProfilesByIndex found;
-  for (const auto& [index, profile] : profiles) {
-    if (profile.isPersistent()) {
-      found.emplace(index, profile);
-    }
-  }
-  return found;
-}
-
 Bytes eventPayload(const ProfileEvent& event) {
   Bytes value;
   FieldWriter::appendNumber(value, profileType3gpp);
@@ -161,7 +151,7 @@ std::vector<Indication> Modem::erase(uint8_t index) {
 std::vector<Indication> Modem::raise(ProfileEvent event) const { return raiseAll({&event, 1}); }
 
 void Modem::powerOff() {
-  remembered = store ? loadStore() : table.persistent();
+  remembered = store ? loadStore() : persistentOf(table.all());
   table.clear();
   clients.clear();
   on = false;
@@ -313,7 +303,7 @@ ProfilesByIndex Modem::loadStore() const {
 void Modem::commit(ProfileTable changed, bool isPersistentChange) {
   if (store && isPersistentChange) {
     try {
-      store->save(changed.persistent());
+      store->save(persistentOf(changed.all()));
     } catch (const Error& error) {
       throw Refusal(ErrorCode::Internal, error.what());
     }

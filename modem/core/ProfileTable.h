@@ -14,6 +14,8 @@ namespace modem {
 
 using ProfilesByIndex = std::map<uint8_t, Profile>;
 
+ProfilesByIndex persistentOf(const ProfilesByIndex& profiles);
+
 class ProfileTable {
  public:
   static constexpr size_t capacityMax = 255;
@@ -24,7 +26,6 @@ class ProfileTable {
 
   size_t capacity() const { return indexMax; }
   const ProfilesByIndex& all() const { return profiles; }
-  ProfilesByIndex persistent() const;
 
   std::optional<uint8_t> lowestFreeIndex() const;
   bool isFree(uint8_t index) const;

@@ -54,7 +54,7 @@ void Server::run(ClientHandler& clientHandler) {
 
 void Server::adopt(UniqueFd socket) {
   {
-    const std::lock_guard lock(adoptedMutex);
+    const pavo::MutexLock lock(adoptedMutex);
     adopted.push_back(std::move(socket));
   }
   eventfd_write(wake.get(), 1);
@@ -99,7 +99,7 @@ void Server::waitForEvents() {
 void Server::drainWake() {
   eventfd_t count = 0;
   eventfd_read(wake.get(), &count);
-  const std::lock_guard lock(adoptedMutex);
+  const pavo::MutexLock lock(adoptedMutex);
   for (UniqueFd& socket : adopted) {
     connections.push_back(std::make_unique<Connection>(std::move(socket)));
   }

@@ -9,10 +9,10 @@
 #include <functional>
 #include <map>
 #include <memory>
-#include <mutex>
 #include <string>
 #include <vector>
 
+#include "base/Mutex.h"
 #include "modem/UniqueFd.h"
 #include "modem/server/ClientHandler.h"
 #include "modem/server/Connection.h"
@@ -84,8 +84,8 @@ class Server final : public ClientLink {
   std::atomic<bool> isStopping = false;
   static_assert(std::atomic<bool>::is_always_lock_free);
 
-  std::mutex adoptedMutex;
-  std::vector<UniqueFd> adopted;  // guarded by adoptedMutex
+  pavo::Mutex adoptedMutex;
+  std::vector<UniqueFd> adopted GUARDED_BY(adoptedMutex);
 };
 
 }  // namespace modem
