@@ -9,10 +9,10 @@
 
 namespace modem {
 
-// Throws Error when it is not there or cannot be read.
+// Throws Error if the file is missing or cannot be read.
 std::string readFile(const std::string& path);
 
-// Empty when it is not there.
+// Returns nothing if the file is missing. Throws Error if it cannot be read.
 std::optional<std::string> readFileIfAny(const std::string& path);
 
 // Writes all of the text. Throws Error, which names `path`.

@@ -27,7 +27,7 @@ constexpr std::array<EventName, 5> allEventNames = {{
     {eventReady, "ready"},
 }};
 
-// By error code.
+// The position is the error code.
 constexpr std::array<std::string_view, 10> allErrorNames = {"none",
                                                             "malformed message",
                                                             "internal",

@@ -61,7 +61,7 @@ Modem::Modem(Options options)
     : ownProfiles(std::move(options.ownProfiles)),
       store(std::move(options.store)),
       table(options.capacity),
-      // The first power-up counts, too.
+      // powerUp() increments it for the first time.
       boot((options.boot ? *options.boot : std::random_device{}()) - 1) {
   remembered = store ? loadStore() : persistentOf(ownProfiles);
   powerUp();
@@ -166,8 +166,8 @@ void Modem::powerUp() {
     if (profile.isPersistent()) {
       continue;
     }
-    // A persistent profile may have taken the place meanwhile; the modem's own one then moves, and
-    // is left out when the table is full.
+    // If a persistent profile has taken the index, the modem's own profile gets another one. It is
+    // omitted if the table is full.
     const auto free = fresh.isFree(index) ? std::optional(index) : fresh.lowestFreeIndex();
     if (free) {
       fresh.put(*free, profile);
@@ -182,7 +182,7 @@ bool Modem::Client::wants(const ProfileEvent& event) const {
   if (!isRegistered()) {
     return false;
   }
-  // A ready event is about all profiles, so whoever selected any of them is told.
+  // A ready event concerns all profiles, so every client with a selection gets it.
   return event.event == eventReady ||
          std::ranges::any_of(selections, [&event](const Selection& selection) {
            return selection.index == profileIndexAny || selection.index == event.index;
@@ -233,7 +233,7 @@ void Modem::configureClient(Client& client, MessageId messageId, const FieldRead
 
 void Modem::editProfile(MessageId messageId, const FieldReader& fields, FieldWriter& answer,
                         std::vector<Indication>& indications) {
-  // All values are read before the id is judged: a message that is malformed anywhere is malformed.
+  // All values are read before the id is checked, because "malformed" comes before a wrong id.
   Profile settings = messageId == MessageId::DeleteProfile ? Profile{} : readSettings(fields);
   if (messageId == MessageId::CreateProfile) {
     requireType3gpp(required(fields.number<uint32_t>(tagProfile), tagProfile));

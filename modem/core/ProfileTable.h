@@ -1,6 +1,6 @@
-// The modem's profiles by index. Indices run from 1 to the capacity; a new profile gets the lowest
-// free one. A plain value: the modem changes a copy and swaps it in when the change has been
-// stored.
+// The modem's profiles by index. Indices run from 1 to the capacity, and a new profile gets the
+// lowest free one. The table is a plain value: the modem changes a copy and replaces the table by
+// it when the change has been stored.
 #pragma once
 
 #include <cstddef>

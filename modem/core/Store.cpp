@@ -33,9 +33,8 @@ void Store::save(const ProfilesByIndex& profiles) const {
     throw Error(fresh + ": cannot create: " + file.problem);
   }
   writeAll(file.fd.get(), profileFileText(profiles), fresh);
-  // Not flushed to the disk: the power that is lost here is the emulated modem's, whose process may
-  // be killed at any moment, and not the host's; a flush on a busy disk takes longer than a client
-  // waits.
+  // The file is not flushed to the disk. It has to survive the end of the modem's process, but not
+  // a power loss of the host, and a flush on a busy disk takes longer than a client waits.
   file.fd.reset();
   if (std::rename(fresh.c_str(), path.c_str()) != 0) {
     throw Error(path + ": cannot replace: " + std::strerror(errno));

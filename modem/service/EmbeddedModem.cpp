@@ -16,7 +16,7 @@ namespace modem {
 
 namespace {
 
-// Runs the thread with all signals blocked: they belong to the program, which knows nothing of it.
+// Starts the thread with all signals blocked, because they are for the program's own threads.
 void startServing(Server& server, Service& service) {
   sigset_t all;
   sigset_t before;
@@ -31,7 +31,7 @@ void startServing(Server& server, Service& service) {
   pthread_sigmask(SIG_SETMASK, &before, nullptr);
 }
 
-// Never destroyed: clients may talk to it from destructors that run while the process exits.
+// The server is never destroyed, because clients may use it in destructors that run at exit.
 Server& embeddedServer() {
   static Server& server = []() -> Server& {
     auto fresh = std::make_unique<Server>(Server::Options{});

@@ -17,7 +17,7 @@ using nlohmann::json;
 
 namespace {
 
-// Takes bytes from the front; a value that is too short is malformed.
+// Removes a number from the front. Throws Refusal if the value is too short.
 uint64_t takeNumber(ByteView& bytes, size_t width) {
   if (bytes.size() < width) {
     throw Refusal(ErrorCode::MalformedMessage, "a value is too short");

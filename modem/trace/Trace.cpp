@@ -159,7 +159,7 @@ TraceWriter::TraceWriter(std::string tracePath)
     throw Error(path + ": cannot create: " + file.problem);
   }
   fd = std::move(file.fd);
-  // A device has no content to be dropped, and says so.
+  // A device, such as /dev/null, has no content and fails with EINVAL.
   if (ftruncate(fd.get(), 0) != 0 && errno != EINVAL) {
     throw Error(path + ": cannot empty: " + std::strerror(errno));
   }
