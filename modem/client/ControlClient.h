@@ -1,4 +1,5 @@
-// Speaks to a modem's control channel. Blocking; for tools and tests, one thread at a time.
+// A client of a modem's control channel, for tools and tests. Its calls block; one thread may use
+// it.
 #pragma once
 
 #include <cstdint>
@@ -17,15 +18,15 @@ using wire::FrameReader;
 
 class ControlClient {
  public:
-  // Connects to a modem's socket; throws SocketError. The modem does not wait long for the first
-  // call.
+  // Connects to a modem's socket. Throws SocketError. The modem closes the connection if the first
+  // call does not come within a second.
   explicit ControlClient(const std::string& socketPath);
   // Uses a connected socket, such as one from connectEmbedded(), and owns it.
   explicit ControlClient(int connectedSocket);
 
-  // The modem's reply, with "ok" and, when that is false, "error". Lists that came in pieces are
-  // whole. Throws SocketError when the connection is lost and std::length_error when the request is
-  // longer than a frame.
+  // Returns the modem's reply, with "ok" and, if that is false, "error". Lists in several pieces
+  // are put together. Throws SocketError if the connection is lost and std::length_error if the
+  // request is longer than a frame.
   nlohmann::json call(const std::string& verb,
                       const nlohmann::json& args = nlohmann::json::object());
 

@@ -1,9 +1,9 @@
-// The one way in which the modem's code fails: it throws an exception whose text is one line for
-// people and names the file, member or argument that is wrong.
+// The failure idiom of the modem: a function that fails throws Error with one line of text, which
+// names the file, member or argument that is wrong.
 //
-// Two failures carry a code besides: a Refusal has the error code of a response, a UsageError the
-// program's exit status. The functions that face the sockets (Server::run, Control::handle,
-// Modem::handle, connectEmbedded) catch what belongs to one request or one connection.
+// Two derived classes select a code: a Refusal the error code of a response, a UsageError the exit
+// status of the program. Control::handle and Modem::handle turn an exception into the answer to one
+// request, so that it does not end the server.
 #pragma once
 
 #include <stdexcept>

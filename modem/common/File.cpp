@@ -35,4 +35,14 @@ std::optional<std::string> readFileIfAny(const std::string& path) {
   return text;
 }
 
+void writeAll(int fd, std::string_view text, const std::string& path) {
+  while (!text.empty()) {
+    const ssize_t written = write(fd, text.data(), text.size());
+    if (written < 0 && errno != EINTR) {
+      throw Error(path + ": cannot write: " + std::strerror(errno));
+    }
+    text.remove_prefix(written > 0 ? static_cast<size_t>(written) : 0);
+  }
+}
+
 }  // namespace modem

@@ -1,17 +1,21 @@
-// Reading files as a whole.
+// Reading files as a whole, and writing to open ones.
 #pragma once
 
 #include <optional>
 #include <string>
+#include <string_view>
 
 #include "modem/common/Error.h"
 
 namespace modem {
 
-// Throws Error when it is not there or cannot be read.
+// Throws Error if the file is missing or cannot be read.
 std::string readFile(const std::string& path);
 
-// Empty when it is not there.
+// Returns nothing if the file is missing. Throws Error if it cannot be read.
 std::optional<std::string> readFileIfAny(const std::string& path);
+
+// Writes all of the text. Throws Error, which names `path`.
+void writeAll(int fd, std::string_view text, const std::string& path);
 
 }  // namespace modem

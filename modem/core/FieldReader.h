@@ -1,8 +1,8 @@
 // Reads a payload as a sequence of fields (tag, length, value).
 //
-// The framing of all fields is checked when the reader is made, each value's length when it is
-// asked for. Whatever is wrong is a Refusal with the code for a malformed message. The reader looks
-// into the caller's payload and must not outlive it.
+// The constructor checks the framing of all fields; each getter checks the length of its value.
+// Both throw a Refusal with the code for a malformed message. The reader refers to the caller's
+// payload and must not outlive it.
 #pragma once
 
 #include <array>
@@ -21,12 +21,12 @@ class FieldReader {
  public:
   explicit FieldReader(ByteView payload);
 
-  // Empty when the payload has no such field.
+  // These return nothing if the payload has no such field.
   std::optional<ByteView> bytes(uint8_t tag) const;
   std::optional<std::string> text(uint8_t tag) const;
   std::optional<int32_t> i32(uint8_t tag) const;
 
-  // Number is uint8_t, uint16_t, uint32_t or uint64_t; the field has to be exactly as wide.
+  // Number is an unsigned integer, and the field has to have its width.
   template <typename Number>
   std::optional<Number> number(uint8_t tag) const {
     const auto wide = numberOfWidth(tag, sizeof(Number));
@@ -39,10 +39,10 @@ class FieldReader {
   std::array<std::optional<ByteView>, 256> values;
 };
 
-// Little-endian, of 1 to 8 bytes.
+// Reads a little-endian number of 1 to 8 bytes.
 uint64_t numberFrom(ByteView bytes);
 
-// As a message names a tag: "field 0x1F".
+// Returns the name of a field in error texts, such as "field 0x1F".
 std::string fieldName(uint8_t tag);
 
 }  // namespace modem

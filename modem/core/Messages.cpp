@@ -27,6 +27,18 @@ constexpr std::array<EventName, 5> allEventNames = {{
     {eventReady, "ready"},
 }};
 
+// The position is the error code.
+constexpr std::array<std::string_view, 10> allErrorNames = {"none",
+                                                            "malformed message",
+                                                            "internal",
+                                                            "no resources",
+                                                            "invalid profile index",
+                                                            "invalid profile type",
+                                                            "argument too long",
+                                                            "invalid argument",
+                                                            "not supported",
+                                                            "not ready"};
+
 }  // namespace
 
 std::span<const EventName> eventNames() { return allEventNames; }
@@ -54,29 +66,8 @@ std::optional<MessageId> messageIdOf(std::string_view name) {
 }
 
 std::string_view errorName(ErrorCode code) {
-  switch (code) {
-    case ErrorCode::None:
-      return "none";
-    case ErrorCode::MalformedMessage:
-      return "malformed message";
-    case ErrorCode::Internal:
-      return "internal";
-    case ErrorCode::NoResources:
-      return "no resources";
-    case ErrorCode::InvalidProfileIndex:
-      return "invalid profile index";
-    case ErrorCode::InvalidProfileType:
-      return "invalid profile type";
-    case ErrorCode::ArgumentTooLong:
-      return "argument too long";
-    case ErrorCode::InvalidArgument:
-      return "invalid argument";
-    case ErrorCode::NotSupported:
-      return "not supported";
-    case ErrorCode::NotReady:
-      return "not ready";
-  }
-  return "unknown";
+  const auto number = static_cast<size_t>(code);
+  return number < allErrorNames.size() ? allErrorNames[number] : "unknown";
 }
 
 }  // namespace modem

@@ -1,7 +1,7 @@
 // The messages of the modem's data service: ids, field tags, codes and their names.
 //
-// Everything here is stated by tag, in the encoded form, and shares nothing with the C structures
-// that clients see: the two statements of one layout check each other.
+// This file states the encoded form by tag. It shares nothing with the C structures of the clients,
+// so that each of the two statements of the layout checks the other.
 #pragma once
 
 #include <cstddef>
@@ -81,10 +81,11 @@ enum EventCode : uint32_t {
   eventReady = 5,
 };
 
-// A type and an index.
+// A profile id is a type and an index.
 inline constexpr std::size_t profileIdBytes = 5;
 inline constexpr uint32_t profileType3gpp = 0;
-// In an event list: every type, every index. A ready indication names no profile and bears it too.
+// In an event list these stand for every type and every index. A ready indication has this index,
+// because it names no profile.
 inline constexpr uint32_t profileTypeAny = 255;
 inline constexpr uint8_t profileIndexAny = 255;
 
@@ -96,10 +97,10 @@ struct MessageName {
   std::string_view name;
 };
 
-// Every message that the modem knows, requests first.
+// Returns the messages that the modem knows, requests first.
 std::span<const MessageName> messageNames();
 
-// The name of a message, or its number as 0x1234 when it has none.
+// Returns the name of a message, or its number such as 0x1234 if it has none.
 std::string messageName(MessageId id);
 std::optional<MessageId> messageIdOf(std::string_view name);
 
@@ -110,7 +111,7 @@ struct EventName {
   std::string_view name;
 };
 
-// The events that a modem tells of.
+// Returns the events that a modem reports.
 std::span<const EventName> eventNames();
 
 }  // namespace modem

@@ -14,16 +14,6 @@ using nlohmann::json;
 
 namespace {
 
-ProfilesByIndex persistentOf(const ProfilesByIndex& profiles) {
-  ProfilesByIndex found;
-  for (const auto& [index, profile] : profiles) {
-    if (profile.isPersistent()) {
-      found.emplace(index, profile);
-    }
-  }
-  return found;
-}
-
 Bytes eventPayload(const ProfileEvent& event) {
   Bytes value;
   FieldWriter::appendNumber(value, profileType3gpp);
@@ -71,7 +61,7 @@ Modem::Modem(Options options)
     : ownProfiles(std::move(options.ownProfiles)),
       store(std::move(options.store)),
       table(options.capacity),
-      // The first power-up counts, too.
+      // powerUp() increments it for the first time.
       boot((options.boot ? *options.boot : std::random_device{}()) - 1) {
   remembered = store ? loadStore() : persistentOf(ownProfiles);
   powerUp();
@@ -161,7 +151,7 @@ std::vector<Indication> Modem::erase(uint8_t index) {
 std::vector<Indication> Modem::raise(ProfileEvent event) const { return raiseAll({&event, 1}); }
 
 void Modem::powerOff() {
-  remembered = store ? loadStore() : table.persistent();
+  remembered = store ? loadStore() : persistentOf(table.all());
   table.clear();
   clients.clear();
   on = false;
@@ -176,8 +166,8 @@ void Modem::powerUp() {
     if (profile.isPersistent()) {
       continue;
     }
-    // A persistent profile may have taken the place meanwhile; the modem's own one then moves, and
-    // is left out when the table is full.
+    // If a persistent profile has taken the index, the modem's own profile gets another one. It is
+    // omitted if the table is full.
     const auto free = fresh.isFree(index) ? std::optional(index) : fresh.lowestFreeIndex();
     if (free) {
       fresh.put(*free, profile);
@@ -192,7 +182,7 @@ bool Modem::Client::wants(const ProfileEvent& event) const {
   if (!isRegistered()) {
     return false;
   }
-  // A ready event is about all profiles, so whoever selected any of them is told.
+  // A ready event concerns all profiles, so every client with a selection gets it.
   return event.event == eventReady ||
          std::ranges::any_of(selections, [&event](const Selection& selection) {
            return selection.index == profileIndexAny || selection.index == event.index;
@@ -243,7 +233,7 @@ void Modem::configureClient(Client& client, MessageId messageId, const FieldRead
 
 void Modem::editProfile(MessageId messageId, const FieldReader& fields, FieldWriter& answer,
                         std::vector<Indication>& indications) {
-  // All values are read before the id is judged: a message that is malformed anywhere is malformed.
+  // All values are read before the id is checked, because "malformed" comes before a wrong id.
   Profile settings = messageId == MessageId::DeleteProfile ? Profile{} : readSettings(fields);
   if (messageId == MessageId::CreateProfile) {
     requireType3gpp(required(fields.number<uint32_t>(tagProfile), tagProfile));
@@ -313,7 +303,7 @@ ProfilesByIndex Modem::loadStore() const {
 void Modem::commit(ProfileTable changed, bool isPersistentChange) {
   if (store && isPersistentChange) {
     try {
-      store->save(changed.persistent());
+      store->save(persistentOf(changed.all()));
     } catch (const Error& error) {
       throw Refusal(ErrorCode::Internal, error.what());
     }

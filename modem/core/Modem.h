@@ -1,14 +1,14 @@
-// The modem itself: its profiles, its clients' registrations and its power.
+// The modem: its profiles, its clients' registrations and its power.
 //
-// It knows messages and no sockets: payloads of requests go in, payloads of responses and
-// indications come out. One thread uses it.
+// It takes the payloads of requests and returns the payloads of responses and indications; sockets
+// are not its concern. One thread uses it.
 //
 //            powerOff()                       powerUp()
 //   on  ----------------->  off (no clients) ----------->  on, with another boot number
 //
-// Persistent profiles live in the store, or without one in memory; the others end with the power.
-// The profile file gives the modem its own profiles: the non-persistent ones come back as in the
-// file at every power-up, the persistent ones are what a store without a file begins with.
+// Persistent profiles are kept in the store or, without one, in memory. The others end with the
+// power. The profile file gives the modem its own profiles. The non-persistent ones are restored at
+// every power-up; the persistent ones are the initial content of a store without a file.
 #pragma once
 
 #include <cstdint>
@@ -32,14 +32,14 @@ struct ProfileEvent {
   uint8_t index;
 };
 
-// A profile-changed indication on its way to one client.
+// A profile-changed indication to one client.
 struct Indication {
   ClientNumber client;
   uint32_t event;
   Bytes payload;
 };
 
-// What a request led to; the response goes out before the indications.
+// The result of a request. The response is sent before the indications.
 struct Outcome {
   Bytes response;
   std::vector<Indication> indications;
@@ -54,23 +54,24 @@ class Modem {
     std::optional<uint32_t> boot = {};  // the first boot number; empty: a random one
   };
 
-  // Powers up. Throws Error when the store cannot be read or written.
+  // Powers up. Throws Error if the store cannot be read or written.
   explicit Modem(Options options);
 
   bool isOn() const { return on; }
   uint32_t bootNumber() const { return boot; }
   const ProfileTable& profiles() const { return table; }
 
-  // sawAbsence: the client lived through a time without a modem and wants to be told, once it has
-  // registered, that the profiles are ready.
+  // sawAbsence: the client was without a modem for a time, and gets a ready indication when it has
+  // registered.
   void addClient(ClientNumber client, bool sawAbsence);
   void removeClient(ClientNumber client);
-  // Every client by number, with what it has registered for.
+  // Returns all clients by number, with their registrations.
   nlohmann::json clientsToJson() const;
 
   Outcome handle(ClientNumber number, MessageId messageId, ByteView payload);
 
-  // Edits by somebody who is no client; all registered clients are told. They throw Refusal.
+  // Edits over the control channel, which are indicated to all registered clients. They throw
+  // Refusal.
   struct Created {
     uint8_t index;
     std::vector<Indication> indications;
@@ -78,10 +79,10 @@ class Modem {
   Created create(Profile profile);
   std::vector<Indication> modify(uint8_t index, const Profile& changes);
   std::vector<Indication> erase(uint8_t index);
-  // Tells of an event that need not have happened.
+  // Returns the indications of an event, whether or not it has happened.
   std::vector<Indication> raise(ProfileEvent event) const;
 
-  // Forgets all clients and what is not persistent. When the store cannot be read it throws
+  // Removes all clients and all non-persistent profiles. If the store cannot be read it throws
   // Error and the modem stays on.
   void powerOff();
   void powerUp();
@@ -112,7 +113,7 @@ class Modem {
   uint8_t readProfileIndex(const FieldReader& fields) const;
   std::vector<Indication> raiseAll(std::span<const ProfileEvent> events) const;
   ProfilesByIndex loadStore() const;
-  // Stores what is persistent in changed, then makes it the table.
+  // Stores the persistent profiles of `changed` and then makes it the table.
   void commit(ProfileTable changed, bool isPersistentChange);
 
   const ProfilesByIndex ownProfiles;

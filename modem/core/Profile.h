@@ -1,8 +1,7 @@
 // A profile as the modem keeps it: a record of optional settings.
 //
-// forEachSetting states once, in the order of the tags, what every setting is called in a message
-// and in JSON and which values it may have. Reading, writing, checking, merging and the JSON form
-// all go through it.
+// forEachSetting states once, in the order of the tags, the names and the possible values of every
+// setting. Reading, writing, checking, merging and the JSON form use it.
 #pragma once
 
 #include <cstdint>
@@ -54,7 +53,7 @@ struct Setting {
   size_t textBytesMax = 0;  // of a text
   std::span<const Choice> choices =
       {};               // of an enumeration; empty: any number of the width will do
-  bool isFlag = false;  // any number but 0 is true and is kept as given
+  bool isFlag = false;  // any number but 0 is true; the number is kept
 };
 
 inline constexpr size_t nameBytesMax = 50;
@@ -62,7 +61,7 @@ inline constexpr size_t nameBytesMax = 50;
 std::span<const Choice> pdpTypeChoices();
 std::span<const Choice> commonPdpTypeChoices();
 
-// Calls visit(setting, profiles.member...) for every setting.
+// Calls visit(setting, profiles.member...) for each setting.
 template <typename Visit, typename... Profiles>
 void forEachSetting(Visit&& visit, Profiles&... profiles) {
   const auto pdp = pdpTypeChoices();
@@ -89,16 +88,16 @@ void forEachSetting(Visit&& visit, Profiles&... profiles) {
   // clang-format on
 }
 
-// Takes the settings out of a message without judging their values.
+// Reads the settings of a message without checking their values.
 Profile readSettings(const FieldReader& fields);
 
-// Throws a Refusal for the first text that is too long or value that its enumeration lacks.
+// Throws a Refusal for the first text that is too long or value that is not in its enumeration.
 void checkSettings(const Profile& profile);
 
 void writeSettings(FieldWriter& fields, const Profile& profile);
 
-// Gives target every setting that changes has, but never another persistence: that is fixed when a
-// profile is created.
+// Copies the settings that `changes` has to `target`, except for the persistence, which is fixed
+// when a profile is created.
 void mergeSettings(Profile& target, const Profile& changes);
 
 }  // namespace modem

@@ -95,7 +95,7 @@ std::optional<ProfilesByIndex> readProfileFile(const std::string& path, size_t c
 }
 
 std::string profileFileText(const ProfilesByIndex& profiles) {
-  // One profile a line, so that two states of a store can be compared by eye.
+  // Each profile has a line of its own, so that two states of a store can be compared by eye.
   std::string text = "{\"profiles\": [";
   const char* separator = "\n";
   for (const auto& [index, profile] : profiles) {

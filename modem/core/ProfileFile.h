@@ -1,5 +1,5 @@
 // The JSON form of a set of profiles: {"profiles": [{"index": 1, "apn": "internet", ...}, ...]}.
-// The profile file that a modem starts with and its store share it.
+// The modem's profile file and its store have this form.
 #pragma once
 
 #include <optional>
@@ -10,8 +10,8 @@
 
 namespace modem {
 
-// Every profile has an index from 1 to the capacity, its own or else the lowest that no other one
-// asks for. Empty when there is no such file; Error when it cannot be read or is wrong.
+// Returns nothing if there is no such file. A profile without an index gets the lowest one that no
+// other profile has. Throws Error if the file cannot be read or is wrong.
 std::optional<ProfilesByIndex> readProfileFile(const std::string& path, size_t capacity);
 
 std::string profileFileText(const ProfilesByIndex& profiles);

@@ -1,8 +1,8 @@
-// Profiles as JSON: in the profile file, in the store, on the control channel and in transcripts.
+// The JSON form of profiles, in files, on the control channel and in transcripts.
 //
-// A text is a JSON string, or {"hex": "..."} when its bytes are no UTF-8: the modem keeps texts as
-// given and has to get back the same bytes. Enumerations have names and may be given as numbers,
-// flags are true, false or a number.
+// A text is a JSON string, or {"hex": "..."} if its bytes are not UTF-8, because a text has to be
+// returned with the same bytes. Enumerations have names and may be given as numbers. Flags are
+// true, false or a number.
 #pragma once
 
 #include <nlohmann/json.hpp>
@@ -16,8 +16,8 @@ namespace modem {
 
 nlohmann::json toJson(const Profile& profile);
 
-// Takes the members that are settings; the caller deals with the others. Only the forms are
-// judged here; checkSettings judges the values.
+// Reads the members that are settings and ignores the others. It checks the types of the values;
+// checkSettings checks their ranges.
 Profile profileFromJson(const nlohmann::json& object);
 bool isSettingName(std::string_view name);
 

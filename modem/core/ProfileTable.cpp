@@ -6,20 +6,16 @@
 
 namespace modem {
 
+ProfilesByIndex persistentOf(const ProfilesByIndex& profiles) {
+  ProfilesByIndex persistent = profiles;
+  std::erase_if(persistent, [](const auto& entry) { return !entry.second.isPersistent(); });
+  return persistent;
+}
+
 ProfileTable::ProfileTable(size_t capacity) : indexMax(capacity) {
   if (capacity < 1 || capacity > capacityMax) {
     throw std::invalid_argument("the capacity has to be 1 to " + std::to_string(capacityMax));
   }
-}
-
-ProfilesByIndex ProfileTable::persistent() const {
-  ProfilesByIndex found;
-  for (const auto& [index, profile] : profiles) {
-    if (profile.isPersistent()) {
-      found.emplace(index, profile);
-    }
-  }
-  return found;
 }
 
 std::optional<uint8_t> ProfileTable::lowestFreeIndex() const {
@@ -36,8 +32,7 @@ bool ProfileTable::isFree(uint8_t index) const {
 }
 
 Profile* ProfileTable::find(uint8_t index) {
-  const auto found = profiles.find(index);
-  return found == profiles.end() ? nullptr : &found->second;
+  return const_cast<Profile*>(std::as_const(*this).find(index));
 }
 
 const Profile* ProfileTable::find(uint8_t index) const {

@@ -1,6 +1,6 @@
-// The modem's profiles by index. Indices run from 1 to the capacity; a new profile gets the lowest
-// free one. A plain value: the modem changes a copy and swaps it in when the change has been
-// stored.
+// The modem's profiles by index. Indices run from 1 to the capacity, and a new profile gets the
+// lowest free one. The table is a plain value: the modem changes a copy and replaces the table by
+// it when the change has been stored.
 #pragma once
 
 #include <cstddef>
@@ -14,6 +14,8 @@ namespace modem {
 
 using ProfilesByIndex = std::map<uint8_t, Profile>;
 
+ProfilesByIndex persistentOf(const ProfilesByIndex& profiles);
+
 class ProfileTable {
  public:
   static constexpr size_t capacityMax = 255;
@@ -24,7 +26,6 @@ class ProfileTable {
 
   size_t capacity() const { return indexMax; }
   const ProfilesByIndex& all() const { return profiles; }
-  ProfilesByIndex persistent() const;
 
   std::optional<uint8_t> lowestFreeIndex() const;
   bool isFree(uint8_t index) const;

@@ -1,5 +1,5 @@
-// Why the modem does not do what it was asked to do: an error code for the response of a client,
-// and one line for the people who ask over the control channel.
+// The reason why the modem refuses a request: an error code for the client's response, and a line
+// for the control channel.
 #pragma once
 
 #include <string>

@@ -1,7 +1,5 @@
 #include "modem/core/Store.h"
 
-#include <unistd.h>
-
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
@@ -10,25 +8,6 @@
 #include "base/PrivateFile.h"
 
 namespace modem {
-
-namespace {
-
-[[noreturn]] void fail(const std::string& path, const char* what) {
-  throw Error(path + ": " + what + ": " + std::strerror(errno));
-}
-
-void writeAll(int fd, const std::string& text, const std::string& path) {
-  size_t done = 0;
-  while (done < text.size()) {
-    const ssize_t written = write(fd, text.data() + done, text.size() - done);
-    if (written < 0 && errno != EINTR) {
-      fail(path, "cannot write");
-    }
-    done += written > 0 ? static_cast<size_t>(written) : 0;
-  }
-}
-
-}  // namespace
 
 Store::Store(std::string storePath, size_t tableCapacity)
     : path(std::move(storePath)), capacity(tableCapacity) {}
@@ -54,12 +33,11 @@ void Store::save(const ProfilesByIndex& profiles) const {
     throw Error(fresh + ": cannot create: " + file.problem);
   }
   writeAll(file.fd.get(), profileFileText(profiles), fresh);
-  // Not flushed to the disk: the power that is lost here is the emulated modem's, whose process may
-  // be killed at any moment, and not the host's; a flush on a busy disk takes longer than a client
-  // waits.
+  // The file is not flushed to the disk. It has to survive the end of the modem's process, but not
+  // a power loss of the host, and a flush on a busy disk takes longer than a client waits.
   file.fd.reset();
   if (std::rename(fresh.c_str(), path.c_str()) != 0) {
-    fail(path, "cannot replace");
+    throw Error(path + ": cannot replace: " + std::strerror(errno));
   }
 }
 

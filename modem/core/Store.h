@@ -1,10 +1,7 @@
-// Keeps the persistent profiles in a file.
+// Keeps the persistent profiles in a file of this user alone, because it holds passwords.
 //
-// The file is its owner's alone, for it holds passwords.
-//
-// A save replaces the file as a whole and returns when the new one would survive a kill of the
-// process: it is written beside the old one and renamed over it. A process that dies in the middle
-// leaves either the old state or the new one.
+// A save writes a new file beside the old one and renames it over the old one. So a process that is
+// killed during a save leaves the old state or the new one.
 #pragma once
 
 #include <optional>
@@ -18,10 +15,10 @@ class Store {
  public:
   Store(std::string path, size_t capacity);
 
-  // Empty when nothing was ever saved; throws Error.
+  // Returns nothing if there is no file yet. Throws Error.
   std::optional<ProfilesByIndex> load() const;
 
-  // Throws Error, and then the old file still stands.
+  // Throws Error and leaves the old file in place.
   void save(const ProfilesByIndex& profiles) const;
 
  private:

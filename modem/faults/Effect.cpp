@@ -1,5 +1,7 @@
 #include "modem/faults/Effect.h"
 
+#include <algorithm>
+
 #include "modem/common/Json.h"
 #include "modem/faults/effects/EffectFamilies.h"
 
@@ -23,13 +25,17 @@ void forEachType(const Visit& visit) {
 }  // namespace
 
 Effect::Effect(const EffectType& type, const json& args)
-    : ownArguments({{std::string(type.name), args[std::string(type.name)]}}), type(type) {
-  for (const std::string_view option : type.options) {
-    const auto given = args.find(std::string(option));
-    if (!option.empty() && given != args.end()) {
-      ownArguments[given.key()] = *given;
+    : ownArguments(json::object()), type(type) {
+  for (const auto& [name, value] : args.items()) {
+    if (hasArgument(name)) {
+      ownArguments[name] = value;
     }
   }
+}
+
+bool Effect::hasArgument(std::string_view argument) const {
+  return argument == type.name ||
+         (!argument.empty() && std::ranges::count(type.options, argument) > 0);
 }
 
 EffectPtr effectFromJson(const json& args) {

@@ -74,6 +74,7 @@ class Effect {
   std::string name() const { return std::string(type.name); }
   // The arguments that parse to the same effect.
   const nlohmann::json& arguments() const { return ownArguments; }
+  bool hasArgument(std::string_view argument) const;
   virtual bool fits(Subject subject) const { return type.fits(subject); }
 
   virtual void onIncoming(Incoming& incoming) const = 0;

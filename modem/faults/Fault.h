@@ -13,7 +13,7 @@ struct Trigger {
   uint32_t passes = 0;                // how many subjects it leaves alone first
   std::optional<uint32_t> times = 1;  // how often it takes effect; empty: without end
   double probability = 1;
-  // Of the random numbers that decide about each subject. Empty: the script's seed decides.
+  // The seed of the random decisions. Empty: it is derived from the script's seed.
   std::optional<uint64_t> seed = {};
 };
 

@@ -66,7 +66,7 @@ void triggerToJson(const Trigger& trigger, json& out) {
 void refuseUnknownArguments(const json& args, const Fault& fault) {
   for (const auto& [name, value] : args.items()) {
     const bool isKnown = name == selectorName(fault.selector.kind) ||
-                         fault.effect->arguments().contains(name) ||
+                         fault.effect->hasArgument(name) ||
                          std::ranges::count(triggerNames, std::string_view(name)) > 0;
     if (!isKnown) {
       throw Error("unknown argument \"" + name + "\"");

@@ -1,4 +1,4 @@
-// Faults as JSON: the arguments of the control verb "fail", and the elements of a script.
+// The JSON form of faults: the arguments of the control verb "fail" and the elements of a script.
 #pragma once
 
 #include <nlohmann/json.hpp>
@@ -10,13 +10,13 @@
 
 namespace modem {
 
-// Throws Error, which names what is wrong in one line.
+// Throws Error.
 Fault faultFromJson(const nlohmann::json& args);
 
-// What faultFromJson would make the same fault of.
+// Returns arguments from which faultFromJson makes the same fault.
 nlohmann::json toJson(const Fault& fault);
 
-// How many there may be at once.
+// The largest number of faults at one time.
 inline constexpr size_t faultsMax = 256;
 
 // A script is {"seed": number, "faults": [fault, ...]}.
@@ -25,13 +25,13 @@ struct FaultScript {
   std::vector<Fault> faults = {};
 };
 
-// Throws Error with the place of what is wrong, such as "faults[2]".
+// Throws Error with the place of the mistake, such as "faults[2]".
 FaultScript faultScriptFromJson(const nlohmann::json& script);
 
-// The same from a file; throws Error with the path and the place.
+// Reads a script from a file. Throws Error with the path and the place.
 FaultScript readFaultScript(const std::string& path);
 
-// What every program that reads JSON can hold.
+// The largest number that every reader of JSON represents exactly.
 inline constexpr uint64_t seedMax = (uint64_t{1} << 53) - 1;
 
 }  // namespace modem

@@ -24,7 +24,7 @@ struct Name {
 struct KindRow {
   std::string_view selector;
   std::vector<Name> names;
-  uint32_t codeMax;  // of one that is given as a number
+  uint32_t codeMax;  // the largest code that may be given as a number
 };
 
 std::vector<Name> requestNames() {
@@ -53,8 +53,8 @@ std::vector<Name> purposeNames() {
   return names;
 }
 
-// In the order of Subject::Kind. Never destroyed: an embedded modem's thread may still be here
-// while the process exits.
+// In the order of Subject::Kind. The rows are never destroyed, because an embedded modem's thread
+// may use them while the process exits.
 const std::array<KindRow, 3>& kindRows() {
   static const auto& rows =
       *new std::array<KindRow, 3>{{{"message", requestNames(), 0xFFFF},

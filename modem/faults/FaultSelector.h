@@ -1,4 +1,4 @@
-// Which subjects a fault is for, as JSON: "message", "indication" or "service".
+// The JSON form of selectors: "message", "indication" or "service".
 #pragma once
 
 #include <nlohmann/json.hpp>
@@ -9,16 +9,16 @@
 
 namespace modem {
 
-// From the only one of the three members that args has; throws Error.
+// Reads the only one of the three members that args has. Throws Error.
 Selector selectorFromJson(const nlohmann::json& args);
 void selectorToJson(const Selector& selector, nlohmann::json& out);
 
-// "message" and so on.
+// Returns the name of a kind, such as "message".
 std::string selectorName(Subject::Kind kind);
 
 bool isSelected(const Selector& selector, Subject subject);
 
-// The known subjects that it selects; the one that it names, known or not.
+// Returns the known subjects that it selects, or the one that it names.
 std::vector<Subject> subjectsOf(const Selector& selector);
 
 }  // namespace modem

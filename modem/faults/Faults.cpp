@@ -11,10 +11,10 @@ using nlohmann::json;
 
 namespace {
 
-// In [0, 1). The standard's distributions differ from one library to the next.
-double roll(std::mt19937_64& dice) {
+// Returns a number in [0, 1). The standard's distributions differ between libraries.
+double randomFraction(std::mt19937_64& random) {
   constexpr int doubleBits = 53;
-  return static_cast<double>(dice() >> (64 - doubleBits)) /
+  return static_cast<double>(random() >> (64 - doubleBits)) /
          static_cast<double>(uint64_t{1} << doubleBits);
 }
 
@@ -30,7 +30,7 @@ void Faults::add(const Fault& fault) {
   if (!trigger.seed) {
     trigger.seed = ownSeed;
   }
-  fresh.dice.seed(*trigger.seed);
+  fresh.random.seed(*trigger.seed);
   pending.push_back(std::move(fresh));
 }
 
@@ -79,7 +79,7 @@ bool Faults::Pending::isDue() {
     --fault.trigger.passes;
     return false;
   }
-  return fault.trigger.probability >= 1 || roll(dice) < fault.trigger.probability;
+  return fault.trigger.probability >= 1 || randomFraction(random) < fault.trigger.probability;
 }
 
 // Each fault gets a seed of its own, so that two faults with the same probability do not always

@@ -1,9 +1,8 @@
-// What the modem was told to do wrong, and when still.
+// The faults that the modem has, and how often each has yet to take effect.
 //
-// Every fault counts the subjects that its selector picks and its effect can befall. A subject
-// meets one fault at most, the first in the order of adding that is due. What the dice decide
-// depends on the seeds and on the order of the subjects only, so that the same script and the same
-// requests make the same faults.
+// Every fault counts the subjects that its selector selects and its effect fits. A subject gets one
+// fault at most: the oldest one that is due. The random decisions depend on the seeds and on the
+// order of the subjects alone, so that the same script and the same requests repeat a run.
 #pragma once
 
 #include <cstddef>
@@ -20,26 +19,26 @@ namespace modem {
 
 class Faults {
  public:
-  // Behind those that there are. Throws Error when there are too many.
+  // Adds a fault. Throws Error if there are too many.
   void add(const Fault& fault);
-  // In their place, with the script's seed or else 0.
+  // Replaces all faults, and the seed by the script's seed or 0.
   void replace(const FaultScript& script);
 
-  // What befalls this subject; uses up one time of the fault.
+  // Returns the effect on this subject, or null, and uses up one time of its fault.
   EffectPtr take(Subject subject);
 
-  // Those that are not used up, as what is left of them.
+  // Returns the faults that are not used up, with what is left of them.
   nlohmann::json toJson() const;
-  // Forgets them, but not the seed.
+  // Removes all faults but keeps the seed.
   void clear();
 
  private:
   struct Pending {
     Fault fault;
-    std::mt19937_64 dice;
+    std::mt19937_64 random;
 
     bool counts(Subject subject) const;
-    // Counts the subject; true when this fault takes effect unless another one has.
+    // Counts the subject. Returns whether this fault takes effect unless an earlier one does.
     bool isDue();
     bool isUsedUp() const { return fault.trigger.times == 0u; }
   };

@@ -1,4 +1,4 @@
-// The power goes and returns, once or over and over.
+// A loss and return of the power, once or several times.
 #pragma once
 
 #include <chrono>
@@ -8,12 +8,12 @@
 namespace modem {
 
 struct PowerCycle {
-  std::chrono::milliseconds off{0};  // without power; 0: it is back before anybody can tell
-  std::chrono::milliseconds on{0};   // with power, before it goes again
+  std::chrono::milliseconds off{0};  // without power; 0: it returns before a client can connect
+  std::chrono::milliseconds on{0};   // with power, before the next loss
   uint32_t times = 1;
 };
 
-// From the arguments offMs, onMs and times; throws Error.
+// Reads the arguments offMs, onMs and times. Throws Error.
 PowerCycle powerCycleFromJson(const nlohmann::json& args);
 void powerCycleToJson(const PowerCycle& cycle, nlohmann::json& out);
 

@@ -1,5 +1,4 @@
-// What the program pavo-modem does: its three ways of being called. Each returns the exit code;
-// what is wrong is thrown.
+// The three commands of the program pavo-modem. Each returns the exit status and throws Error.
 #pragma once
 
 #include <unistd.h>
@@ -42,7 +41,7 @@ struct ReplayArguments {
   std::string tracePath;
 };
 
-// Refused when a request differed from the trace.
+// Returns exitRefused if a request differed from the trace.
 int replay(const ReplayArguments& arguments);
 
 struct ControlArguments {

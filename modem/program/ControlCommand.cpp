@@ -12,7 +12,7 @@ using nlohmann::json;
 
 namespace {
 
-// A value is JSON when it reads as JSON, otherwise a text: apn=ims, class=3, clat=true.
+// A value that is not JSON is a text: apn=ims, class=3, clat=true.
 json valueFromText(const std::string& text) {
   json value = json::parse(text, /*cb=*/nullptr, /*allow_exceptions=*/false);
   return value.is_discarded() ? json(text) : value;

@@ -12,7 +12,7 @@ namespace modem {
 
 namespace {
 
-// For the signal handler.
+// Read by the signal handler.
 std::atomic<Server*> runningServer = nullptr;
 static_assert(std::atomic<Server*>::is_always_lock_free);
 
@@ -25,9 +25,9 @@ void setTerminationHandler(void (*handler)(int)) {
   sigaction(SIGINT, &action, nullptr);
 }
 
-// SIGTERM and SIGINT end the server while this lives. Afterwards they are ignored: what is left of
-// the process is its orderly end, for which they ask. The handler runs on this thread, the only one
-// of the process, and so is over before the signals are ignored; only then is the pointer cleared.
+// SIGTERM and SIGINT end the server while this object lives, and are ignored afterwards, because
+// the process is ending by then. The handler runs on this thread, the only one of the process. So
+// it has returned before the signals are ignored, and the pointer is cleared after that.
 class TerminationBySignals {
  public:
   explicit TerminationBySignals(Server& server) {
@@ -55,7 +55,7 @@ void writeLog(const std::string& line) { std::cerr << "pavo-modem: " + line << s
 
 void runServer(Server& server, ClientHandler& handler, const std::string& socketPath, int readyFd) {
   const TerminationBySignals termination(server);
-  // The reader of the ready line may be gone when it is written.
+  // The reader of the ready line may have gone before it is written.
   signal(SIGPIPE, SIG_IGN);
   writeReadyLine(readyFd, socketPath);
   server.run(handler);

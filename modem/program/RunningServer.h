@@ -1,4 +1,4 @@
-// A server as a process has one: with signals that end it, and a line when it listens.
+// Runs a server as the only one of a process: signals end it, and a line says when it listens.
 #pragma once
 
 #include <string>
@@ -8,11 +8,11 @@
 
 namespace modem {
 
-// A line for people on the standard error.
+// Writes a line to the standard error.
 void writeLog(const std::string& line);
 
 // Serves the socket until SIGTERM, SIGINT or the handler ends it. Afterwards these signals are
-// ignored. For a process of one thread.
+// ignored. The process must have only one thread.
 void runServer(Server& server, ClientHandler& handler, const std::string& socketPath, int readyFd);
 
 }  // namespace modem

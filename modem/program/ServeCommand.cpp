@@ -32,7 +32,7 @@ Service::Options optionsFrom(const ServeArguments& arguments) {
     options.script.seed = arguments.seed;
   }
   if (options.script.seed) {
-    // A run that is to be repeated starts alike.
+    // A run with the same seed has to start with the same boot number.
     options.modem.boot = static_cast<uint32_t>(*options.script.seed);
   }
   return options;
@@ -42,7 +42,8 @@ Service::Options optionsFrom(const ServeArguments& arguments) {
 
 int serve(const ServeArguments& arguments) {
   Service::Options options = optionsFrom(arguments);
-  // The socket first: a modem that is refused it must not touch the files of the one that has it.
+  // The socket comes first: a modem that cannot have it must not touch the files of the modem that
+  // has it.
   const wire::ListeningSocket listener(arguments.socketPath);
   std::optional<pavo::FileLock> storeLock;
   if (!arguments.storePath.empty()) {

@@ -1,5 +1,6 @@
-// What stands between the sockets and whoever speaks for the modem: the modem itself (Service) or a
-// recording of one (Replay). All of it happens on the server's thread.
+// The interfaces between the server, which owns the connections, and the handler of the messages:
+// an emulated modem (Service) or a replayed trace (Replay). All calls are made on the server's
+// thread.
 #pragma once
 
 #include <chrono>
@@ -20,8 +21,8 @@ using wire::Purpose;
 
 using ClientNumber = uint32_t;
 
-// The clients' connections, as the handler may use them. A number of a client that has left is
-// nothing wrong: what is sent to it is lost.
+// The clients' connections, as the handler may use them. The number of a client that has left is
+// valid; messages to it are dropped.
 class ClientLink {
  public:
   virtual bool isConnected(ClientNumber client) const = 0;
@@ -31,7 +32,7 @@ class ClientLink {
   virtual void after(std::chrono::microseconds delay, std::function<void()> action) = 0;
   // Ends the server's run.
   virtual void stop() = 0;
-  // Tells the people in one line what is not as it should be.
+  // Reports a problem on one line, for the log.
   virtual void report(const std::string& line) = 0;
 
   virtual ~ClientLink() = default;
@@ -42,12 +43,12 @@ enum class ClosedBy { Client, Modem };
 
 class ClientHandler {
  public:
-  // The numbers of clients go up from 1 and are never used again.
+  // Clients are numbered from 1. A number is never used again.
   virtual void onHello(ClientNumber client, Hello hello) = 0;
   virtual void onRequest(ClientNumber client, const Frame& request) = 0;
-  // Once for each client that said hello.
+  // Called once for each client that has said hello.
   virtual void onEnd(ClientNumber client, ClosedBy closedBy) = 0;
-  // The payload of a control request; the payload of its response.
+  // Returns the response to a control request.
   virtual nlohmann::json onControl(std::string_view request) = 0;
 
   virtual ~ClientHandler() = default;

@@ -51,12 +51,13 @@ void Connection::flush() {
     } else if (errno == EAGAIN) {
       break;
     } else if (errno == EPIPE || errno == ECONNRESET) {
-      close(ClosedBy::Client, "");  // It has left, as clients do.
+      close(ClosedBy::Client, "");  // The peer has left, which is not an error.
     } else if (errno != EINTR) {
       close(ClosedBy::Client, std::string("cannot send: ") + std::strerror(errno));
     }
   }
-  // Moving the rest to the front each time would cost a slow reader's backlog over and over.
+  // The rest is moved to the front only when more than half has been sent. Moving it at each send
+  // would copy a slow reader's backlog over and over.
   if (!hasOutput()) {
     output.clear();
     outputDone = 0;

@@ -1,10 +1,10 @@
-// One connection of the server: bytes in, frames out, and the other way round. Never blocks.
+// One connection of the server: it reads frames and writes frames, and never blocks.
 //
 //               first frame
 //   Unknown --- hello -----------> Client
 //           \-- control request -> Control
 //
-// A connection that is closed for whatever reason stays closed and is swept away by the server.
+// A closed connection stays closed until the server removes it.
 #pragma once
 
 #include <chrono>
@@ -27,45 +27,45 @@ enum class Role { Unknown, Client, Control };
 
 class Connection {
  public:
-  // A peer that does not read is given up when this much waits for it.
+  // A connection is closed when more bytes than this wait for a peer that does not read.
   static constexpr size_t outputBytesMax = 1 << 20;
 
   using Clock = std::chrono::steady_clock;
 
-  // speakBy: when the first frame has to be there.
+  // speakBy: the deadline of the first frame.
   explicit Connection(UniqueFd socket, Clock::time_point speakBy = Clock::time_point::max())
-      : silenceEnd(speakBy), fd(std::move(socket)) {}
+      : firstFrameDeadline(speakBy), fd(std::move(socket)) {}
 
   int get() const { return fd.get(); }
   bool isOpen() const { return fd.isOpen(); }
   bool hasOutput() const { return output.size() > outputDone; }
 
-  // Reads once. False when the peer has ended its side; frames may have come before that.
+  // Reads once. Returns false when the peer has ended its side; frames may precede the end.
   bool receive();
-  // The next whole frame; a broken stream closes the connection.
+  // Takes the next whole frame. A broken stream closes the connection.
   bool nextFrame(Frame& frame);
 
-  // Writes what the socket takes now and keeps the rest.
+  // Writes what the socket accepts now and keeps the rest.
   void send(const Frame& frame);
   void flush();
 
-  // why is empty when nobody is to be blamed.
+  // why: the line for the log; empty for an ordinary end.
   void close(ClosedBy closedBy, std::string why);
   const std::string& closeReason() const { return reason; }
   ClosedBy whoClosed() const { return closedBy; }
 
   bool isMidFrame() const { return reader.isMidFrame(); }
 
-  // When this connection is to be closed, unless it has said by then what it is.
-  Clock::time_point closedForSilenceAt() const {
-    return role == Role::Unknown ? silenceEnd : Clock::time_point::max();
+  // The time at which this connection is closed if its first frame has not arrived.
+  Clock::time_point closeDeadline() const {
+    return role == Role::Unknown ? firstFrameDeadline : Clock::time_point::max();
   }
 
   Role role = Role::Unknown;
-  ClientNumber client = 0;  // of a Client
+  ClientNumber client = 0;  // of the role Client only
 
  private:
-  const Clock::time_point silenceEnd;
+  const Clock::time_point firstFrameDeadline;
   UniqueFd fd;
   FrameReader reader;
   std::vector<uint8_t> output;

@@ -1,5 +1,5 @@
-// Keeps what others can bring about at will from filling the log: of such lines one a second is
-// let through, and the next one says how many were left out.
+// Limits log lines that other processes can cause at will: it admits one line a second and appends
+// the number of omitted lines to the next one.
 #pragma once
 
 #include <chrono>
@@ -14,7 +14,7 @@ class LineLimit {
   using Clock = std::chrono::steady_clock;
   static constexpr std::chrono::seconds pause{1};
 
-  // What is to be written of a line that comes up now; empty when it is left out.
+  // Returns the line to write now, or nothing if this line is omitted.
   std::optional<std::string> admit(const std::string& line, Clock::time_point now = Clock::now());
 
  private:

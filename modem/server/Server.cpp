@@ -19,13 +19,13 @@ namespace modem {
 
 namespace {
 
-// How long to leave the listening socket alone when the process has run out of descriptors:
-// otherwise the same connection would wake the loop without end.
+// How long the listening socket is ignored after the process has run out of descriptors. Otherwise
+// the same waiting connection would wake the loop without end.
 constexpr std::chrono::milliseconds acceptPause(100);
 
-// A peer that has spoken already sees an ordinary end, and not a reset, when nothing it has said is
-// left unread.
-void turnAway(const UniqueFd& socket) {
+// Reads what the peer has already sent, because closing a socket with unread data resets the
+// connection. The peer is to see an ordinary end.
+void closeWithoutReset(const UniqueFd& socket) {
   shutdown(socket.get(), SHUT_RDWR);
   char unread[4096];
   while (recv(socket.get(), unread, sizeof unread, MSG_DONTWAIT) > 0) {
@@ -48,14 +48,14 @@ void Server::run(ClientHandler& clientHandler) {
   while (!isStopping) {
     waitForEvents();
     runTimers();
-    closeSilent();
+    closeOverdue();
     sweepClosed();
   }
 }
 
 void Server::adopt(UniqueFd socket) {
   {
-    const std::lock_guard lock(adoptedMutex);
+    const pavo::MutexLock lock(adoptedMutex);
     adopted.push_back(std::move(socket));
   }
   eventfd_write(wake.get(), 1);
@@ -84,7 +84,7 @@ void Server::waitForEvents() {
     if ((polled[i].revents & POLLOUT) != 0) {
       connection.flush();
     }
-    // An earlier connection of this round may have closed this one, by a power cycle.
+    // A power cycle on an earlier connection of this round may have closed this one.
     if ((polled[i].revents & ~POLLOUT) != 0 && connection.isOpen()) {
       serve(connection);
     }
@@ -100,7 +100,7 @@ void Server::waitForEvents() {
 void Server::drainWake() {
   eventfd_t count = 0;
   eventfd_read(wake.get(), &count);
-  const std::lock_guard lock(adoptedMutex);
+  const pavo::MutexLock lock(adoptedMutex);
   for (UniqueFd& socket : adopted) {
     connections.push_back(std::make_unique<Connection>(std::move(socket)));
   }
@@ -124,15 +124,15 @@ void Server::acceptAll() {
 void Server::take(UniqueFd socket) {
   const auto peer = wire::peerOf(socket.get());
   if (!peer || !wire::mayConnect(*peer, geteuid())) {
-    turnAway(socket);
+    closeWithoutReset(socket);
     reportLimited("a connection was turned away, it is of " +
                   (peer ? "user " + std::to_string(*peer) : "an unknown user"));
   } else if (connections.size() >= connectionsMax) {
-    turnAway(socket);
+    closeWithoutReset(socket);
     reportLimited("a connection was turned away, there are " + std::to_string(connectionsMax));
   } else {
     connections.push_back(
-        std::make_unique<Connection>(std::move(socket), Clock::now() + silenceMax));
+        std::make_unique<Connection>(std::move(socket), Clock::now() + firstFrameTimeout));
   }
 }
 
@@ -147,13 +147,13 @@ void Server::serve(Connection& connection) {
   }
 }
 
-void Server::closeSilent() {
+void Server::closeOverdue() {
   const Clock::time_point now = Clock::now();
   for (const auto& connection : connections) {
-    if (!connection->isOpen() || connection->closedForSilenceAt() > now) {
+    if (!connection->isOpen() || connection->closeDeadline() > now) {
       continue;
     }
-    // A server that was held up itself may not have heard it yet.
+    // The server may have been delayed itself, so it reads once more before it decides.
     serve(*connection);
     if (connection->role == Role::Unknown) {
       connection->close(ClosedBy::Modem, "it has not said what it is");
@@ -186,7 +186,7 @@ void Server::sweepClosed() {
 }
 
 void Server::runTimers() {
-  // Those that the actions add wait for the next round, however soon they are due.
+  // Timers that the actions add run in the next round, even if they are due now.
   const Clock::time_point now = Clock::now();
   while (!timers.empty() && timers.begin()->first <= now) {
     const auto action = std::move(timers.extract(timers.begin()).mapped());
@@ -197,7 +197,7 @@ void Server::runTimers() {
 int Server::timeoutMs() const {
   auto next = timers.empty() ? Clock::time_point::max() : timers.begin()->first;
   for (const auto& connection : connections) {
-    next = std::min(next, connection->closedForSilenceAt());
+    next = std::min(next, connection->closeDeadline());
   }
   if (next == Clock::time_point::max()) {
     return -1;
@@ -244,7 +244,7 @@ void Server::onControl(Connection& connection, const Frame& frame) {
                                  frame.payload.size());
   std::string reply = dumpLine(handler->onControl(request));
   if (reply.size() > wire::framePayloadBytesMax) {
-    // Lists come in pieces; this is an error that quotes what was asked.
+    // Lists are split into pieces, so only an error that quotes the request can be this long.
     reply = dumpLine({{"ok", false}, {"error", "the request is too long to be answered"}});
   }
   connection.send({.kind = FrameKind::ControlResponse,

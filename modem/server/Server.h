@@ -1,7 +1,9 @@
-// Serves any number of clients and control connections, all on the thread that is in run(): bytes
-// and frames, rounds and timers, and no idea of what is said. Connections come from a listening
-// socket, from adopt(), or from both. Those from the listening socket come from anywhere: they have
-// to be of this process's user, or of root, and to say within silenceMax what they are.
+// Serves clients and control connections on the thread that is in run(). It moves bytes, frames and
+// timers; the handler gives messages their meaning.
+//
+// Connections come from a listening socket, from adopt(), or from both. A connection from the
+// listening socket has to belong to this process's user or to root, and has to send its first frame
+// within firstFrameTimeout.
 #pragma once
 
 #include <atomic>
@@ -9,10 +11,10 @@
 #include <functional>
 #include <map>
 #include <memory>
-#include <mutex>
 #include <string>
 #include <vector>
 
+#include "base/Mutex.h"
 #include "base/UniqueFd.h"
 #include "modem/server/ClientHandler.h"
 #include "modem/server/Connection.h"
@@ -27,27 +29,27 @@ using pavo::UniqueFd;
 class Server final : public ClientLink {
  public:
   static constexpr size_t connectionsMax = 256;
-  static constexpr std::chrono::seconds silenceMax{1};
+  static constexpr std::chrono::seconds firstFrameTimeout{1};
 
   struct Options {
-    int listenFd = -1;  // the caller's, outlives the server; -1: adopted connections only
-    // Told in one line why connections end, when that is the peer's fault. May be empty.
+    int listenFd = -1;  // owned by the caller, outlives the server; -1: none
+    // Called with one line for the log when a connection ends by its peer's fault. May be empty.
     std::function<void(const std::string&)> report;
   };
 
-  // Throws Error when there is no descriptor.
+  // Throws Error if the process has no free descriptor.
   explicit Server(Options options);
 
-  // The handler outlives the run.
+  // The handler has to outlive the run.
   void run(ClientHandler& handler);
 
-  // Any thread: serve this connected socket too.
+  // Serves this connected socket as well. Callable on any thread.
   void adopt(UniqueFd socket);
 
-  // Any thread and any signal handler: end run().
+  // Ends run(). Callable on any thread and in a signal handler.
   void stop() override;
 
-  // The rest of ClientLink: for the handler, on the thread that is in run().
+  // The rest of ClientLink, for the handler on the thread that is in run().
   bool isConnected(ClientNumber client) const override;
   void send(ClientNumber client, const Frame& frame) override;
   void hangUp(ClientNumber client) override;
@@ -63,7 +65,7 @@ class Server final : public ClientLink {
   void acceptAll();
   void take(UniqueFd socket);
   void serve(Connection& connection);
-  void closeSilent();
+  void closeOverdue();
   void sweepClosed();
   void reportLimited(const std::string& line);
   void runTimers();
@@ -74,22 +76,22 @@ class Server final : public ClientLink {
   void onControl(Connection& connection, const Frame& frame);
   Connection* findClient(ClientNumber client) const;
 
-  ClientHandler* handler = nullptr;  // while in run()
+  ClientHandler* handler = nullptr;  // null outside of run()
   const int listenFd;
   const std::function<void(const std::string&)> reportLine;
-  const UniqueFd wake;  // an eventfd: something was adopted, or the end was asked for
+  const UniqueFd wake;  // an eventfd, signalled by adopt() and stop()
   std::vector<std::unique_ptr<Connection>> connections;
   std::multimap<Clock::time_point, std::function<void()>> timers;
-  LineLimit unknownPeerLines;  // of connections that end before they have said what they are
+  LineLimit unknownPeerLines;  // of connections without a first frame
   Clock::time_point acceptAgainAt = Clock::time_point::min();
   ClientNumber lastClient = 0;
 
-  // Set by stop(); lock-free, for the sake of signal handlers.
+  // Set by stop(). It has to be lock-free because a signal handler may set it.
   std::atomic<bool> isStopping = false;
   static_assert(std::atomic<bool>::is_always_lock_free);
 
-  std::mutex adoptedMutex;
-  std::vector<UniqueFd> adopted;  // guarded by adoptedMutex
+  pavo::Mutex adoptedMutex;
+  std::vector<UniqueFd> adopted GUARDED_BY(adoptedMutex);
 };
 
 }  // namespace modem

@@ -16,8 +16,8 @@ using nlohmann::json;
 
 namespace {
 
-// What the elements of one list in one reply may take; the rest of the reply is far smaller than
-// what a frame holds beyond it.
+// The bytes that the elements of a list may take in one reply. The rest of the reply is far smaller
+// than the rest of the frame.
 constexpr size_t listBytesMax = 32 << 10;
 static_assert(Transcript::entryJsonBytesMax <= listBytesMax);
 static_assert(2 * listBytesMax <= wire::framePayloadBytesMax);
@@ -39,14 +39,14 @@ uint8_t indexOf(const json& args) {
   return static_cast<uint8_t>(requiredNumber(args, "index", std::numeric_limits<uint8_t>::max()));
 }
 
-// Collects elements until the frame is full; then says where to go on.
+// Collects elements until the reply is full and then sets "more" to the next element's position.
 class PagedList {
  public:
   PagedList(json& wholeReply, std::string listName) : reply(wholeReply), name(std::move(listName)) {
     reply[name] = json::array();
   }
 
-  // False when the element with this position has to wait for the next reply.
+  // Returns false if the element at this position has to wait for the next reply.
   bool add(uint64_t position, json element) {
     bytes += dumpLine(element).size() + 1;
     if (bytes > listBytesMax && !reply[name].empty()) {
@@ -74,7 +74,7 @@ struct Control::Verb {
 };
 
 const Control::Verb* Control::findVerb(std::string_view name) {
-  // Never destroyed: an embedded modem's thread may still be here while the process exits.
+  // The verbs are never destroyed, because an embedded modem's thread may use them during exit.
   static const auto& verbs = *new std::vector<Verb>{
       {"show", &Control::show, {"since"}},
       {"create", &Control::create, {}, /*takesSettings=*/true},

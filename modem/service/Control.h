@@ -1,7 +1,7 @@
-// The control channel's verbs: JSON in, JSON out. docs/modem.md lists them.
+// The verbs of the control channel, with JSON requests and responses. docs/modem.md lists them.
 //
-// Every verb judges all of its arguments before it does anything. Lists that do not fit into one
-// frame come in pieces: a reply with "more" is continued by the same verb with more.since.
+// Every verb checks all of its arguments before it does anything. A list that does not fit into one
+// frame is split: a reply with "more" is continued by the same verb with "since".
 #pragma once
 
 #include <nlohmann/json.hpp>
@@ -14,13 +14,13 @@
 
 namespace modem {
 
-// What the verbs need of whoever serves the clients.
+// What the verbs need of the service that runs them.
 class ControlHost {
  public:
   virtual void deliver(const std::vector<Indication>& indications) = 0;
-  // Closes every client's connection each time. Throws Error when the power stays on.
+  // Closes the connections of all clients. Throws Error if the power stays on.
   virtual void powerCycle(const PowerCycle& cycle) = 0;
-  // Sends the indications that a fault has kept back.
+  // Sends the indications that a fault holds back.
   virtual void releaseHeldBack() = 0;
   virtual bool canQuit() const = 0;
   virtual void quit() = 0;
@@ -31,7 +31,7 @@ class Control {
  public:
   Control(Modem& modem, Faults& faults, Transcript& transcript, ControlHost& host);
 
-  // The payload of a control request; never throws because of what it says.
+  // Returns the reply to a request. Errors of the request become error replies.
   nlohmann::json handle(std::string_view request);
 
  private:

@@ -16,7 +16,7 @@ namespace modem {
 
 namespace {
 
-// Never destroyed: clients may talk to it from destructors that run while the process exits.
+// The server is never destroyed, because clients may use it in destructors that run at exit.
 Server& embeddedServer() {
   static Server& server = []() -> Server& {
     auto fresh = std::make_unique<Server>(Server::Options{});

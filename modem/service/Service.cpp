@@ -97,7 +97,7 @@ Service::Service(Options options, ClientLink& link)
 void Service::onHello(ClientNumber client, Hello hello) {
   const Frame frame = helloFrame(wire::encodeHello(hello));
   if (!modem.isOn()) {
-    recorder.addTurnedAway(client, frame);
+    recorder.addRejected(client, frame);
     link.hangUp(client);
     return;
   }

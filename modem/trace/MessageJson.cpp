@@ -1,6 +1,7 @@
 #include "modem/trace/MessageJson.h"
 
 #include <algorithm>
+#include <array>
 #include <span>
 #include <utility>
 
@@ -16,7 +17,7 @@ using nlohmann::json;
 
 namespace {
 
-// Takes bytes from the front; a value that is too short is malformed.
+// Removes a number from the front. Throws Refusal if the value is too short.
 uint64_t takeNumber(ByteView& bytes, size_t width) {
   if (bytes.size() < width) {
     throw Refusal(ErrorCode::MalformedMessage, "a value is too short");
@@ -158,23 +159,12 @@ void decodeInto(json& out, Direction direction, const Frame& frame) {
 }
 
 std::string_view kindName(FrameKind kind) {
-  switch (kind) {
-    case FrameKind::Request:
-      return "request";
-    case FrameKind::Response:
-      return "response";
-    case FrameKind::Indication:
-      return "indication";
-    case FrameKind::ControlRequest:
-      return "control-request";
-    case FrameKind::ControlResponse:
-      return "control-response";
-    case FrameKind::Hello:
-      return "hello";
-    case FrameKind::UncheckedResponse:
-      return "unchecked-response";
-  }
-  return "unknown";
+  // By the number of the kind.
+  static constexpr std::array<std::string_view, 7> names = {
+      "request",          "response", "indication",        "control-request",
+      "control-response", "hello",    "unchecked-response"};
+  const auto number = static_cast<size_t>(kind);
+  return number < names.size() ? names[number] : "unknown";
 }
 
 }  // namespace modem

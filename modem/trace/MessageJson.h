@@ -1,4 +1,4 @@
-// What a message says, as JSON: for transcripts and traces.
+// Decodes messages to JSON, for transcripts and traces.
 #pragma once
 
 #include <nlohmann/json.hpp>
@@ -11,10 +11,10 @@ namespace modem {
 using wire::Frame;
 using wire::FrameKind;
 
-// Sets "fields", and in a response "result"; "malformed" when the message cannot be decoded.
+// Sets "fields", and "result" in a response. Sets "malformed" if the message cannot be decoded.
 void decodeInto(nlohmann::json& out, Direction direction, const Frame& frame);
 
-// "request" and so on.
+// Returns the name of a kind, such as "request".
 std::string_view kindName(FrameKind kind);
 
 }  // namespace modem

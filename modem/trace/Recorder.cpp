@@ -34,7 +34,7 @@ void Recorder::addLost(ClientNumber client, const Frame& frame) {
   toTrace([&](TraceWriter& writer) { writer.addLost(client, frame); });
 }
 
-void Recorder::addTurnedAway(ClientNumber client, const Frame& hello) {
+void Recorder::addRejected(ClientNumber client, const Frame& hello) {
   toTrace([&](TraceWriter& writer) { writer.add(Direction::In, client, hello, /*fault=*/{}); });
 }
 

@@ -1,5 +1,5 @@
-// Keeps what goes between the modem and its clients: in the transcript, and in the trace when one
-// is wanted.
+// Records the messages between the modem and its clients in the transcript and, if there is one, in
+// the trace.
 #pragma once
 
 #include <memory>
@@ -15,14 +15,15 @@ using wire::Frame;
 
 class Recorder {
  public:
-  // trace may be null. link is told when the trace's file takes no more; the rest goes on.
+  // trace may be null. When its file cannot be written, the problem is reported to the link, the
+  // trace ends and the transcript continues.
   Recorder(ClientLink& link, std::unique_ptr<TraceWriter> trace);
 
   void add(Direction direction, ClientNumber client, const Frame& frame, std::string fault = {});
   void addEnd(ClientNumber client, ClosedBy closedBy);
-  // What was not sent, and what was not accepted, is for the trace alone.
+  // Messages that were not sent or not accepted are recorded in the trace only.
   void addLost(ClientNumber client, const Frame& frame);
-  void addTurnedAway(ClientNumber client, const Frame& hello);
+  void addRejected(ClientNumber client, const Frame& hello);
 
   Transcript& transcript() { return messages; }
 

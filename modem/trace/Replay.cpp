@@ -13,7 +13,7 @@ using nlohmann::json;
 
 namespace {
 
-// What the modem did sooner than this it did at once.
+// A message that followed its request within this time is sent without a delay.
 constexpr std::chrono::milliseconds atOnce{2};
 
 std::string described(const Frame& request) {
@@ -49,7 +49,7 @@ void Replay::onHello(ClientNumber number, Hello hello) {
   Client& client = clients[number];
   client.session = session;
   if (session == nullptr) {
-    // Whoever asks whether the service is there may ask more often than it did.
+    // A client may look for the service more often than in the trace.
     if (hello.purpose == Purpose::Open) {
       link.report("client " + std::to_string(number) +
                   ": the trace has no further client; its requests are refused");
@@ -79,7 +79,7 @@ void Replay::onRequest(ClientNumber number, const Frame& request) {
   const size_t found = findExchange(client, request);
   if (found != client.next || found == exchanges.size()) {
     ++differing;
-    tellDifference(number, client, request, found);
+    reportDifference(number, client, request, found);
   }
   if (found == exchanges.size()) {
     refuse(number, request);
@@ -110,8 +110,8 @@ size_t Replay::findExchange(const Client& client, const Frame& request) const {
   return exchanges.size();
 }
 
-void Replay::tellDifference(ClientNumber number, const Client& client, const Frame& request,
-                            size_t found) {
+void Replay::reportDifference(ClientNumber number, const Client& client, const Frame& request,
+                              size_t found) {
   const auto& exchanges = client.session->exchanges;
   std::string line = "client " + std::to_string(number) + ": the request " + described(request) +
                      " differs from the trace, which has ";
@@ -132,7 +132,7 @@ void Replay::refuse(ClientNumber number, const Frame& request) {
 }
 
 void Replay::release(ClientNumber number, const TraceExchange& exchange) {
-  // What came before this request in the trace comes before its answer here.
+  // What precedes this request in the trace is sent before its answer.
   sendDue(number, Clock::time_point::max());
   const Clock::time_point now = Clock::now();
   for (const TraceEvent& event : exchange.sent) {
@@ -167,7 +167,7 @@ void Replay::send(ClientNumber number, Client& client, const TraceEvent& event) 
   if (frame.transaction != 0) {
     const auto asked = client.transactions.find(frame.transaction);
     if (asked == client.transactions.end()) {
-      return;  // It answers a request that this client has not made.
+      return;  // The trace answers a request that this client has not made.
     }
     frame.transaction = asked->second;
   }

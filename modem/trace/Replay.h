@@ -1,11 +1,10 @@
 // Serves a trace again: a client that makes the same requests gets the same answers and
-// indications, each in its place behind the request that it followed, and as late after it as it
-// was.
+// indications, in the same order and with the same delays.
 //
-// The nth connection for a purpose is served as the nth one of the trace. A request that is not the
-// next one of the trace is told to the people; it is served all the same when the trace has it
-// elsewhere, and refused otherwise, which leaves the trace where it was. What has not been sent
-// when the next request comes is sent before that one is taken up.
+// The nth connection for a purpose is served as the nth such connection of the trace. A request
+// that is not the next one of the trace is reported. If the trace has it elsewhere, it is served
+// from there; otherwise it is refused, and the position in the trace does not change. Messages that
+// are still due when the next request arrives are sent first.
 #pragma once
 
 #include <chrono>
@@ -35,7 +34,7 @@ class Replay final : public ClientHandler {
 
   size_t requestsServed() const { return served; }
   size_t requestsOfTrace() const { return all; }
-  // Requests that did not come when, or as, the trace has them.
+  // The number of requests that differed from the trace in content or order.
   size_t requestsDiffering() const { return differing; }
 
  private:
@@ -48,17 +47,17 @@ class Replay final : public ClientHandler {
   struct Client {
     const TraceSession* session = nullptr;      // null: the trace has no such connection
     std::vector<bool> isServed;                 // by exchange
-    size_t next = 1;                            // behind the furthest that was served
-    std::map<uint32_t, uint32_t> transactions;  // the trace's to the client's
+    size_t next = 1;                            // one past the last exchange that was served
+    std::map<uint32_t, uint32_t> transactions;  // from the trace's to the client's
     std::deque<Due> due;
   };
 
   const TraceSession* nextSession(Hello hello);
-  // The place of an exchange that was not served yet: the next one of its kind or, when there is
-  // none, one that was left out; behind the last one when there is neither.
+  // Returns the position of an exchange with this request that was not served yet: the next one,
+  // else one that was skipped, else one past the last exchange.
   size_t findExchange(const Client& client, const Frame& request) const;
-  void tellDifference(ClientNumber number, const Client& client, const Frame& request,
-                      size_t found);
+  void reportDifference(ClientNumber number, const Client& client, const Frame& request,
+                        size_t found);
   void refuse(ClientNumber number, const Frame& request);
   void release(ClientNumber number, const TraceExchange& exchange);
   void sendDue(ClientNumber number, Clock::time_point until);
@@ -66,7 +65,7 @@ class Replay final : public ClientHandler {
 
   ClientLink& link;
   const std::vector<TraceSession> sessions;
-  std::map<Purpose, size_t> lastSession;  // by purpose, the place behind the one served last
+  std::map<Purpose, size_t> lastSession;  // by purpose, one past the session served last
   std::map<ClientNumber, Client> clients;
   size_t all = 0;
   size_t served = 0;

@@ -159,7 +159,7 @@ TraceWriter::TraceWriter(std::string tracePath)
     throw Error(path + ": cannot create: " + file.problem);
   }
   fd = std::move(file.fd);
-  // A device has no content to be dropped, and says so.
+  // A device, such as /dev/null, has no content and fails with EINVAL.
   if (ftruncate(fd.get(), 0) != 0 && errno != EINVAL) {
     throw Error(path + ": cannot empty: " + std::strerror(errno));
   }
@@ -196,18 +196,7 @@ void TraceWriter::addEvent(const TraceEvent& event, const std::string& meaning) 
   writeLine(textOf(timed, meaning));
 }
 
-// At once, so that a modem that is killed leaves whole lines.
-void TraceWriter::writeLine(const std::string& line) {
-  const std::string text = line + "\n";
-  size_t done = 0;
-  while (done < text.size()) {
-    const ssize_t written = write(fd.get(), text.data() + done, text.size() - done);
-    if (written < 0 && errno != EINTR) {
-      throw Error(path + ": cannot write: " + std::strerror(errno));
-    }
-    done += written > 0 ? static_cast<size_t>(written) : 0;
-  }
-}
+void TraceWriter::writeLine(const std::string& line) { writeAll(fd.get(), line + "\n", path); }
 
 std::vector<TraceEvent> readTrace(const std::string& path) {
   std::istringstream lines(readFile(path));

@@ -1,12 +1,14 @@
-// A transcript as a file: written while a modem serves, read by people, and served again by Replay.
+// The trace file: the messages of a modem, written while it serves and served again by Replay.
 //
-// One line an event, in the order in which they happened:
+// The file has one line for each event, in the order in which they happened:
 //
 //   0.004211  2 > request   create-profile  4 {"apn":"ims","type":0} 0104000000...
 //
-// seconds since the start, the client's number, > from the client or < to it, the kind, the
-// message, the transaction, what it says for people, and its bytes ("-" for none). A kind of "end"
-// says who ended the connection. Lines that begin with # are for people.
+// The columns are the seconds since the start, the client's number, the direction (> from the
+// client, < to it), the kind, the message, the transaction, the decoded message for readers, and
+// its bytes
+// ("-" for none). The kind "end" ends a connection; its direction is the side that closed it. Lines
+// that begin with # are comments.
 #pragma once
 
 #include <chrono>
@@ -30,21 +32,21 @@ struct TraceEvent {
   std::chrono::microseconds time{0};
   ClientNumber client = 0;
   Direction direction = Direction::In;
-  bool isEnd = false;  // of the connection, by the side that the direction comes from
+  bool isEnd = false;  // of the connection; the direction says which side closed it
   Frame frame = {};
-  size_t line = 0;  // in the file that it was read from, from 1
+  size_t line = 0;  // in the file that it was read from, counted from 1
 };
 
 class TraceWriter {
  public:
-  // Replaces what was there; throws Error.
+  // Replaces an existing file. Throws Error.
   explicit TraceWriter(std::string path);
 
-  // fault: the name of what the modem was told to do wrong with it, else empty. They throw
-  // Error when the file takes no more.
+  // These throw Error when the file cannot be written. A line is written at once, so that a modem
+  // that is killed leaves whole lines. fault: the name of the effect on this message, or empty.
   void add(Direction direction, ClientNumber client, const Frame& frame, const std::string& fault);
   void addEnd(ClientNumber client, ClosedBy closedBy);
-  // For people: what would have been sent, had the fault not lost it.
+  // Writes a comment about a message that a fault has lost.
   void addLost(ClientNumber client, const Frame& frame);
 
  private:
@@ -56,10 +58,10 @@ class TraceWriter {
   UniqueFd fd;
 };
 
-// Throws Error with the path, the line and what is wrong with it.
+// Throws Error with the path and the line.
 std::vector<TraceEvent> readTrace(const std::string& path);
 
-// What a message says, in one line for people.
+// Returns the decoded message on one line for readers.
 std::string meaningOf(Direction direction, const Frame& frame);
 
 }  // namespace modem

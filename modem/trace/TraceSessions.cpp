@@ -26,7 +26,7 @@ void append(const std::string& path, TraceSession& session, const TraceEvent& ev
   if (event.direction == Direction::Out) {
     session.exchanges.back().sent.push_back(event);
   } else if (event.isEnd) {
-    return;  // When the client leaves is its own affair.
+    return;  // The client that is served decides when it leaves.
   } else if (event.frame.kind == FrameKind::Request) {
     session.exchanges.push_back({event});
   } else {

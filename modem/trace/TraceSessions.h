@@ -1,4 +1,4 @@
-// A trace, taken apart: per connection what the client said, and what the modem sent after it.
+// Splits a trace into connections, and each connection into exchanges.
 #pragma once
 
 #include <string>
@@ -11,7 +11,7 @@ namespace modem {
 
 using wire::Hello;
 
-// What a client said, and all that the modem sent to it before the client said something else.
+// A hello or a request, and all that the modem sent before the client's next request.
 struct TraceExchange {
   TraceEvent said;
   std::vector<TraceEvent> sent = {};
@@ -23,7 +23,7 @@ struct TraceSession {
   std::vector<TraceExchange> exchanges;
 };
 
-// In the order of their hellos. Throws Error with the path, the line and what is wrong with it.
+// Returns the connections in the order of their hellos. Throws Error with the path and the line.
 std::vector<TraceSession> readTraceSessions(const std::string& path);
 
 }  // namespace modem

@@ -1,7 +1,7 @@
-// Everything that went between the modem and its clients, for tests and people to read back.
+// Keeps the messages between the modem and its clients, for tests and for the control channel.
 //
-// Messages are kept as they were on the wire and decoded when somebody asks. The oldest ones go
-// when there are too many, or too many bytes of them.
+// Messages are kept as they were sent and decoded when they are read. The oldest ones are dropped
+// when there are too many messages or too many bytes.
 #pragma once
 
 #include <cstddef>
@@ -23,20 +23,20 @@ class Transcript {
  public:
   static constexpr size_t entriesMax = 4096;
   static constexpr size_t payloadBytesMax = 16 << 20;
-  // An entry that would be longer as JSON is given without its fields and with the beginning of its
-  // payload only, so that any entry fits into one control frame.
+  // A longer entry is returned without its fields and with the beginning of its payload, so that
+  // every entry fits into one control frame.
   static constexpr size_t entryJsonBytesMax = 24 << 10;
 
-  // fault: the name of what the modem was told to do wrong with it, else empty.
+  // fault: the name of the effect on this message, or empty.
   void add(Direction direction, ClientNumber client, const Frame& frame, std::string fault = {});
   void clear();
 
-  // Sequence numbers start at 1 and go on over clear().
+  // Sequence numbers start at 1. clear() does not reset them.
   uint64_t firstSequence() const { return nextSequence - entries.size(); }
   uint64_t endSequence() const { return nextSequence; }
   nlohmann::json entryToJson(uint64_t sequence) const;
 
-  // How many were pushed out by newer ones since the last clear().
+  // The number of entries that newer ones have replaced since the last clear().
   uint64_t dropped() const { return droppedCount; }
 
  private:

@@ -168,6 +168,13 @@ INSTANTIATE_TEST_SUITE_P(
                     WrongScript{R"({"faults": [{"message": "any", "silent": true, "x": 1}]})",
                                 "faults[0]: unknown argument \"x\""}));
 
+TEST(FaultJson, ToJson_PowerCycleOnce_LeavesOutItsDefaults) {
+  const Fault fault = faultFromJson(
+      {{"message", "any"}, {"power", "after"}, {"offMs", 3}, {"times", 1}, {"onMs", 9}});
+  EXPECT_EQ(toJson(fault),
+            (json{{"message", "any"}, {"count", 1}, {"power", "after"}, {"offMs", 3}}));
+}
+
 TEST(FaultScript, Read_NoSuchFile_IsTold) {
   EXPECT_THROW(readFaultScript("/nonexistent/script.json"), Error);
 }

@@ -1,4 +1,4 @@
-// A modem that is told of faults, and a client that meets them.
+// A modem with faults and a client that gets their effects.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -27,8 +27,8 @@ class FaultTest : public testing::Test {
   }
   nlohmann::json profiles() { return control.call("show")["profiles"]; }
 
-  // What has come by now, and comes before the answer to a further request: "create/1" for an
-  // indication, "response" for an answer.
+  // Makes a request and returns what comes before its answer: "create/1" for an indication,
+  // "response" for an answer.
   std::vector<std::string> kindsUntilNow() {
     const uint32_t last =
         client.send(FrameKind::Request, MessageId::BindSubscription, bindRequest(0));
@@ -41,7 +41,7 @@ class FaultTest : public testing::Test {
   }
   void expectNothingUntilNow() { EXPECT_EQ(kindsUntilNow(), std::vector<std::string>{}); }
 
-  // One of each kind, about profile 1; the delete comes last.
+  // One request of each kind, about profile 1. The delete comes last.
   static std::vector<std::pair<MessageId, Payload>> everyRequest() {
     return {{MessageId::IndicationRegister, registerRequest()},
             {MessageId::ConfigureEvents, eventListRequest({}, /*isOn=*/false)},

@@ -45,8 +45,8 @@ TEST(ProfileTable, Persistent_MixedTable_GivesThePersistentOnes) {
   table.put(1, {});
   table.put(2, Profile{.persistent = uint8_t{2}});
   table.put(3, Profile{.persistent = uint8_t{0}});
-  ASSERT_EQ(table.persistent().size(), 1u);
-  EXPECT_TRUE(table.persistent().contains(2));
+  ASSERT_EQ(persistentOf(table.all()).size(), 1u);
+  EXPECT_TRUE(persistentOf(table.all()).contains(2));
 }
 
 }  // namespace

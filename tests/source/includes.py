@@ -56,6 +56,9 @@ UTIL_LAYERS = {0, 1, 2, 9, 10, 11}
 # Folders of src/ that stand on the public headers and themselves. The tool compiles them, too.
 SHARED_FOLDERS = ("matching", "policy")
 
+# The rooms of modem/: each may include itself and those before it.
+MODEM_ROOMS = ["common", "client", "server", "core", "trace", "faults", "service", "program"]
+
 # Headers without a folder that are no part of C++ and yet everywhere.
 POSIX_HEADERS = {"errno.h", "fcntl.h", "pthread.h", "signal.h", "time.h", "unistd.h"}
 
@@ -136,6 +139,21 @@ def check_stranger(root, folder, allow_public):
                 problems.append(f"{file}: includes src/{included}")
 
 
+def check_modem_rooms(root):
+    for file in sources(root / "modem"):
+        parts = file.relative_to(root / "modem").parts
+        if len(parts) == 1:
+            continue
+        if parts[0] not in MODEM_ROOMS:
+            problems.append(f"{file}: is in no room of the modem")
+            continue
+        allowed = MODEM_ROOMS[:MODEM_ROOMS.index(parts[0]) + 1]
+        for _, included in INCLUDE.findall(file.read_text()):
+            path = pathlib.PurePath(included).parts
+            if path[0] == "modem" and len(path) > 2 and path[1] not in allowed:
+                problems.append(f"{file}: the room {parts[0]} includes {included}")
+
+
 def main():
     root = pathlib.Path(sys.argv[1])
     for file in sources(root / "include" / "pavo") + sources(root / "src"):
@@ -143,6 +161,7 @@ def main():
     for folder, below in ROOMS.items():
         check_room(root, folder, below)
     check_stranger(root, "modem", allow_public=False)
+    check_modem_rooms(root)
     check_stranger(root, "tools/pavoctl", allow_public=True)
     for problem in problems:
         print(problem)

@@ -9,7 +9,7 @@ namespace {
 using nlohmann::json;
 using Effects = std::vector<FaultEffect>;
 
-// Beyond what the library waits for an answer, and well within it.
+// One delay is longer than the library waits for an answer, the other one much shorter.
 constexpr int lateMs = 1300;
 constexpr int soonMs = 30;
 
@@ -23,7 +23,7 @@ void append(Effects& effects, const Effects& more) {
   effects.insert(effects.end(), more.begin(), more.end());
 }
 
-// Of whatever the modem sends.
+// The effects on every message that the modem sends.
 Effects effectsOnSending() {
   return {
       {"doubled", {{"doubled", true}}},

@@ -1,5 +1,5 @@
-// What can go wrong between the library and its modem: every effect of a fault, to be gone through
-// by tests that sweep over all of them, and the words that set one.
+// Lists of every effect that a fault of the modem can have, for tests that go through all of them,
+// and the functions that set a fault.
 #pragma once
 
 #include <cstdint>
@@ -12,31 +12,31 @@
 
 namespace pavo::test {
 
-/// What a fault does, without whom it befalls and when.
+/// A fault's effect, without its selector and its trigger.
 struct FaultEffect {
-  /// For people, such as "cut to 4 bytes".
+  /// A description for test output, such as "cut to 4 bytes".
   std::string name;
   /// The arguments that ask for it.
   nlohmann::json args;
-  /// false: whoever waits for the answer waits for its whole timeout.
+  /// false: the client waits for the answer until its timeout.
   bool isInTime = true;
 };
 
 std::ostream& operator<<(std::ostream& out, const FaultEffect& effect);
 
-/// Everything that can have a fault, as the modem calls it.
+/// The modem's names of everything that can have a fault.
 const std::vector<std::string>& faultMessages();
 const std::vector<std::string>& faultIndications();
 const std::vector<std::string>& faultOccasions();
 
-/// Every effect that can befall a message of faultMessages(), or "any" of them.
+/// Every effect that fits a message of faultMessages(), or "any" of them.
 std::vector<FaultEffect> effectsOnMessage(const std::string& message);
-/// Every effect that can befall an indication.
+/// Every effect that fits an indication.
 std::vector<FaultEffect> effectsOnIndication();
-/// Every effect that can befall somebody who asks for the service.
+/// Every effect that fits a hello.
 std::vector<FaultEffect> effectsOnOccasion();
 
-/// One fault in the making:
+/// Builds the arguments of one fault:
 ///   Fault::onMessage("create-profile").nth(3).with(effect.args)
 class Fault {
  public:
@@ -44,7 +44,7 @@ class Fault {
   static Fault onIndication(const std::string& event) { return {"indication", event}; }
   static Fault onOccasion(const std::string& occasion) { return {"service", occasion}; }
 
-  /// Lets the first ones go by.
+  /// Begins with this one of the selected subjects.
   Fault& nth(int place) { return set("nth", place); }
   Fault& count(int times) { return set("count", times); }
   Fault& probability(double chance, std::uint64_t seed) {
@@ -66,9 +66,9 @@ class Fault {
 
 /// Adds a fault to those that the modem has.
 void setFault(ModemProcess& modem, const nlohmann::json& fault);
-/// Puts a script's faults in the place of those that the modem has.
+/// Replaces the faults that the modem has by those of a script.
 void setScript(ModemProcess& modem, std::uint64_t seed, const std::vector<nlohmann::json>& faults);
-/// True when all faults have taken effect as often as they should.
+/// Returns whether all faults are used up.
 bool areFaultsUsedUp(ModemProcess& modem);
 void clearFaults(ModemProcess& modem);
 

@@ -47,7 +47,7 @@ class OtherCount final : public ContentEffect {
  public:
   static constexpr EffectType type{"listCount", isList, parse<OtherCount>, {"unchecked"}};
 
-  explicit OtherCount(const json& args)
+  OtherCount(const EffectType&, const json& args)
       : ContentEffect(type, args),
         count(static_cast<uint16_t>(
             numberArgument(args, type.name, std::numeric_limits<uint16_t>::max()))),
@@ -92,7 +92,7 @@ class UnterminatedTexts final : public ContentEffect {
                                    parse<UnterminatedTexts>,
                                    {"unchecked"}};
 
-  explicit UnterminatedTexts(const json& args) : ContentEffect(type, args) {
+  UnterminatedTexts(const EffectType&, const json& args) : ContentEffect(type, args) {
     requireTrue(args, type.name);
     isUnchecked = uncheckedIn(args);
   }

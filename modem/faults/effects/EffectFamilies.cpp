@@ -6,12 +6,6 @@ namespace modem {
 
 using nlohmann::json;
 
-namespace {
-
-constexpr uint64_t delayMsMax = 3'600'000;
-
-}  // namespace
-
 void IncomingEffect::onOutgoing(Outgoing& outgoing) const { outgoing.send(); }
 
 void OutgoingEffect::onIncoming(Incoming& incoming) const { incoming.carryOutWithEffect(); }
@@ -29,10 +23,6 @@ void requireTrue(const json& args, std::string_view name) {
 
 uint64_t numberArgument(const json& args, std::string_view name, uint64_t max) {
   return numberFromJson(args[std::string(name)], max, std::string(name));
-}
-
-std::chrono::milliseconds delayArgument(const json& args, std::string_view name) {
-  return std::chrono::milliseconds(numberArgument(args, name, delayMsMax));
 }
 
 size_t wordArgument(const json& args, std::string_view name,

@@ -49,16 +49,37 @@ class ContentEffect : public OutgoingEffect {
 
 template <typename AnyEffect>
 EffectPtr parse(const nlohmann::json& args) {
-  return std::make_shared<const AnyEffect>(args);
+  return std::make_shared<const AnyEffect>(AnyEffect::type, args);
 }
 
 // Each reads the argument `name` and throws Error.
 void requireTrue(const nlohmann::json& args, std::string_view name);
 uint64_t numberArgument(const nlohmann::json& args, std::string_view name, uint64_t max);
-std::chrono::milliseconds delayArgument(const nlohmann::json& args, std::string_view name);
 // Returns the position of the argument's word in `words`.
 size_t wordArgument(const nlohmann::json& args, std::string_view name,
                     std::span<const std::string_view> words);
+
+// An effect whose argument is true.
+template <typename Side>
+class FlagEffect : public Side {
+ public:
+  FlagEffect(const EffectType& type, const nlohmann::json& args) : Side(type, args) {
+    requireTrue(args, type.name);
+  }
+};
+
+// An effect whose argument is a number.
+template <typename Side, uint64_t max>
+class NumberEffect : public Side {
+ public:
+  NumberEffect(const EffectType& type, const nlohmann::json& args)
+      : Side(type, args), number(numberArgument(args, type.name, max)) {}
+
+ protected:
+  const uint64_t number;
+};
+
+inline constexpr uint64_t delayMsMax = 3'600'000;
 
 inline bool isMessage(Subject subject) { return subject.kind == Subject::Kind::Message; }
 inline bool isMessage(Subject subject, MessageId id) {

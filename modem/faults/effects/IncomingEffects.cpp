@@ -9,6 +9,7 @@
 namespace modem {
 
 using nlohmann::json;
+using std::chrono::milliseconds;
 
 namespace {
 
@@ -22,7 +23,7 @@ class ErrorAnswer final : public IncomingEffect {
  public:
   static constexpr EffectType type{"error", isMessage, parse<ErrorAnswer>, {"result"}};
 
-  explicit ErrorAnswer(const json& args)
+  ErrorAnswer(const EffectType&, const json& args)
       : IncomingEffect(type, args),
         error(static_cast<int32_t>(numberArgument(args, type.name, i32Max))),
         result(args.contains("result")
@@ -38,25 +39,21 @@ class ErrorAnswer final : public IncomingEffect {
 };
 
 // The request or the hello is neither carried out nor answered.
-class Silence final : public IncomingEffect {
+class Silence final : public FlagEffect<IncomingEffect> {
  public:
   static constexpr EffectType type{"silent", isCall, parse<Silence>};
-
-  explicit Silence(const json& args) : IncomingEffect(type, args) { requireTrue(args, type.name); }
+  using FlagEffect::FlagEffect;
   void onIncoming(Incoming&) const override {}
 };
 
 // The request or the hello is carried out later; others go ahead meanwhile.
-class Delay final : public IncomingEffect {
+class Delay final : public NumberEffect<IncomingEffect, delayMsMax> {
  public:
   static constexpr EffectType type{"delayMs", isCall, parse<Delay>};
-
-  explicit Delay(const json& args)
-      : IncomingEffect(type, args), delay(delayArgument(args, type.name)) {}
-  void onIncoming(Incoming& incoming) const override { incoming.carryOutAfter(delay); }
-
- private:
-  const std::chrono::milliseconds delay;
+  using NumberEffect::NumberEffect;
+  void onIncoming(Incoming& incoming) const override {
+    incoming.carryOutAfter(milliseconds(number));
+  }
 };
 
 // A profile is written, or read, with these settings in place of its own.
@@ -70,7 +67,8 @@ class OtherSettings final : public Effect {
                                    },
                                    parse<OtherSettings>};
 
-  explicit OtherSettings(const json& args) : Effect(type, args), settings(settingsIn(args)) {
+  OtherSettings(const EffectType&, const json& args)
+      : Effect(type, args), settings(settingsIn(args)) {
     ownArguments[std::string(type.name)] = toJson(settings);
   }
   void onIncoming(Incoming& incoming) const override {
@@ -130,7 +128,7 @@ class PowerLoss final : public Effect {
  public:
   static constexpr EffectType type{"power", isAny, parse<PowerLoss>, {"offMs", "onMs", "times"}};
 
-  explicit PowerLoss(const json& args)
+  PowerLoss(const EffectType&, const json& args)
       : Effect(type, args),
         moment(static_cast<Moment>(wordArgument(args, type.name, moments))),
         cycle(powerCycleFromJson(args)) {
@@ -169,7 +167,8 @@ class HelloRefusal final : public IncomingEffect {
  public:
   static constexpr EffectType type{"refuse", isHello, parse<HelloRefusal>};
 
-  explicit HelloRefusal(const json& args) : IncomingEffect(type, args), code(codeIn(args)) {}
+  HelloRefusal(const EffectType&, const json& args)
+      : IncomingEffect(type, args), code(codeIn(args)) {}
   void onIncoming(Incoming& incoming) const override { incoming.refuse(resultFailure, code); }
 
  private:

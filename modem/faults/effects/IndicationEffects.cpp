@@ -23,52 +23,40 @@ void setNumber(Frame& frame, size_t offset, uint64_t number, size_t width) {
 }
 
 // The indication is sent before the answer to the request that caused it.
-class Early final : public OutgoingEffect {
+class Early final : public FlagEffect<OutgoingEffect> {
  public:
   static constexpr EffectType type{"early", isIndication, parse<Early>};
-
-  explicit Early(const json& args) : OutgoingEffect(type, args) { requireTrue(args, type.name); }
+  using FlagEffect::FlagEffect;
   void onOutgoing(Outgoing& outgoing) const override { outgoing.send(); }
   bool precedesAnswer() const override { return true; }
 };
 
 // The indication is sent after the client's next one.
-class Reordered final : public OutgoingEffect {
+class Reordered final : public FlagEffect<OutgoingEffect> {
  public:
   static constexpr EffectType type{"reordered", isIndication, parse<Reordered>};
-
-  explicit Reordered(const json& args) : OutgoingEffect(type, args) {
-    requireTrue(args, type.name);
-  }
+  using FlagEffect::FlagEffect;
   void onOutgoing(Outgoing& outgoing) const override { outgoing.holdBack(); }
 };
 
 // The indication names this profile index.
-class OtherIndex final : public ContentEffect {
+class OtherIndex final : public NumberEffect<ContentEffect, 255> {
  public:
   static constexpr EffectType type{"index", isIndication, parse<OtherIndex>};
-
-  explicit OtherIndex(const json& args)
-      : ContentEffect(type, args), index(numberArgument(args, type.name, /*max=*/255)) {}
+  using NumberEffect::NumberEffect;
 
  private:
-  void change(Frame& frame) const override { setNumber(frame, indexOffset, index, /*width=*/1); }
-
-  const uint64_t index;
+  void change(Frame& frame) const override { setNumber(frame, indexOffset, number, /*width=*/1); }
 };
 
 // The indication reports this event.
-class OtherEvent final : public ContentEffect {
+class OtherEvent final : public NumberEffect<ContentEffect, 0xFFFFFFFF> {
  public:
   static constexpr EffectType type{"event", isIndication, parse<OtherEvent>};
-
-  explicit OtherEvent(const json& args)
-      : ContentEffect(type, args), event(numberArgument(args, type.name, /*max=*/0xFFFFFFFF)) {}
+  using NumberEffect::NumberEffect;
 
  private:
-  void change(Frame& frame) const override { setNumber(frame, eventOffset, event, /*width=*/4); }
-
-  const uint64_t event;
+  void change(Frame& frame) const override { setNumber(frame, eventOffset, number, /*width=*/4); }
 };
 
 constexpr const EffectType* indicationTypes[] = {&Early::type, &Reordered::type, &OtherIndex::type,

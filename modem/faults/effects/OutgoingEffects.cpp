@@ -9,28 +9,25 @@
 namespace modem {
 
 using nlohmann::json;
+using std::chrono::milliseconds;
 
 namespace {
 
 bool isOutgoing(Subject subject) { return !isHello(subject); }
 
 // The message is lost on its way.
-class Loss final : public OutgoingEffect {
+class Loss final : public FlagEffect<OutgoingEffect> {
  public:
   static constexpr EffectType type{"lost", isOutgoing, parse<Loss>};
-
-  explicit Loss(const json& args) : OutgoingEffect(type, args) { requireTrue(args, type.name); }
+  using FlagEffect::FlagEffect;
   void onOutgoing(Outgoing& outgoing) const override { outgoing.lose(); }
 };
 
 // The message is sent twice.
-class Duplicate final : public OutgoingEffect {
+class Duplicate final : public FlagEffect<OutgoingEffect> {
  public:
   static constexpr EffectType type{"doubled", isOutgoing, parse<Duplicate>};
-
-  explicit Duplicate(const json& args) : OutgoingEffect(type, args) {
-    requireTrue(args, type.name);
-  }
+  using FlagEffect::FlagEffect;
   void onOutgoing(Outgoing& outgoing) const override {
     outgoing.send();
     outgoing.send();
@@ -38,32 +35,23 @@ class Duplicate final : public OutgoingEffect {
 };
 
 // The message is sent later; others overtake it.
-class LateSending final : public OutgoingEffect {
+class LateSending final : public NumberEffect<OutgoingEffect, delayMsMax> {
  public:
   static constexpr EffectType type{"lateMs", isOutgoing, parse<LateSending>};
-
-  explicit LateSending(const json& args)
-      : OutgoingEffect(type, args), delay(delayArgument(args, type.name)) {}
-  void onOutgoing(Outgoing& outgoing) const override { outgoing.sendAfter(delay); }
-
- private:
-  const std::chrono::milliseconds delay;
+  using NumberEffect::NumberEffect;
+  void onOutgoing(Outgoing& outgoing) const override { outgoing.sendAfter(milliseconds(number)); }
 };
 
 // The payload has only its first bytes.
-class Cut final : public ContentEffect {
+class Cut final : public NumberEffect<ContentEffect, 65536> {
  public:
   static constexpr EffectType type{"cutTo", isOutgoing, parse<Cut>};
-
-  explicit Cut(const json& args)
-      : ContentEffect(type, args), bytes(numberArgument(args, type.name, /*max=*/65536)) {}
+  using NumberEffect::NumberEffect;
 
  private:
   void change(Frame& frame) const override {
-    frame.payload.resize(std::min(bytes, frame.payload.size()));
+    frame.payload.resize(std::min(number, frame.payload.size()));
   }
-
-  const size_t bytes;
 };
 
 // The payload cannot be decoded.
@@ -71,7 +59,7 @@ class Undecodable final : public ContentEffect {
  public:
   static constexpr EffectType type{"undecodable", isOutgoing, parse<Undecodable>};
 
-  explicit Undecodable(const json& args)
+  Undecodable(const EffectType&, const json& args)
       : ContentEffect(type, args), how(static_cast<How>(wordArgument(args, type.name, words))) {}
 
  private:
@@ -103,19 +91,17 @@ class Undecodable final : public ContentEffect {
 };
 
 // The message lacks the field with this tag.
-class MissingField final : public ContentEffect {
+class MissingField final : public NumberEffect<ContentEffect, 255> {
  public:
   static constexpr EffectType type{"withoutField", isOutgoing, parse<MissingField>};
-
-  explicit MissingField(const json& args)
-      : ContentEffect(type, args), missing(numberArgument(args, type.name, /*max=*/255)) {}
+  using NumberEffect::NumberEffect;
 
  private:
   static constexpr uint8_t unusedTag = 0x7F;  // of no field of any message
 
   void change(Frame& frame) const override {
     frame.payload = withFields(frame.payload, [this](uint8_t tag, ByteView value) {
-      return tag == missing ? std::nullopt : std::optional(toBytes(value));
+      return tag == number ? std::nullopt : std::optional(toBytes(value));
     });
     if (frame.payload.empty()) {
       // An empty payload is what cutTo=0 is for. This one has a field, without a meaning.
@@ -124,23 +110,16 @@ class MissingField final : public ContentEffect {
       frame.payload = filler.take();
     }
   }
-
-  const uint64_t missing;
 };
 
 // The message has another number: another answer, an unknown indication.
-class OtherMessage final : public ContentEffect {
+class OtherMessage final : public NumberEffect<ContentEffect, 65535> {
  public:
   static constexpr EffectType type{"asMessage", isOutgoing, parse<OtherMessage>};
-
-  explicit OtherMessage(const json& args)
-      : ContentEffect(type, args),
-        id(static_cast<uint16_t>(numberArgument(args, type.name, /*max=*/65535))) {}
+  using NumberEffect::NumberEffect;
 
  private:
-  void change(Frame& frame) const override { frame.messageId = id; }
-
-  const uint16_t id;
+  void change(Frame& frame) const override { frame.messageId = static_cast<uint16_t>(number); }
 };
 
 constexpr const EffectType* outgoingTypes[] = {
