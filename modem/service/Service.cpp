@@ -1,7 +1,5 @@
 #include "modem/service/Service.h"
 
-#include <algorithm>
-#include <span>
 #include <utility>
 
 #include "modem/core/FieldWriter.h"
@@ -141,16 +139,17 @@ void Service::carryOut(ClientNumber client, const Frame& request, const Effect* 
     return;  // The client has left while its request was delayed.
   }
   Outcome outcome = modem.handle(client, MessageId{request.messageId}, request.payload);
-  std::vector<SentIndication> indications = withFaults(outcome.indications);
-  const auto afterAnswer =
-      std::ranges::stable_partition(indications, &SentIndication::precedesAnswer);
-  for (const SentIndication& early : std::span(indications.begin(), afterAnswer.begin())) {
-    sendIndication(early);
-  }
+  const std::vector<SentIndication> indications = withFaults(outcome.indications);
+  const auto sendThose = [&](bool precedesAnswer) {
+    for (const SentIndication& indication : indications) {
+      if (indication.precedesAnswer() == precedesAnswer) {
+        sendIndication(indication);
+      }
+    }
+  };
+  sendThose(/*precedesAnswer=*/true);
   answer(client, request, std::move(outcome.response), answerEffect);
-  for (const SentIndication& indication : afterAnswer) {
-    sendIndication(indication);
-  }
+  sendThose(/*precedesAnswer=*/false);
 }
 
 void Service::answer(ClientNumber client, const Frame& request, Bytes payload,

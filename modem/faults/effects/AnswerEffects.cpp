@@ -43,17 +43,13 @@ void changeList(Frame& frame, const Change& change) {
 
 // The list claims this number of elements. Nameless ones are added up to that number, or to what
 // the message can hold.
-class OtherCount final : public ContentEffect {
- public:
+struct OtherCount final : ContentEffect {
   static constexpr EffectType type{"listCount", isList, parse<OtherCount>, {"unchecked"}};
-
   OtherCount(const EffectType&, const json& args)
       : ContentEffect(type, args),
         count(static_cast<uint16_t>(
             numberArgument(args, type.name, std::numeric_limits<uint16_t>::max()))),
         isUnchecked(uncheckedIn(args)) {}
-
- private:
   void change(Frame& frame) const override {
     const size_t messageBytes = frame.payload.size();
     changeList(frame, [&](ByteView list) {
@@ -82,8 +78,7 @@ class OtherCount final : public ContentEffect {
 };
 
 // Every text is one byte longer than its bound, so that a terminator does not fit.
-class UnterminatedTexts final : public ContentEffect {
- public:
+struct UnterminatedTexts final : ContentEffect {
   static constexpr EffectType type{"unterminated",
                                    [](Subject subject) {
                                      return isList(subject) ||
@@ -96,8 +91,6 @@ class UnterminatedTexts final : public ContentEffect {
     requireTrue(args, type.name);
     isUnchecked = uncheckedIn(args);
   }
-
- private:
   void change(Frame& frame) const override {
     if (MessageId{frame.messageId} == MessageId::ProfileList) {
       changeList(frame, withLongNames);

@@ -19,10 +19,8 @@ bool isCall(Subject subject) { return !isIndication(subject); }
 bool isAny(Subject) { return true; }
 
 // The request is answered with these codes, whatever it asks for, and not carried out.
-class ErrorAnswer final : public IncomingEffect {
- public:
+struct ErrorAnswer final : IncomingEffect {
   static constexpr EffectType type{"error", isMessage, parse<ErrorAnswer>, {"result"}};
-
   ErrorAnswer(const EffectType&, const json& args)
       : IncomingEffect(type, args),
         error(static_cast<int32_t>(numberArgument(args, type.name, i32Max))),
@@ -39,16 +37,14 @@ class ErrorAnswer final : public IncomingEffect {
 };
 
 // The request or the hello is neither carried out nor answered.
-class Silence final : public FlagEffect<IncomingEffect> {
- public:
+struct Silence final : FlagEffect<IncomingEffect> {
   static constexpr EffectType type{"silent", isCall, parse<Silence>};
   using FlagEffect::FlagEffect;
   void onIncoming(Incoming&) const override {}
 };
 
 // The request or the hello is carried out later; others go ahead meanwhile.
-class Delay final : public NumberEffect<IncomingEffect, delayMsMax> {
- public:
+struct Delay final : NumberEffect<IncomingEffect, delayMsMax> {
   static constexpr EffectType type{"delayMs", isCall, parse<Delay>};
   using NumberEffect::NumberEffect;
   void onIncoming(Incoming& incoming) const override {
@@ -57,8 +53,7 @@ class Delay final : public NumberEffect<IncomingEffect, delayMsMax> {
 };
 
 // A profile is written, or read, with these settings in place of its own.
-class OtherSettings final : public Effect {
- public:
+struct OtherSettings final : Effect {
   static constexpr EffectType type{"settings",
                                    [](Subject subject) {
                                      return isMessage(subject, MessageId::CreateProfile) ||
@@ -66,7 +61,6 @@ class OtherSettings final : public Effect {
                                             isMessage(subject, MessageId::ProfileSettings);
                                    },
                                    parse<OtherSettings>};
-
   OtherSettings(const EffectType&, const json& args)
       : Effect(type, args), settings(settingsIn(args)) {
     ownArguments[std::string(type.name)] = toJson(settings);
@@ -124,10 +118,8 @@ class OtherSettings final : public Effect {
 };
 
 // The power goes at a moment of the request, the hello or the indication.
-class PowerLoss final : public Effect {
- public:
+struct PowerLoss final : Effect {
   static constexpr EffectType type{"power", isAny, parse<PowerLoss>, {"offMs", "onMs", "times"}};
-
   PowerLoss(const EffectType&, const json& args)
       : Effect(type, args),
         moment(static_cast<Moment>(wordArgument(args, type.name, moments))),
@@ -163,10 +155,8 @@ class PowerLoss final : public Effect {
 };
 
 // The platform answers the caller that asks for the service with this code.
-class HelloRefusal final : public IncomingEffect {
- public:
+struct HelloRefusal final : IncomingEffect {
   static constexpr EffectType type{"refuse", isHello, parse<HelloRefusal>};
-
   HelloRefusal(const EffectType&, const json& args)
       : IncomingEffect(type, args), code(codeIn(args)) {}
   void onIncoming(Incoming& incoming) const override { incoming.refuse(resultFailure, code); }

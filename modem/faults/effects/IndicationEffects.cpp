@@ -23,8 +23,7 @@ void setNumber(Frame& frame, size_t offset, uint64_t number, size_t width) {
 }
 
 // The indication is sent before the answer to the request that caused it.
-class Early final : public FlagEffect<OutgoingEffect> {
- public:
+struct Early final : FlagEffect<OutgoingEffect> {
   static constexpr EffectType type{"early", isIndication, parse<Early>};
   using FlagEffect::FlagEffect;
   void onOutgoing(Outgoing& outgoing) const override { outgoing.send(); }
@@ -32,30 +31,23 @@ class Early final : public FlagEffect<OutgoingEffect> {
 };
 
 // The indication is sent after the client's next one.
-class Reordered final : public FlagEffect<OutgoingEffect> {
- public:
+struct Reordered final : FlagEffect<OutgoingEffect> {
   static constexpr EffectType type{"reordered", isIndication, parse<Reordered>};
   using FlagEffect::FlagEffect;
   void onOutgoing(Outgoing& outgoing) const override { outgoing.holdBack(); }
 };
 
 // The indication names this profile index.
-class OtherIndex final : public NumberEffect<ContentEffect, 255> {
- public:
+struct OtherIndex final : NumberEffect<ContentEffect, 255> {
   static constexpr EffectType type{"index", isIndication, parse<OtherIndex>};
   using NumberEffect::NumberEffect;
-
- private:
   void change(Frame& frame) const override { setNumber(frame, indexOffset, number, /*width=*/1); }
 };
 
 // The indication reports this event.
-class OtherEvent final : public NumberEffect<ContentEffect, 0xFFFFFFFF> {
- public:
+struct OtherEvent final : NumberEffect<ContentEffect, 0xFFFFFFFF> {
   static constexpr EffectType type{"event", isIndication, parse<OtherEvent>};
   using NumberEffect::NumberEffect;
-
- private:
   void change(Frame& frame) const override { setNumber(frame, eventOffset, number, /*width=*/4); }
 };
 

@@ -16,16 +16,14 @@ namespace {
 bool isOutgoing(Subject subject) { return !isHello(subject); }
 
 // The message is lost on its way.
-class Loss final : public FlagEffect<OutgoingEffect> {
- public:
+struct Loss final : FlagEffect<OutgoingEffect> {
   static constexpr EffectType type{"lost", isOutgoing, parse<Loss>};
   using FlagEffect::FlagEffect;
   void onOutgoing(Outgoing& outgoing) const override { outgoing.lose(); }
 };
 
 // The message is sent twice.
-class Duplicate final : public FlagEffect<OutgoingEffect> {
- public:
+struct Duplicate final : FlagEffect<OutgoingEffect> {
   static constexpr EffectType type{"doubled", isOutgoing, parse<Duplicate>};
   using FlagEffect::FlagEffect;
   void onOutgoing(Outgoing& outgoing) const override {
@@ -35,30 +33,24 @@ class Duplicate final : public FlagEffect<OutgoingEffect> {
 };
 
 // The message is sent later; others overtake it.
-class LateSending final : public NumberEffect<OutgoingEffect, delayMsMax> {
- public:
+struct LateSending final : NumberEffect<OutgoingEffect, delayMsMax> {
   static constexpr EffectType type{"lateMs", isOutgoing, parse<LateSending>};
   using NumberEffect::NumberEffect;
   void onOutgoing(Outgoing& outgoing) const override { outgoing.sendAfter(milliseconds(number)); }
 };
 
 // The payload has only its first bytes.
-class Cut final : public NumberEffect<ContentEffect, 65536> {
- public:
+struct Cut final : NumberEffect<ContentEffect, 65536> {
   static constexpr EffectType type{"cutTo", isOutgoing, parse<Cut>};
   using NumberEffect::NumberEffect;
-
- private:
   void change(Frame& frame) const override {
     frame.payload.resize(std::min(number, frame.payload.size()));
   }
 };
 
 // The payload cannot be decoded.
-class Undecodable final : public ContentEffect {
- public:
+struct Undecodable final : ContentEffect {
   static constexpr EffectType type{"undecodable", isOutgoing, parse<Undecodable>};
-
   Undecodable(const EffectType&, const json& args)
       : ContentEffect(type, args), how(static_cast<How>(wordArgument(args, type.name, words))) {}
 
@@ -91,8 +83,7 @@ class Undecodable final : public ContentEffect {
 };
 
 // The message lacks the field with this tag.
-class MissingField final : public NumberEffect<ContentEffect, 255> {
- public:
+struct MissingField final : NumberEffect<ContentEffect, 255> {
   static constexpr EffectType type{"withoutField", isOutgoing, parse<MissingField>};
   using NumberEffect::NumberEffect;
 
@@ -113,12 +104,9 @@ class MissingField final : public NumberEffect<ContentEffect, 255> {
 };
 
 // The message has another number: another answer, an unknown indication.
-class OtherMessage final : public NumberEffect<ContentEffect, 65535> {
- public:
+struct OtherMessage final : NumberEffect<ContentEffect, 65535> {
   static constexpr EffectType type{"asMessage", isOutgoing, parse<OtherMessage>};
   using NumberEffect::NumberEffect;
-
- private:
   void change(Frame& frame) const override { frame.messageId = static_cast<uint16_t>(number); }
 };
 
