@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Letters of ASCII. No locale is consulted, and all other bytes stay as they are.
 #pragma once
 

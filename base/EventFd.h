@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Eventfds, with which one thread wakes another that waits for descriptors.
 #pragma once
 

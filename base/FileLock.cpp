@@ -1,13 +1,16 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 #include "base/FileLock.h"
+
+#include "base/ErrorText.h"
+#include "base/PrivateFile.h"
 
 #include <sys/file.h>
 
 #include <cerrno>
 #include <stdexcept>
 #include <utility>
-
-#include "base/ErrorText.h"
-#include "base/PrivateFile.h"
 
 namespace pavo {
 

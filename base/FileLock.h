@@ -1,11 +1,14 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Claims a file for one process: beside it lies FILE.lock, a PrivateFile that the claiming process
 // holds locked. The lock ends with the process, even with one that is killed. The file stays: if it
 // were removed, two processes could lock two different files.
 #pragma once
 
-#include <string>
-
 #include "base/UniqueFd.h"
+
+#include <string>
 
 namespace pavo {
 

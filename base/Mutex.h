@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 // A mutex, its lock and its condition variable, with the annotations of clang's -Wthread-safety.
 #pragma once
 

@@ -1,12 +1,15 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 #include "base/PrivateFile.h"
+
+#include "base/ErrorText.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>
 
 #include <cerrno>
 #include <utility>
-
-#include "base/ErrorText.h"
 
 namespace pavo {
 

@@ -1,12 +1,15 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Files that hold passwords, which only their owner may read.
 //
 // Other users may write to the folder, as to /tmp. Therefore links are not followed: a link that
 // another user has placed there would redirect the writes to a file of that user's choice.
 #pragma once
 
-#include <string>
-
 #include "base/UniqueFd.h"
+
+#include <string>
 
 namespace pavo {
 

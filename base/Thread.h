@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Starts the threads of a library, with all signals blocked: the handlers of the program must not
 // run on threads that it does not know of.
 #pragma once

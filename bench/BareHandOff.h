@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 // What the library's hand-off costs with nothing else in it: the eventfd is written under the slot
 // mutex, the worker waits in epoll, drains to EAGAIN, answers and notifies under the mutex.
 #pragma once

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Waiting for and dispatching n ready descriptors, no log writer, against epoll alone.
 #include "EventManager.h"
 #include "LogWrapper.h"

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 // A filter by APN name over n profiles, none of which matches, against a bare walk over a hash map
 // of records whose names are normalised already. And what one key costs to make and drop.
 #include "ClientRequest.h"

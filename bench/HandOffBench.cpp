@@ -1,12 +1,15 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 // One getProfile against a bare hand-off of the same shape, both threads on one processor or on one
 // each.
+#include <pavo/Manager.h>
+
 #include "Affinity.h"
 #include "Allocations.h"
 #include "BareHandOff.h"
 #include "LogWrapper.h"
 #include "NullWriter.h"
-
-#include <pavo/Manager.h>
 
 #include <benchmark/benchmark.h>
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The platform's functions as cheap as they can be: the service is there at once, every request
 // succeeds at once, creates get the next index, and log lines go nowhere.
 #include "diag_lsm.h"

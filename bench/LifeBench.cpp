@@ -1,9 +1,12 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Init, one call, destroy against the life of a bare loop: thread, epoll, eventfd, one round trip,
 // join.
+#include <pavo/Manager.h>
+
 #include "BareHandOff.h"
 #include "LogWrapper.h"
-
-#include <pavo/Manager.h>
 
 #include <benchmark/benchmark.h>
 

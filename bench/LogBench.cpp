@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 // A log line that is kept, with a writer that drops it, against the same line made the plain way;
 // and a line that reaches nobody.
 #include "LogWrapper.h"

@@ -1,16 +1,19 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 // A refresh, per profile, against one bare request to the same modem: the emulated one in a process
 // of its own, holding as many profiles as a modem can.
+#include <pavo/Manager.h>
+
 #include "LogWrapper.h"
 #include "ModemProcess.h"
 #include "ovix_client.h"
 #include "wds_v01.h"
 
-#include <pavo/Manager.h>
-
 #include <benchmark/benchmark.h>
+#include <nlohmann/json.hpp>
 
 #include <cstring>
-#include <nlohmann/json.hpp>
 #include <string>
 
 namespace pavo::bench {

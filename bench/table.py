@@ -1,4 +1,7 @@
 #!/usr/bin/env python3
+# SPDX-FileCopyrightText: The Pavor Authors
+# SPDX-License-Identifier: Apache-2.0
+
 """Prints one table of ratios within one run, beside the goals.
 
 usage: table.py STRIPPED_LIBRARY RESULTS.json...

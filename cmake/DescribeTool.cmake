@@ -1,3 +1,6 @@
+# SPDX-FileCopyrightText: The Pavor Authors
+# SPDX-License-Identifier: Apache-2.0
+
 # Writes pavoctl's manual page and completion script into the folder TO: TOOL describes itself, PAGE
 # is the page without the commands and options.
 cmake_minimum_required(VERSION 3.25)

@@ -1,3 +1,6 @@
+# SPDX-FileCopyrightText: The Pavor Authors
+# SPDX-License-Identifier: Apache-2.0
+
 # Finds the Android log library of the system (Debian: android-liblog-dev) and defines the target
 # AndroidLog::log.
 find_path(AndroidLog_INCLUDE_DIR android/log.h PATH_SUFFIXES android)

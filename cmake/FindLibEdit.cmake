@@ -1,3 +1,6 @@
+# SPDX-FileCopyrightText: The Pavor Authors
+# SPDX-License-Identifier: Apache-2.0
+
 # The line editor of Debian's libedit-dev: the target LibEdit::LibEdit.
 find_path(LibEdit_INCLUDE_DIR histedit.h)
 find_library(LibEdit_LIBRARY edit)

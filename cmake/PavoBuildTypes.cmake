@@ -1,3 +1,6 @@
+# SPDX-FileCopyrightText: The Pavor Authors
+# SPDX-License-Identifier: Apache-2.0
+
 # The build type Checked is for tests. It keeps assert(), which holds each class to its thread, has the
 # standard library check what it is given, and optimises a little, because checked code is run often.
 set(CMAKE_C_FLAGS_CHECKED "-O1 -g1" CACHE STRING "Flags of the C compiler in a checked build")

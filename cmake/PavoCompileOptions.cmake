@@ -1,3 +1,6 @@
+# SPDX-FileCopyrightText: The Pavor Authors
+# SPDX-License-Identifier: Apache-2.0
+
 # pavo_options: what every target of this project is compiled with. The warnings are errors in the
 # scripts and in CI; a user with another compiler is not stopped by a new one.
 add_library(pavo_options INTERFACE)

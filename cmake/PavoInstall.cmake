@@ -1,3 +1,6 @@
+# SPDX-FileCopyrightText: The Pavor Authors
+# SPDX-License-Identifier: Apache-2.0
+
 # What is installed besides the targets: the package that find_package(pavor) finds.
 include(CMakePackageConfigHelpers)
 

@@ -1,16 +1,19 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 // An APN list of either format with any content: read, each entry mapped to a profile, and looked
 // through for mistakes. Whatever is wrong with it comes out as lines.
+#include "Errors.h"
+#include "lists/ApnCheck.h"
+#include "lists/ApnFile.h"
+#include "lists/ApnMapping.h"
+
 #include <sys/mman.h>
 #include <unistd.h>
 
 #include <cstdint>
 #include <cstdlib>
 #include <string>
-
-#include "Errors.h"
-#include "lists/ApnCheck.h"
-#include "lists/ApnFile.h"
-#include "lists/ApnMapping.h"
 
 namespace {
 

@@ -1,14 +1,18 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Requests to the modem's control channel, one a line: verbs, arguments and what is none. Every one
 // is answered in one frame that says whether it was done, and the modem goes on serving.
-#include <cstdint>
-#include <cstdio>
-#include <cstdlib>
-#include <nlohmann/json.hpp>
-#include <string>
-
 #include "tests/modem/RawClient.h"
 #include "tests/modem/ServedModem.h"
 #include "wire/Frame.h"
+
+#include <nlohmann/json.hpp>
+
+#include <cstdint>
+#include <cstdio>
+#include <cstdlib>
+#include <string>
 
 namespace {
 

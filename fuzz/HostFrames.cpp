@@ -1,13 +1,16 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 // What a modem may put on a client's connection: the input is sent as it is in answer to a request,
 // and then the modem hangs up. The messaging library has to answer its caller and to let go.
-#include <cstdint>
-#include <cstdlib>
-#include <string>
-
 #include "host/RawModem.h"
 #include "ovix_client.h"
 #include "support/TemporaryFolder.h"
 #include "wds_v01.h"
+
+#include <cstdint>
+#include <cstdlib>
+#include <string>
 
 namespace {
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The bytes of one fuzzed input, taken from the front. When they are used up, everything is zero.
 #pragma once
 

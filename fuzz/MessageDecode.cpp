@@ -1,15 +1,18 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 // ovix_client_message_decode with any message, any kind and any bytes, into a structure of the
 // right size or of any other.
-#include <cstdint>
-#include <cstdlib>
-#include <iterator>
-#include <vector>
-
 #include "Input.h"
 #include "host/RawModem.h"
 #include "ovix_client.h"
 #include "support/TemporaryFolder.h"
 #include "wds_v01.h"
+
+#include <cstdint>
+#include <cstdlib>
+#include <iterator>
+#include <vector>
 
 namespace {
 

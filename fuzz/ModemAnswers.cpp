@@ -1,16 +1,19 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Whole answers to the list and settings requests, and indications, as no modem should send them:
 // lengths, flags, enumerations and texts of the structures are the input's. The library reads them
 // into its cache, and clients look at everything there.
 #include <pavo/Manager.h>
+
+#include "FakePlatform.h"
+#include "Params.h"
 
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <string>
 #include <vector>
-
-#include "FakePlatform.h"
-#include "Params.h"
 
 namespace {
 

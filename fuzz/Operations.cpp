@@ -1,7 +1,13 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Any sequence of public operations with any parameters, while the modem refuses, keeps silent, and
 // is edited by others. Nothing may crash or hang, and the platform's rules are kept.
 #include <pavo/Manager.h>
 #include <pavo/Util.h>
+
+#include "FakePlatform.h"
+#include "Params.h"
 
 #include <cstdint>
 #include <cstdio>
@@ -10,9 +16,6 @@
 #include <memory>
 #include <string>
 #include <vector>
-
-#include "FakePlatform.h"
-#include "Params.h"
 
 namespace {
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Profiles as clients may describe them: each attribute present or not, with any value.
 #pragma once
 

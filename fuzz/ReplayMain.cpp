@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Runs a fuzz target over the files and folders that are given, once each: a corpus as a test.
 #include <cstdint>
 #include <cstdio>

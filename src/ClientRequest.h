@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The requests that callers' threads hand to the worker. One thread fills a request and hands it
 // over. After that the request does not change, except for its cached text. It holds copies of the
 // parameters and shares the keys.

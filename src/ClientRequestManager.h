@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 // ClientRequestManager is the worker: a thread, the event loop that the thread runs, and the
 // profile cache. Apart from dump(), and from stop() after the join, only that thread uses the
 // cache.

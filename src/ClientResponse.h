@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The worker's responses. A response is immutable. The caller casts it to the class that belongs to
 // the type of its own request.
 #pragma once

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Conversions between the client's enumerations and the modem's. The functions hold no state and
 // are thread-safe. An unknown value of the modem becomes UNKNOWN or 0. An unknown PDP or PDN type
 // is also logged.

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The building blocks of dump texts. The functions append to one string. This is several times
 // cheaper than a string stream and gives the same text.
 #pragma once

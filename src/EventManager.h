@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 // EventManager is the event loop: an epoll instance and a table of handlers by file descriptor. The
 // loop's thread is the one that calls processEvents(); only one thread may call it at a time.
 // Callbacks run on that thread, one by one. Any thread may add and remove handlers, even while the

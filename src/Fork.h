@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 // fork() gives a child process a copy of every object of the library, but none of its threads. The
 // child shares the parent's descriptors and its connection to the modem. Therefore a child leaves
 // alone what its parent made.

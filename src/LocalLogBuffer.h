@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 // LocalLogBuffer keeps the most recent important log lines in memory, for dumps. It is thread-safe.
 #pragma once
 

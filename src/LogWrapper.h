@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 // LogWrapper is the only way to log. It formats a line, hands it to the installed writer and keeps
 // the important lines in the local log buffer. It works on any thread at any time, even before the
 // first and after the last static object of the process, because its one instance is never

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The conversion between a member of a profile and an optional field of a message. A list of
 // members, fields and conversions (mapFields) is run with a codec. The codec fills a request or
 // reads a response.

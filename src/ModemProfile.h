@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 // ModemProfile is the library's image of one profile of the modem. Shared pointers own it. Only the
 // worker's thread changes it. It is destroyed on that thread or together with the worker, and its
 // destructor runs the listeners of live keys.

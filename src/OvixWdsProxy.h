@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 // OvixWdsProxy is the library's client of the modem's wireless data service.
 //
 // States: no client, notifier armed -> (service up) -> client open, bound and registered ->

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 // ProfileCache holds the library's images of the modem's profiles and makes the keys to them.
 //
 // The worker owns the cache. Apart from dump(), only the worker's thread uses it. The destructor of

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 // RequestPort connects callers' threads with the worker: one request slot and one response slot.
 //
 // Every key's request function holds the number of a port, never the port or the worker itself. A

@@ -1,9 +1,12 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 #include "wire/Frame.h"
+
+#include "wire/LittleEndian.h"
 
 #include <stdexcept>
 #include <utility>
-
-#include "wire/LittleEndian.h"
 
 namespace wire {
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The frames in which a client and the modem talk over a stream: a fixed header and a payload.
 //
 // Encoding is a pure function. A FrameReader belongs to one connection and one thread: bytes go in

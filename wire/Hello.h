@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The first frame in each direction of a connection: the client states the purpose of the
 // connection, and the modem answers. Both ends use these functions.
 //

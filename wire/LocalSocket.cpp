@@ -1,4 +1,9 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 #include "wire/LocalSocket.h"
+
+#include "base/ErrorText.h"
 
 #include <fcntl.h>
 #include <sys/file.h>
@@ -11,8 +16,6 @@
 #include <filesystem>
 #include <thread>
 #include <utility>
-
-#include "base/ErrorText.h"
 
 namespace wire {
 

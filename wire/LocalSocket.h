@@ -1,5 +1,10 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Unix stream sockets by path.
 #pragma once
+
+#include "base/UniqueFd.h"
 
 #include <sys/types.h>
 #include <sys/un.h>
@@ -8,8 +13,6 @@
 #include <optional>
 #include <stdexcept>
 #include <string>
-
-#include "base/UniqueFd.h"
 
 namespace wire {
 

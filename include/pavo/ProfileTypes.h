@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The enumerations of a packet-data profile. Their numeric values are part of the binary interface.
 // Any 32-bit value is legal in them; a value without a name prints as its decimal number.
 #pragma once

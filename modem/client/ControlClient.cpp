@@ -1,4 +1,9 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 #include "modem/client/ControlClient.h"
+
+#include "wire/LocalSocket.h"
 
 #include <sys/socket.h>
 
@@ -7,8 +12,6 @@
 #include <cstring>
 #include <utility>
 #include <vector>
-
-#include "wire/LocalSocket.h"
 
 namespace modem {
 

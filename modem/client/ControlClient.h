@@ -1,13 +1,17 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 // A client of a modem's control channel, for tools and tests. Its calls block; one thread may use
 // it.
 #pragma once
 
-#include <cstdint>
-#include <nlohmann/json.hpp>
-#include <string>
-
 #include "base/UniqueFd.h"
 #include "wire/Frame.h"
+
+#include <nlohmann/json.hpp>
+
+#include <cstdint>
+#include <string>
 
 namespace modem {
 

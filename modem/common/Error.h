@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The failure idiom of the modem: a function that fails throws Error with one line of text, which
 // names the file, member or argument that is wrong.
 //

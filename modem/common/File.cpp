@@ -1,12 +1,15 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 #include "modem/common/File.h"
+
+#include "base/UniqueFd.h"
 
 #include <fcntl.h>
 #include <unistd.h>
 
 #include <cerrno>
 #include <cstring>
-
-#include "base/UniqueFd.h"
 
 namespace modem {
 

@@ -1,11 +1,14 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Reading files as a whole, and writing to open ones.
 #pragma once
+
+#include "modem/common/Error.h"
 
 #include <optional>
 #include <string>
 #include <string_view>
-
-#include "modem/common/Error.h"
 
 namespace modem {
 

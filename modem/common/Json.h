@@ -1,13 +1,17 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Reading and writing of JSON values.
 #pragma once
 
-#include <cstdint>
+#include "modem/common/Error.h"
+
 #include <nlohmann/json.hpp>
+
+#include <cstdint>
 #include <span>
 #include <string>
 #include <string_view>
-
-#include "modem/common/Error.h"
 
 namespace modem {
 

@@ -1,8 +1,11 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 #include "modem/core/FieldReader.h"
 
-#include <cstdio>
-
 #include "modem/core/Refusal.h"
+
+#include <cstdio>
 
 namespace modem {
 

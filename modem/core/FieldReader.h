@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Reads a payload as a sequence of fields (tag, length, value).
 //
 // The constructor checks the framing of all fields; each getter checks the length of its value.

@@ -1,8 +1,11 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 #include "modem/core/FieldWriter.h"
 
-#include <stdexcept>
-
 #include "modem/core/Messages.h"
+
+#include <stdexcept>
 
 namespace modem {
 

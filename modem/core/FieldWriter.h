@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Builds a payload as a sequence of fields (tag, length, value).
 #pragma once
 

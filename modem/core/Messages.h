@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The messages of the modem's data service: ids, field tags, codes and their names.
 //
 // This file states the encoded form by tag. It shares nothing with the C structures of the clients,

@@ -1,12 +1,15 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 #include "modem/core/Modem.h"
+
+#include "modem/core/Refusal.h"
 
 #include <algorithm>
 #include <array>
 #include <random>
 #include <string>
 #include <utility>
-
-#include "modem/core/Refusal.h"
 
 namespace modem {
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The modem: its profiles, its clients' registrations and its power.
 //
 // It takes the payloads of requests and returns the payloads of responses and indications; sockets
@@ -11,19 +14,20 @@
 // every power-up; the persistent ones are the initial content of a store without a file.
 #pragma once
 
-#include <cstdint>
-#include <map>
-#include <memory>
-#include <nlohmann/json.hpp>
-#include <optional>
-#include <span>
-#include <vector>
-
 #include "modem/core/FieldReader.h"
 #include "modem/core/Messages.h"
 #include "modem/core/ProfileTable.h"
 #include "modem/core/Store.h"
 #include "modem/server/ClientHandler.h"
+
+#include <nlohmann/json.hpp>
+
+#include <cstdint>
+#include <map>
+#include <memory>
+#include <optional>
+#include <span>
+#include <vector>
 
 namespace modem {
 

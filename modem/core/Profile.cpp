@@ -1,10 +1,13 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 #include "modem/core/Profile.h"
+
+#include "modem/core/Refusal.h"
 
 #include <algorithm>
 #include <array>
 #include <type_traits>
-
-#include "modem/core/Refusal.h"
 
 namespace modem {
 

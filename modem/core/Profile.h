@@ -1,8 +1,15 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 // A profile as the modem keeps it: a record of optional settings.
 //
 // forEachSetting states once, in the order of the tags, the names and the possible values of every
 // setting. Reading, writing, checking, merging and the JSON form use it.
 #pragma once
+
+#include "modem/core/FieldReader.h"
+#include "modem/core/FieldWriter.h"
+#include "modem/core/Messages.h"
 
 #include <cstdint>
 #include <optional>
@@ -10,10 +17,6 @@
 #include <string>
 #include <string_view>
 #include <vector>
-
-#include "modem/core/FieldReader.h"
-#include "modem/core/FieldWriter.h"
-#include "modem/core/Messages.h"
 
 namespace modem {
 

@@ -1,11 +1,15 @@
-#include "modem/core/ProfileFile.h"
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
 
-#include <nlohmann/json.hpp>
-#include <utility>
-#include <vector>
+#include "modem/core/ProfileFile.h"
 
 #include "modem/core/ProfileJson.h"
 #include "modem/core/Refusal.h"
+
+#include <nlohmann/json.hpp>
+
+#include <utility>
+#include <vector>
 
 namespace modem {
 

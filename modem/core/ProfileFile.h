@@ -1,12 +1,15 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The JSON form of a set of profiles: {"profiles": [{"index": 1, "apn": "internet", ...}, ...]}.
 // The modem's profile file and its store have this form.
 #pragma once
 
-#include <optional>
-#include <string>
-
 #include "modem/common/File.h"
 #include "modem/core/ProfileTable.h"
+
+#include <optional>
+#include <string>
 
 namespace modem {
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The JSON form of profiles, in files, on the control channel and in transcripts.
 //
 // A text is a JSON string, or {"hex": "..."} if its bytes are not UTF-8, because a text has to be
@@ -5,12 +8,13 @@
 // true, false or a number.
 #pragma once
 
-#include <nlohmann/json.hpp>
-#include <string>
-#include <string_view>
-
 #include "modem/common/Json.h"
 #include "modem/core/Profile.h"
+
+#include <nlohmann/json.hpp>
+
+#include <string>
+#include <string_view>
 
 namespace modem {
 

@@ -1,14 +1,17 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The modem's profiles by index. Indices run from 1 to the capacity, and a new profile gets the
 // lowest free one. The table is a plain value: the modem changes a copy and replaces the table by
 // it when the change has been stored.
 #pragma once
 
+#include "modem/core/Profile.h"
+
 #include <cstddef>
 #include <cstdint>
 #include <map>
 #include <optional>
-
-#include "modem/core/Profile.h"
 
 namespace modem {
 

@@ -1,11 +1,14 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 #include "modem/core/Store.h"
+
+#include "base/PrivateFile.h"
 
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
 #include <utility>
-
-#include "base/PrivateFile.h"
 
 namespace modem {
 

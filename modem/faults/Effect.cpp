@@ -1,9 +1,12 @@
-#include "modem/faults/Effect.h"
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
 
-#include <algorithm>
+#include "modem/faults/Effect.h"
 
 #include "modem/common/Json.h"
 #include "modem/faults/effects/EffectFamilies.h"
+
+#include <algorithm>
 
 namespace modem {
 

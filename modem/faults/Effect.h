@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The effects of faults: what the modem does wrong.
 //
 // An effect is one class in one of the files of effects/. The class holds its name, the arguments
@@ -6,17 +9,18 @@
 // list at the end of that file. docs/modem.md describes all of them.
 #pragma once
 
-#include <array>
-#include <chrono>
-#include <memory>
-#include <nlohmann/json.hpp>
-#include <string>
-#include <string_view>
-#include <vector>
-
 #include "modem/faults/PowerCycle.h"
 #include "modem/faults/Subject.h"
 #include "wire/Frame.h"
+
+#include <nlohmann/json.hpp>
+
+#include <array>
+#include <chrono>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
 
 namespace modem {
 

@@ -1,11 +1,14 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 // One fault: which subjects it is for, how often and when it takes effect, and what it does.
 #pragma once
 
-#include <cstdint>
-#include <optional>
-
 #include "modem/faults/Effect.h"
 #include "modem/faults/Subject.h"
+
+#include <cstdint>
+#include <optional>
 
 namespace modem {
 

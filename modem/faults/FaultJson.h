@@ -1,12 +1,16 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The JSON form of faults: the arguments of the control verb "fail" and the elements of a script.
 #pragma once
 
+#include "modem/faults/Fault.h"
+
 #include <nlohmann/json.hpp>
+
 #include <optional>
 #include <string>
 #include <vector>
-
-#include "modem/faults/Fault.h"
 
 namespace modem {
 

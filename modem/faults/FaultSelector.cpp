@@ -1,12 +1,15 @@
-#include "modem/faults/FaultSelector.h"
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
 
-#include <algorithm>
-#include <array>
-#include <string_view>
+#include "modem/faults/FaultSelector.h"
 
 #include "modem/common/Json.h"
 #include "modem/core/Messages.h"
 #include "wire/Hello.h"
+
+#include <algorithm>
+#include <array>
+#include <string_view>
 
 namespace modem {
 

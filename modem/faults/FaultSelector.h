@@ -1,11 +1,15 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The JSON form of selectors: "message", "indication" or "service".
 #pragma once
 
+#include "modem/faults/Subject.h"
+
 #include <nlohmann/json.hpp>
+
 #include <string>
 #include <vector>
-
-#include "modem/faults/Subject.h"
 
 namespace modem {
 

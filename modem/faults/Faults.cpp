@@ -1,9 +1,12 @@
-#include "modem/faults/Faults.h"
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
 
-#include <string>
+#include "modem/faults/Faults.h"
 
 #include "modem/common/Json.h"
 #include "modem/faults/FaultSelector.h"
+
+#include <string>
 
 namespace modem {
 

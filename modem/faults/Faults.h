@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The faults that the modem has, and how often each has yet to take effect.
 //
 // Every fault counts the subjects that its selector selects and its effect fits. A subject gets one
@@ -5,15 +8,16 @@
 // order of the subjects alone, so that the same script and the same requests repeat a run.
 #pragma once
 
+#include "modem/faults/Fault.h"
+#include "modem/faults/FaultJson.h"
+
+#include <nlohmann/json.hpp>
+
 #include <cstddef>
 #include <cstdint>
-#include <nlohmann/json.hpp>
 #include <optional>
 #include <random>
 #include <vector>
-
-#include "modem/faults/Fault.h"
-#include "modem/faults/FaultJson.h"
 
 namespace modem {
 

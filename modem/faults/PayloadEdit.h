@@ -1,17 +1,19 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Changes the fields of an encoded payload, so that the modem can send what a broken one could.
 //
 // A payload that is not a sequence of fields is returned as it is.
 #pragma once
 
-#include <cstdint>
-#include <functional>
-#include <optional>
-
 #include "modem/core/FieldReader.h"
 #include "modem/core/FieldWriter.h"
 #include "modem/core/Profile.h"
-
 #include "wire/Frame.h"
+
+#include <cstdint>
+#include <functional>
+#include <optional>
 
 namespace modem {
 

@@ -1,9 +1,13 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 // A loss and return of the power, once or several times.
 #pragma once
 
+#include <nlohmann/json.hpp>
+
 #include <chrono>
 #include <cstdint>
-#include <nlohmann/json.hpp>
 
 namespace modem {
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 // What a fault can take effect on: a request, an indication or a hello.
 #pragma once
 

@@ -1,5 +1,11 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The three commands of the program pavo-modem. Each returns the exit status and throws Error.
 #pragma once
+
+#include "modem/common/Error.h"
+#include "modem/core/ProfileTable.h"
 
 #include <unistd.h>
 
@@ -7,9 +13,6 @@
 #include <optional>
 #include <string>
 #include <vector>
-
-#include "modem/common/Error.h"
-#include "modem/core/ProfileTable.h"
 
 namespace modem {
 

@@ -1,10 +1,14 @@
-#include <iostream>
-#include <nlohmann/json.hpp>
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
 
 #include "modem/client/ControlClient.h"
 #include "modem/common/File.h"
 #include "modem/common/Json.h"
 #include "modem/program/Commands.h"
+
+#include <nlohmann/json.hpp>
+
+#include <iostream>
 
 namespace modem {
 

@@ -1,10 +1,13 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Runs a server as the only one of a process: signals end it, and a line says when it listens.
 #pragma once
 
-#include <string>
-
 #include "modem/server/Server.h"
 #include "wire/LocalSocket.h"
+
+#include <string>
 
 namespace modem {
 

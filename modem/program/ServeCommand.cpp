@@ -1,7 +1,5 @@
-#include <cerrno>
-#include <cstring>
-#include <optional>
-#include <utility>
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
 
 #include "base/FileLock.h"
 #include "modem/core/ProfileFile.h"
@@ -9,6 +7,11 @@
 #include "modem/program/RunningServer.h"
 #include "modem/service/Service.h"
 #include "wire/LocalSocket.h"
+
+#include <cerrno>
+#include <cstring>
+#include <optional>
+#include <utility>
 
 namespace modem {
 

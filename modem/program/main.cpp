@@ -1,10 +1,13 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 // pavo-modem: the emulated modem in a process of its own; "pavo-modem ctl", which speaks to its
 // control channel; and "pavo-modem replay", which serves a recording of it.
-#include <CLI/CLI.hpp>
-
 #include "modem/faults/FaultJson.h"
 #include "modem/program/Commands.h"
 #include "modem/program/RunningServer.h"
+
+#include <CLI/CLI.hpp>
 
 namespace {
 

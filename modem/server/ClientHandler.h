@@ -1,16 +1,20 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The interfaces between the server, which owns the connections, and the handler of the messages:
 // an emulated modem (Service) or a replayed trace (Replay). All calls are made on the server's
 // thread.
 #pragma once
 
-#include <chrono>
-#include <functional>
-#include <nlohmann/json.hpp>
-#include <string>
-#include <string_view>
-
 #include "wire/Frame.h"
 #include "wire/Hello.h"
+
+#include <nlohmann/json.hpp>
+
+#include <chrono>
+#include <functional>
+#include <string>
+#include <string_view>
 
 namespace modem {
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 // One connection of the server: it reads frames and writes frames, and never blocks.
 //
 //               first frame
@@ -7,14 +10,14 @@
 // A closed connection stays closed until the server removes it.
 #pragma once
 
+#include "base/UniqueFd.h"
+#include "modem/server/ClientHandler.h"
+#include "wire/Frame.h"
+
 #include <chrono>
 #include <cstdint>
 #include <string>
 #include <vector>
-
-#include "base/UniqueFd.h"
-#include "modem/server/ClientHandler.h"
-#include "wire/Frame.h"
 
 namespace modem {
 

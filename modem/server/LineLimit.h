@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Limits log lines that other processes can cause at will: it admits one line a second and appends
 // the number of omitted lines to the next one.
 #pragma once

@@ -1,4 +1,11 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 #include "modem/server/Server.h"
+
+#include "base/EventFd.h"
+#include "modem/common/Json.h"
+#include "wire/LocalSocket.h"
 
 #include <poll.h>
 #include <sys/eventfd.h>
@@ -10,10 +17,6 @@
 #include <cstring>
 #include <string_view>
 #include <utility>
-
-#include "base/EventFd.h"
-#include "modem/common/Json.h"
-#include "wire/LocalSocket.h"
 
 namespace modem {
 
@@ -35,9 +38,7 @@ void closeWithoutReset(const UniqueFd& socket) {
 }  // namespace
 
 Server::Server(Options options)
-    : listenFd(options.listenFd),
-      reportLine(std::move(options.report)),
-      wake(pavo::makeEventFd()) {
+    : listenFd(options.listenFd), reportLine(std::move(options.report)), wake(pavo::makeEventFd()) {
   if (!wake.isOpen()) {
     throw Error(std::string("cannot make an eventfd: ") + std::strerror(errno));
   }

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Serves clients and control connections on the thread that is in run(). It moves bytes, frames and
 // timers; the handler gives messages their meaning.
 //
@@ -6,6 +9,12 @@
 // within firstFrameTimeout.
 #pragma once
 
+#include "base/Mutex.h"
+#include "base/UniqueFd.h"
+#include "modem/server/ClientHandler.h"
+#include "modem/server/Connection.h"
+#include "modem/server/LineLimit.h"
+
 #include <atomic>
 #include <chrono>
 #include <functional>
@@ -13,12 +22,6 @@
 #include <memory>
 #include <string>
 #include <vector>
-
-#include "base/Mutex.h"
-#include "base/UniqueFd.h"
-#include "modem/server/ClientHandler.h"
-#include "modem/server/Connection.h"
-#include "modem/server/LineLimit.h"
 
 namespace modem {
 

@@ -1,4 +1,10 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 #include "modem/service/Control.h"
+
+#include "modem/core/ProfileJson.h"
+#include "modem/core/Refusal.h"
 
 #include <algorithm>
 #include <array>
@@ -6,9 +12,6 @@
 #include <limits>
 #include <string>
 #include <utility>
-
-#include "modem/core/ProfileJson.h"
-#include "modem/core/Refusal.h"
 
 namespace modem {
 

@@ -1,16 +1,20 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The verbs of the control channel, with JSON requests and responses. docs/modem.md lists them.
 //
 // Every verb checks all of its arguments before it does anything. A list that does not fit into one
 // frame is split: a reply with "more" is continued by the same verb with "since".
 #pragma once
 
-#include <nlohmann/json.hpp>
-#include <string_view>
-#include <vector>
-
 #include "modem/core/Modem.h"
 #include "modem/faults/Faults.h"
 #include "modem/trace/Transcript.h"
+
+#include <nlohmann/json.hpp>
+
+#include <string_view>
+#include <vector>
 
 namespace modem {
 

@@ -1,4 +1,12 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 #include "modem/service/EmbeddedModem.h"
+
+#include "base/Thread.h"
+#include "base/UniqueFd.h"
+#include "modem/server/Server.h"
+#include "modem/service/Service.h"
 
 #include <sys/socket.h>
 
@@ -6,11 +14,6 @@
 #include <exception>
 #include <memory>
 #include <utility>
-
-#include "base/Thread.h"
-#include "base/UniqueFd.h"
-#include "modem/server/Server.h"
-#include "modem/service/Service.h"
 
 namespace modem {
 

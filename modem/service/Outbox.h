@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Sends answers and indications to clients and records them as they are sent. A message may be
 // under the effect of a fault.
 //
@@ -5,14 +8,14 @@
 // sent, the fault's removal releases it, or the client has left.
 #pragma once
 
+#include "modem/faults/Effect.h"
+#include "modem/server/ClientHandler.h"
+#include "modem/trace/Recorder.h"
+
 #include <functional>
 #include <map>
 #include <string>
 #include <vector>
-
-#include "modem/faults/Effect.h"
-#include "modem/server/ClientHandler.h"
-#include "modem/trace/Recorder.h"
 
 namespace modem {
 

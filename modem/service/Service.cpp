@@ -1,8 +1,11 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 #include "modem/service/Service.h"
 
-#include <utility>
-
 #include "modem/core/FieldWriter.h"
+
+#include <utility>
 
 namespace modem {
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Serves the emulated modem to its clients: passes their requests to the modem, sends its answers
 // and indications, applies the effects of faults on the way, and serves the control channel.
 //
@@ -5,15 +8,15 @@
 //                               └─────► indications ─ faults of their own? ──► Outbox
 #pragma once
 
-#include <memory>
-#include <vector>
-
 #include "modem/core/Modem.h"
 #include "modem/faults/Faults.h"
 #include "modem/server/ClientHandler.h"
 #include "modem/service/Control.h"
 #include "modem/service/Outbox.h"
 #include "modem/trace/Recorder.h"
+
+#include <memory>
+#include <vector>
 
 namespace modem {
 

@@ -1,15 +1,18 @@
-#include "modem/trace/MessageJson.h"
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
 
-#include <algorithm>
-#include <array>
-#include <span>
-#include <utility>
+#include "modem/trace/MessageJson.h"
 
 #include "modem/core/FieldReader.h"
 #include "modem/core/Messages.h"
 #include "modem/core/ProfileJson.h"
 #include "modem/core/Refusal.h"
 #include "wire/Hello.h"
+
+#include <algorithm>
+#include <array>
+#include <span>
+#include <utility>
 
 namespace modem {
 

@@ -1,10 +1,14 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Decodes messages to JSON, for transcripts and traces.
 #pragma once
 
-#include <nlohmann/json.hpp>
-#include <string_view>
-
 #include "modem/server/ClientHandler.h"
+
+#include <nlohmann/json.hpp>
+
+#include <string_view>
 
 namespace modem {
 

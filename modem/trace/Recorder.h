@@ -1,13 +1,16 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Records the messages between the modem and its clients in the transcript and, if there is one, in
 // the trace.
 #pragma once
 
-#include <memory>
-#include <string>
-
 #include "modem/server/ClientHandler.h"
 #include "modem/trace/Trace.h"
 #include "modem/trace/Transcript.h"
+
+#include <memory>
+#include <string>
 
 namespace modem {
 

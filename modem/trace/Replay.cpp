@@ -1,11 +1,14 @@
-#include "modem/trace/Replay.h"
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
 
-#include <algorithm>
-#include <utility>
+#include "modem/trace/Replay.h"
 
 #include "modem/core/FieldWriter.h"
 #include "modem/core/Messages.h"
 #include "modem/core/ProfileJson.h"
+
+#include <algorithm>
+#include <utility>
 
 namespace modem {
 

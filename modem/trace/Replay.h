@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Serves a trace again: a client that makes the same requests gets the same answers and
 // indications, in the same order and with the same delays.
 //
@@ -7,15 +10,15 @@
 // are still due when the next request arrives are sent first.
 #pragma once
 
+#include "modem/server/ClientHandler.h"
+#include "modem/trace/TraceSessions.h"
+
 #include <chrono>
 #include <cstddef>
 #include <deque>
 #include <map>
 #include <string>
 #include <vector>
-
-#include "modem/server/ClientHandler.h"
-#include "modem/trace/TraceSessions.h"
 
 namespace modem {
 

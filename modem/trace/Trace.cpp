@@ -1,4 +1,11 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 #include "modem/trace/Trace.h"
+
+#include "base/PrivateFile.h"
+#include "modem/common/Json.h"
+#include "modem/core/Messages.h"
 
 #include <unistd.h>
 
@@ -11,10 +18,6 @@
 #include <sstream>
 #include <string_view>
 #include <utility>
-
-#include "base/PrivateFile.h"
-#include "modem/common/Json.h"
-#include "modem/core/Messages.h"
 
 namespace modem {
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The trace file: the messages of a modem, written while it serves and served again by Replay.
 //
 // The file has one line for each event, in the order in which they happened:
@@ -11,16 +14,16 @@
 // that begin with # are comments.
 #pragma once
 
-#include <chrono>
-#include <cstdint>
-#include <string>
-#include <vector>
-
 #include "base/UniqueFd.h"
 #include "modem/common/File.h"
 #include "modem/server/ClientHandler.h"
 #include "modem/trace/MessageJson.h"
 #include "wire/Frame.h"
+
+#include <chrono>
+#include <cstdint>
+#include <string>
+#include <vector>
 
 namespace modem {
 

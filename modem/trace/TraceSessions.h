@@ -1,11 +1,14 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Splits a trace into connections, and each connection into exchanges.
 #pragma once
 
-#include <string>
-#include <vector>
-
 #include "modem/trace/Trace.h"
 #include "wire/Hello.h"
+
+#include <string>
+#include <vector>
 
 namespace modem {
 

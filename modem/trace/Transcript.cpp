@@ -1,12 +1,15 @@
-#include "modem/trace/Transcript.h"
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
 
-#include <algorithm>
-#include <span>
-#include <utility>
+#include "modem/trace/Transcript.h"
 
 #include "modem/core/Messages.h"
 #include "modem/core/ProfileJson.h"
 #include "modem/trace/MessageJson.h"
+
+#include <algorithm>
+#include <span>
+#include <utility>
 
 namespace modem {
 

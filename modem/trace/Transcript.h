@@ -1,19 +1,23 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Keeps the messages between the modem and its clients, for tests and for the control channel.
 //
 // Messages are kept as they were sent and decoded when they are read. The oldest ones are dropped
 // when there are too many messages or too many bytes.
 #pragma once
 
-#include <cstddef>
-#include <cstdint>
-#include <deque>
-#include <nlohmann/json.hpp>
-#include <string>
-#include <vector>
-
 #include "modem/server/ClientHandler.h"
 #include "modem/trace/MessageJson.h"
 #include "wire/Frame.h"
+
+#include <nlohmann/json.hpp>
+
+#include <cstddef>
+#include <cstdint>
+#include <deque>
+#include <string>
+#include <vector>
 
 namespace modem {
 

@@ -1,12 +1,15 @@
-#include "CallbackQueue.h"
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
 
-#include <deque>
-#include <thread>
-#include <utility>
+#include "CallbackQueue.h"
 
 #include "DebugLine.h"
 #include "base/Mutex.h"
 #include "base/Thread.h"
+
+#include <deque>
+#include <thread>
+#include <utility>
 
 namespace ovix {
 

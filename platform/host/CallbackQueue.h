@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Runs the callbacks of one handle, one after the other, in the order in which they were posted, on
 // a thread of its own. So a thread that posts never waits for a callback. The reader of a
 // connection depends on that.

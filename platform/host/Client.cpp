@@ -1,4 +1,11 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 #include "Client.h"
+
+#include "DebugLine.h"
+#include "MessageCodec.h"
+#include "base/Thread.h"
 
 #include <sys/socket.h>
 
@@ -6,10 +13,6 @@
 #include <array>
 #include <cerrno>
 #include <utility>
-
-#include "DebugLine.h"
-#include "MessageCodec.h"
-#include "base/Thread.h"
 
 namespace ovix {
 

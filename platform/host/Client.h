@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 // One client of the service: a connection, the requests under way on it and its callbacks.
 //
 //   constructed --start--> connected --the modem ends the connection, or talks nonsense--> lost
@@ -14,18 +17,18 @@
 // no response.
 #pragma once
 
-#include <cstdint>
-#include <map>
-#include <optional>
-#include <thread>
-#include <vector>
-
 #include "CallbackQueue.h"
 #include "ModemConnection.h"
 #include "ServiceObject.h"
 #include "base/Mutex.h"
 #include "base/Poll.h"
 #include "ovix_client.h"
+
+#include <cstdint>
+#include <map>
+#include <optional>
+#include <thread>
+#include <vector>
 
 namespace ovix {
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The diagnostic channel of a host: a line per message, appended to the file that the environment
 // variable PAVO_DIAG_FILE names, or to standard error when it names none. Messages hold passwords,
 // so the file has to be a PrivateFile. When it cannot be used, one line on standard error says why,
@@ -7,6 +10,8 @@
 // Diag_LSM_DeInit, because a writer may be made before the one that it replaces is destroyed. The
 // thread that opens the channel reads the variable. Messages outside of that time are dropped; a
 // message longer than messageCharsMax is cut.
+#include "base/Mutex.h"
+#include "base/PrivateFile.h"
 #include "diag_lsm.h"
 
 #include <unistd.h>
@@ -17,9 +22,6 @@
 #include <cstdlib>
 #include <string>
 #include <type_traits>
-
-#include "base/Mutex.h"
-#include "base/PrivateFile.h"
 
 namespace {
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The clients and notifiers of the process, by handle. A handle is a number that is never used
 // again and never an address: every handle that a caller passes is looked up here first.
 //
@@ -5,15 +8,15 @@
 // the process exits.
 #pragma once
 
-#include <cstdint>
-#include <map>
-#include <memory>
-#include <variant>
-
 #include "Client.h"
 #include "Notifier.h"
 #include "base/Mutex.h"
 #include "ovix_client.h"
+
+#include <cstdint>
+#include <map>
+#include <memory>
+#include <variant>
 
 namespace ovix {
 

@@ -1,14 +1,17 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 #include "Handshake.h"
+
+#include "DebugLine.h"
+#include "base/Poll.h"
+#include "wire/LocalSocket.h"
 
 #include <sys/socket.h>
 
 #include <array>
 #include <cerrno>
 #include <chrono>
-
-#include "DebugLine.h"
-#include "base/Poll.h"
-#include "wire/LocalSocket.h"
 
 namespace ovix {
 

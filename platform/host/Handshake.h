@@ -1,13 +1,16 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The beginning of a connection to the modem: the socket, and a hello in each direction. The
 // messaging library and the service libraries use it.
 #pragma once
 
-#include <optional>
-#include <string>
-
 #include "base/UniqueFd.h"
 #include "wire/Frame.h"
 #include "wire/Hello.h"
+
+#include <optional>
+#include <string>
 
 namespace ovix {
 

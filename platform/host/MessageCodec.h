@@ -1,14 +1,17 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Turns C structures into encoded messages and back, by the tables of a service object. The
 // functions depend on their arguments only; any thread may call them.
 #pragma once
+
+#include "ServiceObject.h"
 
 #include <cstdint>
 #include <optional>
 #include <span>
 #include <string>
 #include <vector>
-
-#include "ServiceObject.h"
 
 namespace ovix {
 

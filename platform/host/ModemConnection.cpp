@@ -1,13 +1,16 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 #include "ModemConnection.h"
+
+#include "DebugLine.h"
+#include "base/Poll.h"
+#include "modem/service/EmbeddedModem.h"
 
 #include <fcntl.h>
 
 #include <array>
 #include <atomic>
-
-#include "DebugLine.h"
-#include "base/Poll.h"
-#include "modem/service/EmbeddedModem.h"
 
 namespace ovix {
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 // One connection to the modem, on which the hellos have been exchanged.
 //
 // A client's hello says whether the process "saw an absence": since a client last asked for a

@@ -1,4 +1,13 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 #include "Notifier.h"
+
+#include "ModemConnection.h"
+#include "ServiceObject.h"
+#include "base/EventFd.h"
+#include "base/Poll.h"
+#include "base/Thread.h"
 
 #include <sys/socket.h>
 
@@ -7,12 +16,6 @@
 #include <cerrno>
 #include <chrono>
 #include <system_error>
-
-#include "ModemConnection.h"
-#include "ServiceObject.h"
-#include "base/EventFd.h"
-#include "base/Poll.h"
-#include "base/Thread.h"
 
 namespace ovix {
 

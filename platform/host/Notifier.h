@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Watches for the service: keeps a connection to the modem and calls a callback when it is
 // established (event available), when the modem ends it (event gone) and when it is established
 // again.
@@ -10,12 +13,12 @@
 // thread, from inside a callback too; callbacks run with no lock held.
 #pragma once
 
-#include <thread>
-
 #include "CallbackQueue.h"
 #include "base/Mutex.h"
 #include "base/UniqueFd.h"
 #include "ovix_client.h"
+
+#include <thread>
 
 namespace ovix {
 

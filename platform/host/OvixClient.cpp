@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The functions of ovix_client.h. They check arguments, look handles up and let no exception reach
 // the caller.
 //
@@ -9,18 +12,17 @@
 //  - A callback may call every function here, with its own handle too. Two callbacks that release
 //    each other's handles wait for each other forever.
 //  - A child made by fork() must not call in: the threads stayed with the parent.
-#include "ovix_client.h"
-
-#include <chrono>
-#include <string>
-#include <utility>
-
 #include "Client.h"
 #include "HandleRegistry.h"
 #include "ModemConnection.h"
 #include "Notifier.h"
 #include "ServiceObject.h"
 #include "base/Poll.h"
+#include "ovix_client.h"
+
+#include <chrono>
+#include <string>
+#include <utility>
 
 namespace {
 

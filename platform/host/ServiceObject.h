@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 // A service object holds the place of the modem, and for each message of a service the places of
 // the fields in its C structures and their encoding. It is data only: the service libraries
 // (WdsService.cpp) state the tables, and the messaging library (MessageCodec) interprets them.

@@ -1,15 +1,18 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The wireless data service's message tables. The offsets come from the structures of wds_v01.h,
 // the tags from docs/modem-messages.md.
+#include "ServiceObject.h"
+#include "ServicePresence.h"
+#include "base/Mutex.h"
+#include "wds_v01.h"
+
 #include <algorithm>
 #include <array>
 #include <cstdlib>
 #include <map>
 #include <string>
-
-#include "ServiceObject.h"
-#include "ServicePresence.h"
-#include "base/Mutex.h"
-#include "wds_v01.h"
 
 namespace {
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 /* The modem diagnostic channel: text messages with a descriptor, collected by the modem's tools. */
 #ifndef DIAG_LSM_H
 #define DIAG_LSM_H

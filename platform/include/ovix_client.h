@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 /*
  * The modem messaging client: what the device's libovix_cci provides and what the host build of
  * it in platform/host provides in its place.

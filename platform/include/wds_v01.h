@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 /*
  * The wireless data service, version 1: the C structures of the messages that manage 3GPP
  * profiles, and their value enumerations.
@@ -10,10 +13,10 @@
 #ifndef WDS_V01_H
 #define WDS_V01_H
 
+#include "ovix_client.h"
+
 #include <stddef.h>
 #include <stdint.h>
-
-#include "ovix_client.h"
 
 #ifdef __cplusplus
 /* A fixed underlying type makes every 32-bit value that a modem may send a legal one. */

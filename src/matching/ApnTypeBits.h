@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The client's bit and the modem's bit of each APN type, and the conversion of masks.
 #pragma once
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The rules for creating and changing a profile, and the client's view of a profile.
 #pragma once
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 // A profile of the modem as plain values. The rules of matching and changing work on these values.
 #pragma once
 

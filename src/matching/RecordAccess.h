@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The attributes that the client's records and the modem's share, listed once. The lists serve
 // construction, reading back, matching, difference and application.
 #pragma once

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The policies for LTE attach.
 #include "Policies.h"
 #include "PolicyParts.h"

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The policies that write a list of wanted profiles to the modem: by APN class, and the APN types
 // by name.
 #include "Policies.h"

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The library's policies. They choose the profile for a data call, an emergency call or LTE attach,
 // and write a list of wanted profiles to the modem. <pavo/Util.h> describes what they do for a
 // client. Each policy is a handful of operations in a fixed order, with lines of the library's log

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The operations that the policies perform on profiles. They are the Manager's operations, wherever
 // the profiles are.
 #pragma once

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Encoded messages and frames, put together by hand from what docs/modem-messages.md says. Tests
 // compare what the messaging library makes of them with this, so nothing here uses its code.
 #pragma once

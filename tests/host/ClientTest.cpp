@@ -1,5 +1,11 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The life of a client against a modem that does what a test wants: opening, sending, timeouts, the
 // end of the connection, release.
+#include "HostTest.h"
+#include "Recorder.h"
+
 #include <signal.h>
 
 #include <array>
@@ -9,9 +15,6 @@
 #include <latch>
 #include <semaphore>
 #include <thread>
-
-#include "HostTest.h"
-#include "Recorder.h"
 
 namespace pavo::test {
 namespace {

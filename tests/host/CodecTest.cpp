@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 // What the structures become on the way to the modem and what its messages become on the way back,
 // byte by byte.
 #include "HostTest.h"

@@ -1,11 +1,14 @@
-#include <filesystem>
-#include <fstream>
-#include <sstream>
-#include <thread>
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
 
 #include "HostTest.h"
 #include "diag_lsm.h"
 #include "support/FileMode.h"
+
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+#include <thread>
 
 namespace pavo::test {
 namespace {

@@ -1,9 +1,12 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Without a modem's name the library talks to the one inside the process, and the two statements of
 // the messages, its tables and the modem's, have to agree.
-#include <cstring>
-
 #include "HostTest.h"
 #include "Recorder.h"
+
+#include <cstring>
 
 namespace pavo::test {
 namespace {

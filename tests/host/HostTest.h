@@ -1,6 +1,15 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 // What the tests of the messaging library share: the environment variable that names the modem,
 // handles that release themselves, and one way to open a client.
 #pragma once
+
+#include "RawModem.h"
+#include "ovix_client.h"
+#include "support/Deadline.h"
+#include "support/TemporaryFolder.h"
+#include "wds_v01.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -9,12 +18,6 @@
 #include <string>
 #include <utility>
 #include <vector>
-
-#include "RawModem.h"
-#include "ovix_client.h"
-#include "support/Deadline.h"
-#include "support/TemporaryFolder.h"
-#include "wds_v01.h"
 
 namespace pavo::test {
 

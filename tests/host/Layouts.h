@@ -1,13 +1,16 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The C structures of the messages, stated a second time as plain numbers: where a field's flag and
 // value are, and what its tag is. Nothing here knows the structures' declarations.
 #pragma once
+
+#include "Bytes.h"
 
 #include <cstdint>
 #include <ostream>
 #include <string>
 #include <vector>
-
-#include "Bytes.h"
 
 namespace pavo::test {
 

@@ -1,11 +1,14 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Messages that no modem should send, in every place where one can arrive. None may be taken, and
 // none may do harm.
+#include "HostTest.h"
+#include "Layouts.h"
+
 #include <algorithm>
 #include <memory>
 #include <random>
-
-#include "HostTest.h"
-#include "Layouts.h"
 
 namespace pavo::test {
 namespace {

@@ -1,10 +1,13 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The notifier: told when the modem comes, goes and comes back.
+#include "HostTest.h"
+#include "Recorder.h"
+
 #include <atomic>
 #include <future>
 #include <memory>
-
-#include "HostTest.h"
-#include "Recorder.h"
 
 namespace pavo::test {
 namespace {

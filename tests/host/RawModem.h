@@ -1,6 +1,11 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 // A modem that is nothing but frames: it says hello and leaves everything else to the test. Serves
 // each connection on a thread of its own until it is destroyed.
 #pragma once
+
+#include "Bytes.h"
 
 #include <functional>
 #include <memory>
@@ -8,8 +13,6 @@
 #include <string>
 #include <thread>
 #include <vector>
-
-#include "Bytes.h"
 
 namespace pavo::test {
 

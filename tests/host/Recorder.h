@@ -1,15 +1,18 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Records the callbacks of a handle, and lets a test wait for them or do something inside them.
 #pragma once
+
+#include "Bytes.h"
+#include "ovix_client.h"
+#include "support/Deadline.h"
 
 #include <condition_variable>
 #include <functional>
 #include <mutex>
 #include <thread>
 #include <vector>
-
-#include "Bytes.h"
-#include "ovix_client.h"
-#include "support/Deadline.h"
 
 namespace pavo::test {
 

@@ -1,6 +1,9 @@
-#include <climits>
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
 
 #include "HostTest.h"
+
+#include <climits>
 
 namespace pavo::test {
 namespace {

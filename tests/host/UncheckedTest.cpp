@@ -1,8 +1,11 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Answers that the messaging library hands on unjudged, as one that trusts its modem would: they
 // arrive as the modem said, and nothing is written behind the structure.
-#include <cstring>
-
 #include "HostTest.h"
+
+#include <cstring>
 
 namespace pavo::test {
 namespace {

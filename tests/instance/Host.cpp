@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 // A program that is not linked to the library: all of it comes with the clients that it loads,
 // given as arguments. Ends with 0 when they have the same manager.
 #include <dlfcn.h>

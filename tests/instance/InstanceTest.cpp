@@ -1,9 +1,11 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The manager of a process is one, although getInstance() is compiled into every client of it.
 #include <pavo/Manager.h>
 
-#include <gtest/gtest.h>
-
 #include <dlfcn.h>
+#include <gtest/gtest.h>
 
 namespace pavo::test {
 namespace {

@@ -1,7 +1,15 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 #include "Driver.h"
 
 #include <pavo/Manager.h>
 #include <pavo/Util.h>
+
+#include "Deadline.h"
+#include "LogWatch.h"
+#include "ModemProcess.h"
+#include "Wishes.h"
 
 #include <algorithm>
 #include <array>
@@ -10,11 +18,6 @@
 #include <stdexcept>
 #include <unordered_set>
 #include <utility>
-
-#include "Deadline.h"
-#include "LogWatch.h"
-#include "ModemProcess.h"
-#include "Wishes.h"
 
 namespace pavo::test::model {
 

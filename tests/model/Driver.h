@@ -1,14 +1,17 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Runs random sequences of everything that a caller, other clients and the modem can do, on the
 // real library and a modem's process, and holds both against the model after every step.
 #pragma once
+
+#include "World.h"
 
 #include <cstdint>
 #include <map>
 #include <optional>
 #include <string>
 #include <vector>
-
-#include "World.h"
 
 namespace pavo::test::model {
 

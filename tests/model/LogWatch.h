@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 // This program's __android_log_print: keeps the library's last lines and lets the driver wait for
 // one.
 #pragma once

@@ -1,11 +1,14 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Two hundred random sequences, each of three hundred steps (a tenth of the sequences in builds
 // with a sanitizer), in ten tests so that they run side by side.
+#include "Driver.h"
+#include "system/Stress.h"
+
 #include <gtest/gtest.h>
 
 #include <iostream>
-
-#include "Driver.h"
-#include "system/Stress.h"
 
 namespace pavo::test::model {
 namespace {

@@ -1,12 +1,15 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Runs the model's random sequences without end, or for a time, and says how far it has come.
 //   soak [SECONDS [FIRST_SEED]]
+#include "Driver.h"
+
 #include <chrono>
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <string>
-
-#include "Driver.h"
 
 namespace {
 

@@ -1,9 +1,12 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Random profiles, from few values, so that they match, differ and clash.
 #pragma once
 
-#include <random>
-
 #include "WishParams.h"
+
+#include <random>
 
 namespace pavo::test::model {
 

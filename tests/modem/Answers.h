@@ -1,15 +1,18 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 // What tests look at in the modem's messages.
 #pragma once
+
+#include "modem/core/FieldReader.h"
+#include "modem/core/Messages.h"
+#include "modem/core/Profile.h"
 
 #include <cstdint>
 #include <ostream>
 #include <span>
 #include <string>
 #include <vector>
-
-#include "modem/core/FieldReader.h"
-#include "modem/core/Messages.h"
-#include "modem/core/Profile.h"
 
 namespace modem::test {
 

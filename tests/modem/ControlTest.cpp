@@ -1,9 +1,11 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
+#include "ServedModem.h"
 #include "modem/service/Control.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-
-#include "ServedModem.h"
 
 namespace modem::test {
 namespace {

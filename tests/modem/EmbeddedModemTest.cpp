@@ -1,3 +1,9 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
+#include "Answers.h"
+#include "RawClient.h"
+#include "modem/client/ControlClient.h"
 #include "modem/service/EmbeddedModem.h"
 
 #include <gtest/gtest.h>
@@ -5,10 +11,6 @@
 #include <atomic>
 #include <csignal>
 #include <thread>
-
-#include "Answers.h"
-#include "RawClient.h"
-#include "modem/client/ControlClient.h"
 
 namespace modem::test {
 namespace {

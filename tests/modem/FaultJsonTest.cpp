@@ -1,17 +1,19 @@
-#include "modem/faults/FaultJson.h"
-
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include <fstream>
-#include <set>
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
 
 #include "FaultEffects.h"
 #include "TemporaryFolder.h"
 #include "modem/common/File.h"
 #include "modem/core/ProfileJson.h"
 #include "modem/faults/Effect.h"
+#include "modem/faults/FaultJson.h"
 #include "modem/faults/FaultSelector.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <fstream>
+#include <set>
 
 namespace modem {
 namespace {

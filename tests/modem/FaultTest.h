@@ -1,16 +1,19 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 // A modem with faults and a client that gets their effects.
 #pragma once
+
+#include "Answers.h"
+#include "Deadline.h"
+#include "ServedModem.h"
+#include "modem/core/Refusal.h"
 
 #include <gtest/gtest.h>
 
 #include <string>
 #include <utility>
 #include <vector>
-
-#include "Answers.h"
-#include "Deadline.h"
-#include "ServedModem.h"
-#include "modem/core/Refusal.h"
 
 namespace modem::test {
 

@@ -1,11 +1,13 @@
-#include "modem/faults/Faults.h"
-
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
 
 #include "modem/core/Messages.h"
 #include "modem/core/ProfileJson.h"
 #include "modem/faults/Effect.h"
+#include "modem/faults/Faults.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
 
 namespace modem {
 namespace {

@@ -1,11 +1,14 @@
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include <optional>
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
 
 #include "modem/core/FieldReader.h"
 #include "modem/core/FieldWriter.h"
 #include "modem/core/Refusal.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <optional>
 
 namespace modem {
 namespace {

@@ -1,8 +1,11 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 // What registered clients are told when a fault befalls an indication.
+#include "FaultTest.h"
+
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-
-#include "FaultTest.h"
 
 namespace modem::test {
 namespace {

@@ -1,3 +1,8 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
+#include "FileMode.h"
+#include "TemporaryFolder.h"
 #include "wire/LocalSocket.h"
 
 #include <fcntl.h>
@@ -8,9 +13,6 @@
 #include <unistd.h>
 
 #include <filesystem>
-
-#include "FileMode.h"
-#include "TemporaryFolder.h"
 
 namespace wire {
 namespace {

@@ -1,3 +1,9 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
+#include "Answers.h"
+#include "Payloads.h"
+#include "TemporaryFolder.h"
 #include "modem/core/Modem.h"
 
 #include <gmock/gmock.h>
@@ -6,10 +12,6 @@
 #include <algorithm>
 #include <filesystem>
 #include <optional>
-
-#include "Answers.h"
-#include "Payloads.h"
-#include "TemporaryFolder.h"
 
 namespace modem::test {
 namespace {

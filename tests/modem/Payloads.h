@@ -1,12 +1,15 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Payloads of requests, for tests.
 #pragma once
-
-#include <cstdint>
-#include <vector>
 
 #include "modem/core/FieldWriter.h"
 #include "modem/core/Messages.h"
 #include "modem/core/Profile.h"
+
+#include <cstdint>
+#include <vector>
 
 namespace modem::test {
 

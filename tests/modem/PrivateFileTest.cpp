@@ -1,4 +1,10 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
+#include "FileMode.h"
+#include "TemporaryFolder.h"
 #include "base/PrivateFile.h"
+#include "modem/common/File.h"
 
 #include <fcntl.h>
 #include <gmock/gmock.h>
@@ -10,10 +16,6 @@
 #include <filesystem>
 #include <fstream>
 #include <thread>
-
-#include "FileMode.h"
-#include "TemporaryFolder.h"
-#include "modem/common/File.h"
 
 namespace pavo {
 namespace {

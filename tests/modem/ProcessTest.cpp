@@ -1,7 +1,20 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The modem as a process: its command line, its socket file, its end.
+#include "Answers.h"
+#include "ChildProcess.h"
+#include "Deadline.h"
+#include "RawClient.h"
+#include "TemporaryFolder.h"
+#include "modem/client/ControlClient.h"
+#include "modem/server/Server.h"
+#include "wire/LocalSocket.h"
+
 #include <fcntl.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
 #include <sys/file.h>
 #include <sys/socket.h>
 #include <sys/un.h>
@@ -13,16 +26,6 @@
 #include <cstring>
 #include <filesystem>
 #include <fstream>
-#include <nlohmann/json.hpp>
-
-#include "Answers.h"
-#include "ChildProcess.h"
-#include "Deadline.h"
-#include "RawClient.h"
-#include "TemporaryFolder.h"
-#include "modem/client/ControlClient.h"
-#include "modem/server/Server.h"
-#include "wire/LocalSocket.h"
 
 namespace modem::test {
 namespace {

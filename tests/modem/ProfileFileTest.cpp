@@ -1,14 +1,16 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
+#include "FileMode.h"
+#include "TemporaryFolder.h"
 #include "modem/core/ProfileFile.h"
+#include "modem/core/Store.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <filesystem>
 #include <fstream>
-
-#include "FileMode.h"
-#include "TemporaryFolder.h"
-#include "modem/core/Store.h"
 
 namespace modem {
 namespace {

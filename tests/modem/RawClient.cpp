@@ -1,13 +1,16 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 #include "RawClient.h"
+
+#include "Answers.h"
+#include "Deadline.h"
 
 #include <poll.h>
 #include <sys/socket.h>
 
 #include <array>
 #include <cerrno>
-
-#include "Answers.h"
-#include "Deadline.h"
 
 namespace modem::test {
 

@@ -1,5 +1,12 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 // A client that speaks the modem's protocol with nothing between it and the bytes.
 #pragma once
+
+#include "Payloads.h"
+#include "base/UniqueFd.h"
+#include "wire/Frame.h"
 
 #include <cstdint>
 #include <deque>
@@ -7,10 +14,6 @@
 #include <span>
 #include <string>
 #include <vector>
-
-#include "Payloads.h"
-#include "base/UniqueFd.h"
-#include "wire/Frame.h"
 
 namespace modem::test {
 

@@ -1,9 +1,12 @@
-// A run is repeated from its seed and its script.
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
 
+// A run is repeated from its seed and its script.
 #include "Answers.h"
 #include "ServedModem.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
 
 namespace modem::test {
 namespace {

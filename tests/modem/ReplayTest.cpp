@@ -1,4 +1,11 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 // A trace, served again to clients on the wire.
+#include "Answers.h"
+#include "Deadline.h"
+#include "FaultTest.h"
+#include "TemporaryFolder.h"
 #include "modem/trace/Replay.h"
 
 #include <gmock/gmock.h>
@@ -6,11 +13,6 @@
 
 #include <mutex>
 #include <thread>
-
-#include "Answers.h"
-#include "Deadline.h"
-#include "FaultTest.h"
-#include "TemporaryFolder.h"
 
 namespace modem::test {
 namespace {

@@ -1,9 +1,12 @@
-// What a client meets, on the wire, when a fault befalls its request or the answer to it.
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
 
+// What a client meets, on the wire, when a fault befalls its request or the answer to it.
 #include "Answers.h"
 #include "FaultTest.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
 
 namespace modem::test {
 namespace {

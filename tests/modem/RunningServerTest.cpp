@@ -1,11 +1,13 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 #include "modem/program/RunningServer.h"
+#include "modem/service/Service.h"
 
 #include <gtest/gtest.h>
 
 #include <csignal>
 #include <cstdlib>
-
-#include "modem/service/Service.h"
 
 namespace modem::test {
 namespace {

@@ -1,13 +1,16 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 // A modem served by a thread of the test, reached through socket pairs.
 #pragma once
-
-#include <thread>
-#include <utility>
 
 #include "RawClient.h"
 #include "modem/client/ControlClient.h"
 #include "modem/server/Server.h"
 #include "modem/service/Service.h"
+
+#include <thread>
+#include <utility>
 
 namespace modem::test {
 

@@ -1,11 +1,13 @@
-#include "modem/server/Server.h"
-
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
 
 #include "Answers.h"
 #include "Deadline.h"
 #include "ServedModem.h"
+#include "modem/server/Server.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
 
 namespace modem::test {
 namespace {

@@ -1,9 +1,12 @@
-// What somebody who asks for the service meets when a fault befalls the hello.
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
 
+// What somebody who asks for the service meets when a fault befalls the hello.
 #include "FaultTest.h"
 #include "wire/Hello.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
 
 namespace modem::test {
 namespace {

@@ -1,4 +1,11 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
+#include "FileMode.h"
+#include "Payloads.h"
+#include "TemporaryFolder.h"
 #include "modem/trace/Trace.h"
+#include "modem/trace/TraceSessions.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -6,11 +13,6 @@
 #include <filesystem>
 #include <fstream>
 #include <sstream>
-
-#include "FileMode.h"
-#include "Payloads.h"
-#include "TemporaryFolder.h"
-#include "modem/trace/TraceSessions.h"
 
 namespace modem::test {
 namespace {

@@ -1,10 +1,12 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
+#include "Payloads.h"
+#include "modem/core/ProfileJson.h"
 #include "modem/trace/Transcript.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-
-#include "Payloads.h"
-#include "modem/core/ProfileJson.h"
 
 namespace modem::test {
 namespace {

@@ -1,4 +1,7 @@
 #!/usr/bin/env python3
+# SPDX-FileCopyrightText: The Pavor Authors
+# SPDX-License-Identifier: Apache-2.0
+
 """Compiles each header alone: the public ones as C++17 with both compilers, the library's own as
 C++20, the platform's as C and C++ and for the device's processors."""
 

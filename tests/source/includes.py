@@ -1,4 +1,7 @@
 #!/usr/bin/env python3
+# SPDX-FileCopyrightText: The Pavor Authors
+# SPDX-License-Identifier: Apache-2.0
+
 """Holds the includes of the sources against the layers of the house.
 
 The ground floor includes nothing of ours, the wire only the ground floor, the platform's host build

@@ -1,4 +1,7 @@
 #!/usr/bin/env python3
+# SPDX-FileCopyrightText: The Pavor Authors
+# SPDX-License-Identifier: Apache-2.0
+
 """Checks that every source begins with its copyright and license.
 
 The sources are all C and C++ files, CMake files and scripts of the folders that the project is made of.

@@ -1,4 +1,7 @@
 #!/usr/bin/env python3
+# SPDX-FileCopyrightText: The Pavor Authors
+# SPDX-License-Identifier: Apache-2.0
+
 """Checks that every C++ file is named by a CMakeLists.txt, so that it is compiled and its tests run."""
 
 import pathlib

@@ -1,4 +1,7 @@
 #!/usr/bin/env python3
+# SPDX-FileCopyrightText: The Pavor Authors
+# SPDX-License-Identifier: Apache-2.0
+
 """Compares what libpavor.so exports and needs with the lists beside this file.
 
 --update writes exports.txt from the library instead."""

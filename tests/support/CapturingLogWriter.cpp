@@ -1,10 +1,13 @@
-#include "CapturingLogWriter.h"
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
 
-#include <mutex>
-#include <utility>
+#include "CapturingLogWriter.h"
 
 #include "LogWrapper.h"
 #include "LogWriter.h"
+
+#include <mutex>
+#include <utility>
 
 namespace pavo::test {
 

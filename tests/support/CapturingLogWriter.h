@@ -1,11 +1,14 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Captures the library's log lines in unit tests of single classes.
 #pragma once
+
+#include "LogLevel.h"
 
 #include <memory>
 #include <string>
 #include <vector>
-
-#include "LogLevel.h"
 
 namespace pavo::test {
 

@@ -1,5 +1,10 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Another process, started and observed by a test.
 #pragma once
+
+#include "Deadline.h"
 
 #include <sys/types.h>
 
@@ -7,8 +12,6 @@
 #include <optional>
 #include <string>
 #include <vector>
-
-#include "Deadline.h"
 
 namespace pavo::test {
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Waiting in tests: for a condition, until a deadline that no healthy run comes near. No test
 // sleeps for a time and then hopes.
 #pragma once

@@ -1,14 +1,17 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The modem behind the fake platform: a profile table that answers requests.
 #pragma once
+
+#include "ModemExchange.h"
+#include "wds_v01.h"
 
 #include <cstddef>
 #include <cstdint>
 #include <map>
 #include <optional>
 #include <vector>
-
-#include "ModemExchange.h"
-#include "wds_v01.h"
 
 namespace pavo::test {
 

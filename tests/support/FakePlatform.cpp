@@ -1,4 +1,9 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 #include "FakePlatform.h"
+
+#include "FakeModem.h"
 
 #include <android/log.h>
 #include <unistd.h>
@@ -12,8 +17,6 @@
 #include <mutex>
 #include <type_traits>
 #include <utility>
-
-#include "FakeModem.h"
 
 namespace pavo::test {
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The platform under unit tests: every C function that the library calls, recorded and scriptable,
 // with a small modem behind it. Its definitions stand in the test program and so take the place of
 // the platform's libraries; it needs no socket and no other process.
@@ -6,6 +9,12 @@
 // soon as a notify callback is registered, every request succeeds, and creates, modifies and
 // deletes keep a profile table from which reads are answered. Tests change what they are about.
 #pragma once
+
+#include "Deadline.h"
+#include "ModemExchange.h"
+#include "diag_lsm.h"
+#include "ovix_client.h"
+#include "wds_v01.h"
 
 #include <sys/types.h>
 
@@ -20,12 +29,6 @@
 #include <thread>
 #include <type_traits>
 #include <vector>
-
-#include "Deadline.h"
-#include "ModemExchange.h"
-#include "diag_lsm.h"
-#include "ovix_client.h"
-#include "wds_v01.h"
 
 namespace pavo::test {
 

@@ -1,9 +1,12 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The fixture of tests that run against the fake platform.
 #pragma once
 
-#include <gtest/gtest.h>
-
 #include "FakePlatform.h"
+
+#include <gtest/gtest.h>
 
 namespace pavo::test {
 

@@ -1,14 +1,18 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Lists of every effect that a fault of the modem can have, for tests that go through all of them,
 // and the functions that set a fault.
 #pragma once
 
-#include <cstdint>
+#include "ModemProcess.h"
+
 #include <nlohmann/json.hpp>
+
+#include <cstdint>
 #include <ostream>
 #include <string>
 #include <vector>
-
-#include "ModemProcess.h"
 
 namespace pavo::test {
 

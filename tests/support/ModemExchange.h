@@ -1,12 +1,15 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 // A request in the hands of the fake modem.
 #pragma once
+
+#include "ovix_client.h"
+#include "wds_v01.h"
 
 #include <cstdint>
 #include <cstring>
 #include <functional>
-
-#include "ovix_client.h"
-#include "wds_v01.h"
 
 namespace pavo::test {
 

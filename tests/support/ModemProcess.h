@@ -1,14 +1,18 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The emulated modem in a process of its own, for one test.
 #pragma once
-
-#include <memory>
-#include <nlohmann/json.hpp>
-#include <string>
-#include <vector>
 
 #include "ChildProcess.h"
 #include "TemporaryFolder.h"
 #include "modem/client/ControlClient.h"
+
+#include <nlohmann/json.hpp>
+
+#include <memory>
+#include <string>
+#include <vector>
 
 namespace pavo::test {
 

@@ -1,4 +1,9 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 #include "TerminalProcess.h"
+
+#include "Deadline.h"
 
 #include <fcntl.h>
 #include <pty.h>
@@ -10,8 +15,6 @@
 #include <csignal>
 #include <stdexcept>
 #include <system_error>
-
-#include "Deadline.h"
 
 namespace pavo::test {
 

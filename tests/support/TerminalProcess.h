@@ -1,13 +1,16 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 // A program on a terminal of its own, driven by a test as by a user.
 #pragma once
+
+#include "ChildProcess.h"
 
 #include <sys/types.h>
 
 #include <optional>
 #include <string>
 #include <vector>
-
-#include "ChildProcess.h"
 
 namespace pavo::test {
 

@@ -1,7 +1,9 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The main of every test program.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-
 #include <stdlib.h>
 
 #include <iostream>

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 // What a caller, the library's cache and the modem have to hold, told in plain words and much more
 // simply than the library does it: no threads, no messages, no structures. The modem answers at
 // once, and what it tells of its changes is heard at the end of the step (settle).
@@ -6,11 +9,12 @@
 // client wants ("wish") has home, roam and types (the client's bits) in place of the modem's.
 #pragma once
 
+#include <nlohmann/json.hpp>
+
 #include <cstdint>
 #include <deque>
 #include <map>
 #include <memory>
-#include <nlohmann/json.hpp>
 #include <optional>
 #include <set>
 #include <string>

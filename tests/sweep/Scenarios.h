@@ -1,17 +1,21 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 // What happens in the life of a data-call service, as a list of scenarios to go through.
 #pragma once
 
 #include <pavo/Manager.h>
 #include <pavo/Util.h>
 
-#include <functional>
+#include "ModemProcess.h"
+
 #include <nlohmann/json.hpp>
+
+#include <functional>
 #include <ostream>
 #include <set>
 #include <string>
 #include <vector>
-
-#include "ModemProcess.h"
 
 namespace pavo::test {
 

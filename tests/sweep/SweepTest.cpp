@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Scenarios in the life of a data-call service. In each the nth message to the modem, the nth
 // indication from it and the nth one who asks for its service fail in every way there is, for n =
 // 1, 2, 3, ... until the scenario runs clean. Every caller is answered; and when the modem is well
@@ -5,16 +8,16 @@
 #include <pavo/Manager.h>
 #include <pavo/Util.h>
 
-#include <algorithm>
-#include <iostream>
-#include <set>
-#include <span>
-
 #include "FaultEffects.h"
 #include "ProcessWideManager.h"
 #include "Scenarios.h"
 #include "Stress.h"
 #include "SystemTest.h"
+
+#include <algorithm>
+#include <iostream>
+#include <set>
+#include <span>
 
 namespace pavo::test {
 namespace {

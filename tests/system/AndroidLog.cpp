@@ -1,4 +1,9 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 #include "AndroidLog.h"
+
+#include "Deadline.h"
 
 #include <android/log.h>
 
@@ -8,8 +13,6 @@
 #include <cstdio>
 #include <mutex>
 #include <utility>
-
-#include "Deadline.h"
 
 namespace pavo::test {
 

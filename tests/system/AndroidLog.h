@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The Android log of the system tests: this program's __android_log_print takes the place of the
 // Android library's, so that tests see every line that libpavor.so writes, whatever its level.
 #pragma once

@@ -1,10 +1,14 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The attributes of a profile, each with values, and what the modem keeps of them.
 #pragma once
 
 #include <pavo/ProfileParams.h>
 
-#include <functional>
 #include <nlohmann/json.hpp>
+
+#include <functional>
 #include <string>
 #include <vector>
 

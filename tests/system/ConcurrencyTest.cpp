@@ -1,15 +1,18 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 // What happens to callers that overlap, start, stop and call at the wrong moment: no hang, no race,
 // nothing lost.
 #include <pavo/Manager.h>
+
+#include "SystemTest.h"
+#include "modem/client/ControlClient.h"
 
 #include <array>
 #include <atomic>
 #include <filesystem>
 #include <list>
 #include <set>
-
-#include "SystemTest.h"
-#include "modem/client/ControlClient.h"
 
 namespace pavo::test {
 namespace {

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 // How a process that uses the library ends: at once, cleanly, whatever it still holds.
 #include "SystemTest.h"
 

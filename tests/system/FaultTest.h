@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Tests of the real library against a modem with faults: whatever it meets, every caller is
 // answered, and when the modem is well again, a refresh makes the library know what the modem
 // knows.
@@ -5,10 +8,10 @@
 
 #include <pavo/Manager.h>
 
-#include <string>
-
 #include "FaultEffects.h"
 #include "SystemTest.h"
+
+#include <string>
 
 namespace pavo::test {
 

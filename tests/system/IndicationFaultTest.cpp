@@ -1,8 +1,11 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Every effect that a fault can have on every indication.
+#include "FaultTest.h"
+
 #include <algorithm>
 #include <map>
-
-#include "FaultTest.h"
 
 namespace pavo::test {
 namespace {

@@ -1,10 +1,13 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 // What holding and dropping keys does to the modem's table.
 #include <pavo/Manager.h>
 
+#include "SystemTest.h"
+
 #include <atomic>
 #include <list>
-
-#include "SystemTest.h"
 
 namespace pavo::test {
 namespace {

@@ -1,12 +1,15 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The modem comes, goes and comes back.
 #include <pavo/Manager.h>
+
+#include "SystemTest.h"
+#include "wds_v01.h"
 
 #include <atomic>
 #include <chrono>
 #include <csignal>
-
-#include "SystemTest.h"
-#include "wds_v01.h"
 
 namespace pavo::test {
 namespace {

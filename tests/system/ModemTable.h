@@ -1,15 +1,19 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The modem's profile table as its control channel shows it, and what a client of the library has
 // to see of it.
 #pragma once
 
 #include <pavo/ProfileParams.h>
 
-#include <map>
+#include "ModemProcess.h"
+
 #include <nlohmann/json.hpp>
+
+#include <map>
 #include <string>
 #include <vector>
-
-#include "ModemProcess.h"
 
 namespace pavo::test {
 

@@ -1,12 +1,15 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Each operation, from a client's call to the modem's table and back.
 #include <pavo/Manager.h>
+
+#include "Attributes.h"
+#include "SystemTest.h"
 
 #include <list>
 #include <optional>
 #include <set>
-
-#include "Attributes.h"
-#include "SystemTest.h"
 
 namespace pavo::test {
 namespace {

@@ -1,14 +1,17 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The policies on the access points of real operators, held against the expected state.
+#include "UtilSystemTest.h"
+#include "WishParams.h"
+#include "lists/ApnFile.h"
+#include "lists/ApnMapping.h"
+
 #include <algorithm>
 #include <functional>
 #include <map>
 #include <set>
 #include <unordered_set>
-
-#include "UtilSystemTest.h"
-#include "WishParams.h"
-#include "lists/ApnFile.h"
-#include "lists/ApnMapping.h"
 
 namespace pavo::test {
 namespace {

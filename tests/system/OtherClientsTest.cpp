@@ -1,11 +1,14 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Edits by others: by the modem itself, and by another process that uses the library.
 #include <pavo/Manager.h>
+
+#include "SystemTest.h"
 
 #include <atomic>
 #include <csignal>
 #include <list>
-
-#include "SystemTest.h"
 
 namespace pavo::test {
 namespace {

@@ -1,6 +1,13 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Killing the modem's process at any moment, under load: whatever it has answered for is there
 // again when it starts, and what it had not answered yet is there as a whole or not at all.
 #include <pavo/Manager.h>
+
+#include "SystemTest.h"
+#include "modem/client/ControlClient.h"
+#include "wire/LocalSocket.h"
 
 #include <atomic>
 #include <map>
@@ -8,10 +15,6 @@
 #include <optional>
 #include <thread>
 #include <vector>
-
-#include "SystemTest.h"
-#include "modem/client/ControlClient.h"
-#include "wire/LocalSocket.h"
 
 namespace pavo::test {
 namespace {

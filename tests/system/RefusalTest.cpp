@@ -1,12 +1,15 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 // What a client sees when the modem refuses, keeps silent or answers late.
 #include <pavo/Manager.h>
+
+#include "SystemTest.h"
 
 #include <algorithm>
 #include <chrono>
 #include <filesystem>
 #include <fstream>
-
-#include "SystemTest.h"
 
 namespace pavo::test {
 namespace {

@@ -1,9 +1,12 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Every effect that a fault can have on every message that the library sends.
+#include "FaultTest.h"
+
 #include <algorithm>
 #include <atomic>
 #include <set>
-
-#include "FaultTest.h"
 
 namespace pavo::test {
 namespace {

@@ -1,7 +1,10 @@
-// The service that is missing, that cannot be opened, that comes and goes.
-#include <atomic>
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
 
+// The service that is missing, that cannot be opened, that comes and goes.
 #include "FaultTest.h"
+
+#include <atomic>
 
 namespace pavo::test {
 namespace {

@@ -1,12 +1,15 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 // How the library introduces itself to the modem.
 #include <pavo/Manager.h>
+
+#include "SystemTest.h"
 
 #include <cstdlib>
 #include <fstream>
 #include <iterator>
 #include <limits>
-
-#include "SystemTest.h"
 
 namespace pavo::test {
 namespace {

@@ -1,22 +1,26 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 // A test of the real library, the host's platform libraries and a modem process of its own.
 #pragma once
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
 #include <pavo/Manager.h>
-
-#include <functional>
-#include <memory>
-#include <nlohmann/json.hpp>
-#include <string>
-#include <thread>
-#include <vector>
 
 #include "AndroidLog.h"
 #include "Deadline.h"
 #include "ModemProcess.h"
 #include "ModemTable.h"
 #include "Stress.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
+
+#include <functional>
+#include <memory>
+#include <string>
+#include <thread>
+#include <vector>
 
 namespace pavo::test {
 

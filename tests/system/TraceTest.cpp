@@ -1,18 +1,21 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 // A session of the library, recorded and served again: to the library both are the same.
+#include "ChildProcess.h"
+#include "FaultEffects.h"
+#include "TemporaryFolder.h"
+
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
 
 #include <csignal>
 #include <fstream>
-#include <nlohmann/json.hpp>
 #include <regex>
 #include <stdexcept>
 #include <string>
 #include <vector>
-
-#include "ChildProcess.h"
-#include "FaultEffects.h"
-#include "TemporaryFolder.h"
 
 namespace pavo::test {
 namespace {

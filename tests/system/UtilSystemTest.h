@@ -1,14 +1,18 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The process-wide Manager and its policies on a modem process.
 #pragma once
 
 #include <pavo/Util.h>
 
-#include <nlohmann/json.hpp>
-#include <string>
-#include <vector>
-
 #include "ProcessWideManager.h"
 #include "SystemTest.h"
+
+#include <nlohmann/json.hpp>
+
+#include <string>
+#include <vector>
 
 namespace pavo::test {
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Each policy from a client's call to the log, the modem's requests and its table. The unit tests
 // go through every case of a policy.
 #include "UtilSystemTest.h"

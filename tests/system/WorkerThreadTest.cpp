@@ -1,11 +1,14 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 // What listeners do on the worker thread: call in, drop keys, throw.
 #include <pavo/Manager.h>
+
+#include "SystemTest.h"
 
 #include <atomic>
 #include <list>
 #include <stdexcept>
-
-#include "SystemTest.h"
 
 namespace pavo::test {
 namespace {

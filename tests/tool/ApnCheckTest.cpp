@@ -1,9 +1,11 @@
-#include "lists/ApnCheck.h"
-
-#include <gmock/gmock.h>
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
 
 #include "TemporaryFolder.h"
 #include "Tool.h"
+#include "lists/ApnCheck.h"
+
+#include <gmock/gmock.h>
 
 namespace pavoctl {
 namespace {

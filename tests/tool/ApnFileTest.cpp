@@ -1,10 +1,12 @@
-#include "lists/ApnFile.h"
-
-#include <gmock/gmock.h>
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
 
 #include "Errors.h"
 #include "TemporaryFolder.h"
 #include "Tool.h"
+#include "lists/ApnFile.h"
+
+#include <gmock/gmock.h>
 
 namespace pavoctl {
 namespace {

@@ -1,10 +1,12 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 #include "lists/ApnMapping.h"
+#include "profiles/Names.h"
 
 #include <gmock/gmock.h>
 
 #include <set>
-
-#include "profiles/Names.h"
 
 namespace pavoctl {
 namespace {

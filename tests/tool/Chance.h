@@ -1,10 +1,14 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Random tests that are the same in every run.
 #pragma once
 
 #include <pavo/ProfileParams.h>
 
-#include <initializer_list>
 #include <nlohmann/json.hpp>
+
+#include <initializer_list>
 #include <random>
 
 namespace pavo::test {

@@ -1,10 +1,12 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 #include "CommandLine.h"
+#include "Errors.h"
 
 #include <gmock/gmock.h>
 
 #include <vector>
-
-#include "Errors.h"
 
 namespace pavoctl {
 namespace {

@@ -1,5 +1,12 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The manual page, the completion script and the description for programs against what the program
 // says itself in its help: nothing missing, nothing more.
+#include "CommandLine.h"
+#include "Tool.h"
+#include "manual/Description.h"
+
 #include <gmock/gmock.h>
 
 #include <fstream>
@@ -7,10 +14,6 @@
 #include <map>
 #include <regex>
 #include <set>
-
-#include "CommandLine.h"
-#include "Tool.h"
-#include "manual/Description.h"
 
 namespace pavo::test {
 namespace {

@@ -1,9 +1,12 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The program and a modem that is not there, hangs or dies: one line, the status, in time, and a
 // word about what may be half done.
+#include "Tool.h"
+
 #include <gmock/gmock.h>
 #include <signal.h>
-
-#include "Tool.h"
 
 namespace pavo::test {
 namespace {
@@ -40,8 +43,8 @@ class FaultTest : public ToolTest {
     modem.control("fail", {{"message", "profile-settings"}, {"silent", true}, {"count", 60}});
   }
 
-  // Has the library read all profiles of the table, which the modem does not answer. The table has to
-  // be full before the tool starts: a library that still reads new profiles would serve the tool
+  // Has the library read all profiles of the table, which the modem does not answer. The table has
+  // to be full before the tool starts: a library that still reads new profiles would serve the tool
   // between two of them.
   void keepLibraryBusy() {
     tellNoProfile();

@@ -1,10 +1,13 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
+#include "Tool.h"
+
 #include <gmock/gmock.h>
 #include <signal.h>
 
 #include <set>
 #include <sstream>
-
-#include "Tool.h"
 
 namespace pavo::test {
 namespace {

@@ -1,8 +1,11 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 #include "Library.h"
 
-#include <cstdlib>
-
 #include "Deadline.h"
+
+#include <cstdlib>
 
 namespace pavo::test {
 namespace {

@@ -1,12 +1,14 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The library in this process, on a modem of its own, for tests of the tool's parts that use it.
 #pragma once
 
-#include <gtest/gtest.h>
-
-#include <nlohmann/json.hpp>
-
 #include "ModemProcess.h"
 #include "session/Session.h"
+
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
 
 namespace pavo::test {
 

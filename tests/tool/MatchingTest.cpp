@@ -1,12 +1,14 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
+#include "Chance.h"
+#include "Library.h"
 #include "matching/Matching.h"
 
 #include <algorithm>
 #include <functional>
 #include <map>
 #include <set>
-
-#include "Chance.h"
-#include "Library.h"
 
 namespace pavo::test {
 namespace {

@@ -1,15 +1,18 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 // What the tool simulates, and its record of what the library did, against the library itself.
-#include <gmock/gmock.h>
-
-#include <algorithm>
-#include <array>
-#include <functional>
-
 #include "Chance.h"
 #include "Library.h"
 #include "lists/ApnFile.h"
 #include "lists/ApnMapping.h"
 #include "policies/PolicyRun.h"
+
+#include <gmock/gmock.h>
+
+#include <algorithm>
+#include <array>
+#include <functional>
 
 namespace pavo::test {
 namespace {

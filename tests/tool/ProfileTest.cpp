@@ -1,8 +1,10 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
+#include "Table.h"
 #include "profiles/Profile.h"
 
 #include <gmock/gmock.h>
-
-#include "Table.h"
 
 namespace pavoctl {
 namespace {

@@ -1,7 +1,10 @@
-#include <gmock/gmock.h>
-#include <signal.h>
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
 
 #include "Tool.h"
+
+#include <gmock/gmock.h>
+#include <signal.h>
 
 namespace pavo::test {
 namespace {

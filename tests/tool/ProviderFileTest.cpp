@@ -1,12 +1,14 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
+#include "TemporaryFolder.h"
+#include "Tool.h"
+#include "lists/ApnMapping.h"
 #include "lists/ProviderFile.h"
 
 #include <gmock/gmock.h>
 
 #include <map>
-
-#include "TemporaryFolder.h"
-#include "Tool.h"
-#include "lists/ApnMapping.h"
 
 namespace pavoctl {
 namespace {

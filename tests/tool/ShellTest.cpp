@@ -1,9 +1,12 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
+#include "Tool.h"
+
 #include <gmock/gmock.h>
 #include <signal.h>
 
 #include <sstream>
-
-#include "Tool.h"
 
 namespace pavo::test {
 namespace {

@@ -1,16 +1,19 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The program pavoctl and what it is run against, for one test.
 #pragma once
-
-#include <gtest/gtest.h>
-
-#include <nlohmann/json.hpp>
-#include <string>
-#include <vector>
 
 #include "ChildProcess.h"
 #include "ModemProcess.h"
 #include "TemporaryFolder.h"
 #include "TerminalProcess.h"
+
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
+
+#include <string>
+#include <vector>
 
 namespace pavo::test {
 

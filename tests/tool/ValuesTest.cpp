@@ -1,8 +1,10 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
+#include "Errors.h"
 #include "profiles/Values.h"
 
 #include <gmock/gmock.h>
-
-#include "Errors.h"
 
 namespace pavoctl {
 namespace {

@@ -1,10 +1,12 @@
-#include "shell/Words.h"
-
-#include <gmock/gmock.h>
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
 
 #include "CommandLine.h"
 #include "Errors.h"
 #include "shell/Completion.h"
+#include "shell/Words.h"
+
+#include <gmock/gmock.h>
 
 namespace pavoctl {
 namespace {

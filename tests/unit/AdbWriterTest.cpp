@@ -1,8 +1,10 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 #include "AdbWriter.h"
+#include "FakePlatformTest.h"
 
 #include <gtest/gtest.h>
-
-#include "FakePlatformTest.h"
 
 namespace pavo::test {
 namespace {

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The profile for a data call and for an emergency call.
 #include "PoliciesTest.h"
 

@@ -1,9 +1,22 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
+#include <pavo/Manager.h>
+
+#include "Aliases.h"
 #include "ClientRequestManager.h"
+#include "Deadline.h"
+#include "FakePlatformTest.h"
+#include "FdLimit.h"
+#include "LogLines.h"
+#include "Sequence.h"
+#include "TextKey.h"
+#include "ThreadState.h"
+#include "base/UniqueFd.h"
 
 #include <fcntl.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <pavo/Manager.h>
 #include <pthread.h>
 #include <sys/eventfd.h>
 #include <unistd.h>
@@ -24,16 +37,6 @@
 #include <string>
 #include <thread>
 #include <vector>
-
-#include "Aliases.h"
-#include "Deadline.h"
-#include "FakePlatformTest.h"
-#include "FdLimit.h"
-#include "LogLines.h"
-#include "Sequence.h"
-#include "TextKey.h"
-#include "ThreadState.h"
-#include "base/UniqueFd.h"
 
 namespace pavo::test {
 namespace {

@@ -1,14 +1,16 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
+#include "Aliases.h"
 #include "ClientResponse.h"
+#include "SampleParams.h"
+#include "StartedManagerTest.h"
+#include "TextKey.h"
 
 #include <gtest/gtest.h>
 
 #include <functional>
 #include <type_traits>
-
-#include "Aliases.h"
-#include "SampleParams.h"
-#include "StartedManagerTest.h"
-#include "TextKey.h"
 
 namespace pavo::test {
 namespace {

@@ -1,15 +1,17 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
+#include "Aliases.h"
+#include "CapturingLogWriter.h"
 #include "Conversions.h"
+#include "ExpirationListener.h"
+#include "StartedManagerTest.h"
+#include "TextKey.h"
 
 #include <gtest/gtest.h>
 
 #include <cstdint>
 #include <limits>
-
-#include "Aliases.h"
-#include "CapturingLogWriter.h"
-#include "ExpirationListener.h"
-#include "StartedManagerTest.h"
-#include "TextKey.h"
 
 namespace pavo::test {
 namespace {

@@ -1,6 +1,12 @@
-#include "DiagWriter.h"
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
 
 #include <pavo/Manager.h>
+
+#include "Aliases.h"
+#include "DiagWriter.h"
+#include "FakePlatformTest.h"
+#include "LogWrapper.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -9,10 +15,6 @@
 #include <cstdio>
 #include <cstdlib>
 #include <set>
-
-#include "Aliases.h"
-#include "FakePlatformTest.h"
-#include "LogWrapper.h"
 
 namespace pavo::test {
 namespace {

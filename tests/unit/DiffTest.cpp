@@ -1,13 +1,16 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 // What a change asks of the modem: of the record alone, and through the manager as the bytes of the
 // modify request.
+#include "Modem3gppProfile.h"
+#include "RunningManagerTest.h"
+
 #include <functional>
 #include <memory>
 #include <optional>
 #include <string>
 #include <vector>
-
-#include "Modem3gppProfile.h"
-#include "RunningManagerTest.h"
 
 namespace pavo::test {
 namespace {

@@ -1,4 +1,14 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
+#include "CapturingLogWriter.h"
+#include "Deadline.h"
 #include "EventManager.h"
+#include "FdLimit.h"
+#include "LogLines.h"
+#include "Sequence.h"
+#include "WakeFd.h"
+#include "WatchedByKernel.h"
 
 #include <fcntl.h>
 #include <gmock/gmock.h>
@@ -20,14 +30,6 @@
 #include <string>
 #include <thread>
 #include <vector>
-
-#include "CapturingLogWriter.h"
-#include "Deadline.h"
-#include "FdLimit.h"
-#include "LogLines.h"
-#include "Sequence.h"
-#include "WakeFd.h"
-#include "WatchedByKernel.h"
 
 namespace pavo::test {
 namespace {

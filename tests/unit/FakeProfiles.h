@@ -1,12 +1,15 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 // A table of profiles that answers the policies' operations in the order of its numbers, and notes
 // what happens.
 #pragma once
 
-#include <map>
-
 #include "Aliases.h"
 #include "matching/ProfileSettings.h"
 #include "policy/Policies.h"
+
+#include <map>
 
 namespace pavo::test {
 

@@ -1,5 +1,12 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Running out of file descriptors, in the child process of a death test.
 #pragma once
+
+#include "LogWrapper.h"
+#include "LogWriter.h"
+#include "Sequence.h"
 
 #include <fcntl.h>
 #include <sys/resource.h>
@@ -9,10 +16,6 @@
 #include <memory>
 #include <string>
 #include <vector>
-
-#include "LogWrapper.h"
-#include "LogWriter.h"
-#include "Sequence.h"
 
 namespace pavo::test {
 

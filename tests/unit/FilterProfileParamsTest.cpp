@@ -1,8 +1,11 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 #include <pavo/FilterProfileParams.h>
 
-#include <gtest/gtest.h>
-
 #include "SampleParams.h"
+
+#include <gtest/gtest.h>
 
 namespace pavo::test {
 namespace {

@@ -1,8 +1,17 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 // What happens to keys and listeners in the hands of callers: from registration and release to
 // calls from the worker's own thread and the end of the process.
+#include <pavo/Manager.h>
+
+#include "Aliases.h"
+#include "FakePlatformTest.h"
+#include "LogLines.h"
+#include "Sequence.h"
+
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <pavo/Manager.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -16,11 +25,6 @@
 #include <string>
 #include <thread>
 #include <vector>
-
-#include "Aliases.h"
-#include "FakePlatformTest.h"
-#include "LogLines.h"
-#include "Sequence.h"
 
 namespace pavo::test {
 namespace {

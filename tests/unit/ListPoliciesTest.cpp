@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 // How a list of wanted profiles reaches the modem: by APN class, and the APN types by name.
 #include "PoliciesTest.h"
 

@@ -1,10 +1,14 @@
-#include "LocalLogBuffer.h"
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
 
 #include <pavo/Manager.h>
 
+#include "Aliases.h"
+#include "LocalLogBuffer.h"
+#include "LogWrapper.h"
+
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-
 #include <sys/time.h>
 
 #include <algorithm>
@@ -16,9 +20,6 @@
 #include <optional>
 #include <set>
 #include <thread>
-
-#include "Aliases.h"
-#include "LogWrapper.h"
 
 namespace {
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Lines of the library's log, as its kept lines have them, that several tests expect.
 #pragma once
 

@@ -1,4 +1,12 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
+#include "AdbWriter.h"
+#include "Aliases.h"
+#include "CapturingLogWriter.h"
+#include "LocalLogBuffer.h"
 #include "LogWrapper.h"
+#include "StartedManagerTest.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -7,12 +15,6 @@
 #include <cstdio>
 #include <cstdlib>
 #include <thread>
-
-#include "AdbWriter.h"
-#include "Aliases.h"
-#include "CapturingLogWriter.h"
-#include "LocalLogBuffer.h"
-#include "StartedManagerTest.h"
 
 namespace pavo::test {
 namespace {

@@ -1,4 +1,10 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Workers that are replaced, keys that outlive them, and the end of the process.
+#include "FdLimit.h"
+#include "RunningManagerTest.h"
+
 #include <unistd.h>
 
 #include <atomic>
@@ -10,9 +16,6 @@
 #include <set>
 #include <string>
 #include <thread>
-
-#include "FdLimit.h"
-#include "RunningManagerTest.h"
 
 namespace pavo::test {
 namespace {

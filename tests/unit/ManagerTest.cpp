@@ -1,4 +1,11 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 #include <pavo/Manager.h>
+
+#include "LocalLogBuffer.h"
+#include "LogWrapper.h"
+#include "RunningManagerTest.h"
 
 #include <fcntl.h>
 #include <unistd.h>
@@ -11,10 +18,6 @@
 #include <string>
 #include <thread>
 #include <vector>
-
-#include "LocalLogBuffer.h"
-#include "LogWrapper.h"
-#include "RunningManagerTest.h"
 
 namespace pavo::test {
 namespace {

@@ -1,10 +1,13 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Which profiles satisfy which filter, of the record alone and through the manager.
+#include "Modem3gppProfile.h"
+#include "RunningManagerTest.h"
+
 #include <functional>
 #include <string>
 #include <vector>
-
-#include "Modem3gppProfile.h"
-#include "RunningManagerTest.h"
 
 namespace pavo::test {
 namespace {

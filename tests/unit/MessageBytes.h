@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 // A modem message as bytes at numeric places: a second statement of the layout beside the
 // structures of the platform's header.
 #pragma once

@@ -1,13 +1,15 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
+#include "MessageBytes.h"
 #include "Modem3gppProfile.h"
+#include "RunningManagerTest.h"
 
 #include <cstdint>
 #include <functional>
 #include <optional>
 #include <string>
 #include <vector>
-
-#include "MessageBytes.h"
-#include "RunningManagerTest.h"
 
 namespace pavo::test {
 namespace {

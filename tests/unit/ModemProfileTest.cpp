@@ -1,3 +1,9 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
+#include "CapturingLogWriter.h"
+#include "MessageBytes.h"
+#include "Modem3gppProfile.h"
 #include "ModemProfile.h"
 
 #include <sys/mman.h>
@@ -9,10 +15,6 @@
 #include <optional>
 #include <string>
 #include <vector>
-
-#include "CapturingLogWriter.h"
-#include "MessageBytes.h"
-#include "Modem3gppProfile.h"
 
 namespace pavo::test {
 namespace {

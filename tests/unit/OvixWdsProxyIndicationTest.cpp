@@ -1,3 +1,11 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
+#include "OvixWdsProxy.h"
+#include "ProxyTest.h"
+#include "Sequence.h"
+#include "base/UniqueFd.h"
+
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <sys/eventfd.h>
@@ -9,11 +17,6 @@
 #include <string>
 #include <thread>
 #include <vector>
-
-#include "OvixWdsProxy.h"
-#include "ProxyTest.h"
-#include "Sequence.h"
-#include "base/UniqueFd.h"
 
 namespace pavo::test {
 namespace {

@@ -1,3 +1,13 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
+#include "FdLimit.h"
+#include "LogLines.h"
+#include "MessageBytes.h"
+#include "OvixWdsProxy.h"
+#include "ProxyTest.h"
+#include "Sequence.h"
+
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <sys/eventfd.h>
@@ -11,13 +21,6 @@
 #include <string>
 #include <thread>
 #include <vector>
-
-#include "FdLimit.h"
-#include "LogLines.h"
-#include "MessageBytes.h"
-#include "OvixWdsProxy.h"
-#include "ProxyTest.h"
-#include "Sequence.h"
 
 namespace pavo::test {
 namespace {

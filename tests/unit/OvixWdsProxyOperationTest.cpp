@@ -1,6 +1,17 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
+#include <pavo/AddProfileParams.h>
+
+#include "LogLines.h"
+#include "MessageBytes.h"
+#include "Modem3gppProfile.h"
+#include "OvixWdsProxy.h"
+#include "ProxyTest.h"
+#include "Sequence.h"
+
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <pavo/AddProfileParams.h>
 
 #include <algorithm>
 #include <cstdint>
@@ -12,13 +23,6 @@
 #include <memory>
 #include <string>
 #include <vector>
-
-#include "LogLines.h"
-#include "MessageBytes.h"
-#include "Modem3gppProfile.h"
-#include "OvixWdsProxy.h"
-#include "ProxyTest.h"
-#include "Sequence.h"
 
 namespace pavo::test {
 namespace {

@@ -1,13 +1,16 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 // What a policy does on a table of profiles: every operation, every line for the log, every change.
 #pragma once
+
+#include "FakeProfiles.h"
+#include "ProfileBuilders.h"
 
 #include <gmock/gmock.h>
 
 #include <functional>
 #include <initializer_list>
-
-#include "FakeProfiles.h"
-#include "ProfileBuilders.h"
 
 namespace pavo::test {
 

@@ -1,13 +1,16 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Profiles in the words of a test: what the modem has, and what a client wants.
 #pragma once
 
 #include <pavo/ProfileParams.h>
 
-#include <string>
-#include <utility>
-
 #include "matching/ApnTypeBits.h"
 #include "matching/ProfileSettings.h"
+
+#include <string>
+#include <utility>
 
 namespace pavo::test {
 

@@ -1,9 +1,12 @@
-// How the cache follows the modem's indications.
-#include <thread>
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
 
+// How the cache follows the modem's indications.
 #include "LogLines.h"
 #include "OvixWdsProxy.h"
 #include "RunningManagerTest.h"
+
+#include <thread>
 
 namespace pavo::test {
 namespace {

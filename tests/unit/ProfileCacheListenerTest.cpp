@@ -1,7 +1,10 @@
-// Expiration listeners: when they run, on which thread, and what they may see and do.
-#include <stdexcept>
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
 
+// Expiration listeners: when they run, on which thread, and what they may see and do.
 #include "RunningManagerTest.h"
+
+#include <stdexcept>
 
 namespace pavo::test {
 namespace {

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Reading the cache: match, get and filter.
 #include "LogLines.h"
 #include "RunningManagerTest.h"

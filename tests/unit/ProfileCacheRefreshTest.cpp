@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Reading every profile from the modem again.
 #include "LogLines.h"
 #include "RunningManagerTest.h"

@@ -1,4 +1,12 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
+#include "ClientRequest.h"
+#include "ClientResponse.h"
+#include "EventManager.h"
 #include "ProfileCache.h"
+#include "ProfileKey.h"
+#include "RunningManagerTest.h"
 
 #include <atomic>
 #include <csignal>
@@ -9,12 +17,6 @@
 #include <string>
 #include <thread>
 #include <vector>
-
-#include "ClientRequest.h"
-#include "ClientResponse.h"
-#include "EventManager.h"
-#include "ProfileKey.h"
-#include "RunningManagerTest.h"
 
 namespace pavo::test {
 namespace {

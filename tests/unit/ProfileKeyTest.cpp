@@ -1,4 +1,12 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
+#include "CapturingLogWriter.h"
+#include "ClientRequest.h"
+#include "ClientResponse.h"
+#include "LogWrapper.h"
 #include "ProfileKey.h"
+#include "Sequence.h"
 
 #include <gtest/gtest.h>
 
@@ -6,12 +14,6 @@
 #include <limits>
 #include <memory>
 #include <vector>
-
-#include "CapturingLogWriter.h"
-#include "ClientRequest.h"
-#include "ClientResponse.h"
-#include "LogWrapper.h"
-#include "Sequence.h"
 
 namespace pavo::test {
 namespace {

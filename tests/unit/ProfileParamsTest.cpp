@@ -1,4 +1,10 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
+#include <pavo/AddProfileParams.h>
 #include <pavo/ProfileParams.h>
+
+#include "SampleParams.h"
 
 #include <gtest/gtest.h>
 
@@ -8,10 +14,6 @@
 #include <type_traits>
 #include <utility>
 #include <vector>
-
-#include <pavo/AddProfileParams.h>
-
-#include "SampleParams.h"
 
 namespace pavo::test {
 namespace {

@@ -1,16 +1,19 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The fixture of tests of the modem's client by itself.
 #pragma once
+
+#include "EventManager.h"
+#include "FakePlatformTest.h"
+#include "OvixWdsProxy.h"
+#include "Sequence.h"
 
 #include <gtest/gtest.h>
 
 #include <optional>
 #include <string>
 #include <vector>
-
-#include "EventManager.h"
-#include "FakePlatformTest.h"
-#include "OvixWdsProxy.h"
-#include "Sequence.h"
 
 namespace pavo::test {
 

@@ -1,4 +1,15 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
+#include "CapturingLogWriter.h"
+#include "ClientRequest.h"
+#include "ClientResponse.h"
+#include "Deadline.h"
 #include "RequestPort.h"
+#include "Sequence.h"
+#include "ThreadState.h"
+#include "WakeFd.h"
+#include "base/UniqueFd.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -10,15 +21,6 @@
 #include <memory>
 #include <thread>
 #include <vector>
-
-#include "CapturingLogWriter.h"
-#include "ClientRequest.h"
-#include "ClientResponse.h"
-#include "Deadline.h"
-#include "Sequence.h"
-#include "ThreadState.h"
-#include "WakeFd.h"
-#include "base/UniqueFd.h"
 
 namespace pavo::test {
 namespace {

@@ -1,7 +1,15 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The fixture of tests of what a manager in operation does and logs.
 #pragma once
 
 #include <pavo/Manager.h>
+
+#include "Aliases.h"
+#include "CapturingLogWriter.h"
+#include "MessageBytes.h"
+#include "StartedManagerTest.h"
 
 #include <algorithm>
 #include <cstdint>
@@ -10,11 +18,6 @@
 #include <string>
 #include <utility>
 #include <vector>
-
-#include "Aliases.h"
-#include "CapturingLogWriter.h"
-#include "MessageBytes.h"
-#include "StartedManagerTest.h"
 
 namespace pavo::test {
 

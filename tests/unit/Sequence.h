@@ -1,5 +1,14 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 // What happened, as lines of text, so that tests compare whole sequences.
 #pragma once
+
+#include "CapturingLogWriter.h"
+#include "FakePlatform.h"
+#include "LogLevel.h"
+#include "LogWrapper.h"
+#include "LogWriter.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -9,12 +18,6 @@
 #include <thread>
 #include <utility>
 #include <vector>
-
-#include "CapturingLogWriter.h"
-#include "FakePlatform.h"
-#include "LogLevel.h"
-#include "LogWrapper.h"
-#include "LogWriter.h"
 
 namespace pavo::test {
 

@@ -1,15 +1,18 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The fixture of tests that go through a manager in operation.
 #pragma once
 
 #include <pavo/Manager.h>
+
+#include "FakePlatformTest.h"
 
 #include <memory>
 #include <optional>
 #include <string>
 #include <utility>
 #include <vector>
-
-#include "FakePlatformTest.h"
 
 namespace pavo::test {
 

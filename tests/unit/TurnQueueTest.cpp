@@ -1,3 +1,8 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
+#include "Deadline.h"
+#include "ThreadState.h"
 #include "TurnQueue.h"
 
 #include <gtest/gtest.h>
@@ -6,9 +11,6 @@
 #include <atomic>
 #include <thread>
 #include <vector>
-
-#include "Deadline.h"
-#include "ThreadState.h"
 
 namespace pavo::test {
 namespace {

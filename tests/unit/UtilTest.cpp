@@ -1,6 +1,15 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 // What the policies do when something happens between two of their steps, and what they log whoever
 // answers. What they make of the modem's profiles is in the system tests.
 #include <pavo/Util.h>
+
+#include "Aliases.h"
+#include "LogWrapper.h"
+#include "ProcessWideManager.h"
+#include "Sequence.h"
+#include "StartedManagerTest.h"
 
 #include <algorithm>
 #include <cstring>
@@ -11,12 +20,6 @@
 #include <thread>
 #include <utility>
 #include <vector>
-
-#include "Aliases.h"
-#include "LogWrapper.h"
-#include "ProcessWideManager.h"
-#include "Sequence.h"
-#include "StartedManagerTest.h"
 
 namespace pavo::test {
 namespace {

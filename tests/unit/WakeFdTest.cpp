@@ -1,4 +1,11 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
+#include "CapturingLogWriter.h"
+#include "Sequence.h"
 #include "WakeFd.h"
+#include "base/ErrorText.h"
+#include "base/UniqueFd.h"
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
@@ -9,11 +16,6 @@
 #include <cstdint>
 #include <cstring>
 #include <string>
-
-#include "CapturingLogWriter.h"
-#include "Sequence.h"
-#include "base/ErrorText.h"
-#include "base/UniqueFd.h"
 
 namespace pavo::test {
 namespace {

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 // What the library asks the kernel to watch: epoll_ctl as unit tests see it and make it fail.
 #pragma once
 

@@ -1,4 +1,13 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 // What clients can rely on while a worker ends, is cut off from its modem or is copied by fork().
+#include "ClientRequestManager.h"
+#include "FdLimit.h"
+#include "RunningManagerTest.h"
+#include "ThreadState.h"
+#include "WatchedByKernel.h"
+
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -12,12 +21,6 @@
 #include <string>
 #include <thread>
 #include <vector>
-
-#include "ClientRequestManager.h"
-#include "FdLimit.h"
-#include "RunningManagerTest.h"
-#include "ThreadState.h"
-#include "WatchedByKernel.h"
 
 namespace pavo::test {
 namespace {

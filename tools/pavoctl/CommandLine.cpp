@@ -1,8 +1,7 @@
-#include "CommandLine.h"
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
 
-#include <CLI/CLI.hpp>
-#include <limits>
-#include <sstream>
+#include "CommandLine.h"
 
 #include "Errors.h"
 #include "Options.h"
@@ -10,6 +9,11 @@
 #include "Verbs.h"
 #include "manual/Description.h"
 #include "profiles/Values.h"
+
+#include <CLI/CLI.hpp>
+
+#include <limits>
+#include <sstream>
 
 namespace pavoctl {
 namespace {

@@ -1,18 +1,21 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 // What the user asked for.
 #pragma once
 
 #include <pavo/FilterProfileParams.h>
 #include <pavo/ProfileParams.h>
 
-#include <chrono>
-#include <optional>
-#include <string>
-#include <vector>
-
 #include "Errors.h"
 #include "policies/PolicyCall.h"
 #include "profiles/Secrets.h"
 #include "session/Session.h"
+
+#include <chrono>
+#include <optional>
+#include <string>
+#include <vector>
 
 namespace pavoctl {
 

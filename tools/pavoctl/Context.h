@@ -1,12 +1,15 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 // What the verbs work with. One for a process: a verb on the command line has it for itself,
 // several verbs in one process share it, and with it one library, one cache.
 #pragma once
 
-#include <optional>
-
 #include "Output.h"
 #include "StopSignal.h"
 #include "session/Session.h"
+
+#include <optional>
 
 namespace pavoctl {
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 // How the parts of the tool say that they cannot go on. What becomes one line on standard error.
 #pragma once
 

@@ -1,8 +1,11 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 #include "Hold.h"
 
-#include <utility>
-
 #include "session/Patience.h"
+
+#include <utility>
 
 namespace pavoctl {
 

@@ -1,10 +1,13 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 // What becomes of keys that a verb is to hold.
 #pragma once
 
-#include <vector>
-
 #include "CommandLine.h"
 #include "Context.h"
+
+#include <vector>
 
 namespace pavoctl {
 

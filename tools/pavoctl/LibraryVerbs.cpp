@@ -1,4 +1,5 @@
-#include <CLI/CLI.hpp>
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
 
 #include "Context.h"
 #include "Table.h"
@@ -6,6 +7,8 @@
 #include "Verbs.h"
 #include "inspection/Watch.h"
 #include "session/Patience.h"
+
+#include <CLI/CLI.hpp>
 
 namespace pavoctl {
 namespace {

@@ -1,4 +1,5 @@
-#include <CLI/CLI.hpp>
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
 
 #include "Context.h"
 #include "Options.h"
@@ -7,6 +8,8 @@
 #include "policies/PolicyRun.h"
 #include "policies/StepText.h"
 #include "profiles/Values.h"
+
+#include <CLI/CLI.hpp>
 
 namespace pavoctl {
 namespace {

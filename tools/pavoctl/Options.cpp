@@ -1,9 +1,12 @@
-#include "Options.h"
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
 
-#include <CLI/CLI.hpp>
+#include "Options.h"
 
 #include "profiles/Attributes.h"
 #include "profiles/Values.h"
+
+#include <CLI/CLI.hpp>
 
 namespace pavoctl {
 

@@ -1,4 +1,9 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 #include "Output.h"
+
+#include "Errors.h"
 
 #include <fcntl.h>
 #include <unistd.h>
@@ -8,8 +13,6 @@
 #include <cstring>
 #include <mutex>
 #include <string>
-
-#include "Errors.h"
 
 namespace pavoctl {
 namespace {

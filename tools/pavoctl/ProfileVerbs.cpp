@@ -1,5 +1,5 @@
-#include <CLI/CLI.hpp>
-#include <functional>
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
 
 #include "Context.h"
 #include "DryRun.h"
@@ -7,6 +7,10 @@
 #include "Options.h"
 #include "Table.h"
 #include "Verbs.h"
+
+#include <CLI/CLI.hpp>
+
+#include <functional>
 
 namespace pavoctl {
 namespace {

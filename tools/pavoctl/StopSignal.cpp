@@ -1,4 +1,9 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 #include "StopSignal.h"
+
+#include "Errors.h"
 
 #include <poll.h>
 #include <signal.h>
@@ -10,8 +15,6 @@
 #include <cerrno>
 #include <cstring>
 #include <string>
-
-#include "Errors.h"
 
 namespace pavoctl {
 namespace {

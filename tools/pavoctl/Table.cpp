@@ -1,11 +1,14 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 #include "Table.h"
+
+#include "Text.h"
 
 #include <algorithm>
 #include <array>
 #include <string_view>
 #include <vector>
-
-#include "Text.h"
 
 namespace pavoctl {
 namespace {

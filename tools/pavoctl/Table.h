@@ -1,10 +1,13 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Profiles as text for people.
 #pragma once
 
+#include "profiles/Profile.h"
+
 #include <string>
 #include <vector>
-
-#include "profiles/Profile.h"
 
 namespace pavoctl {
 

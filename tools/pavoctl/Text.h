@@ -1,11 +1,14 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Small helpers for text that comes from outside: files, the command line, the modem.
 #pragma once
+
+#include "base/Ascii.h"
 
 #include <string>
 #include <string_view>
 #include <vector>
-
-#include "base/Ascii.h"
 
 namespace pavoctl {
 

@@ -1,6 +1,10 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 #include "VerbRegistry.h"
 
 #include <CLI/CLI.hpp>
+
 #include <string_view>
 #include <utility>
 

@@ -1,10 +1,13 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Where the verbs' rooms declare what they can do.
 #pragma once
 
+#include "CommandLine.h"
+
 #include <functional>
 #include <string>
-
-#include "CommandLine.h"
 
 namespace CLI {
 class App;

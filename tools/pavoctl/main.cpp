@@ -1,14 +1,17 @@
-#include <algorithm>
-#include <chrono>
-#include <csignal>
-#include <cstdlib>
-#include <exception>
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
 
 #include "CommandLine.h"
 #include "Context.h"
 #include "Errors.h"
 #include "Output.h"
 #include "session/Patience.h"
+
+#include <algorithm>
+#include <chrono>
+#include <csignal>
+#include <cstdlib>
+#include <exception>
 
 namespace {
 

@@ -1,12 +1,15 @@
-// The effects that change answers with a list or with texts.
-#include <algorithm>
-#include <limits>
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
 
+// The effects that change answers with a list or with texts.
 #include "modem/core/FieldReader.h"
 #include "modem/core/FieldWriter.h"
 #include "modem/core/Profile.h"
 #include "modem/faults/PayloadEdit.h"
 #include "modem/faults/effects/EffectFamilies.h"
+
+#include <algorithm>
+#include <limits>
 
 namespace modem {
 

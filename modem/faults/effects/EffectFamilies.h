@@ -1,14 +1,18 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 // What the files of this folder share: the lists of their effects, the base classes of effects that
 // act on one side only, and the reading of arguments.
 #pragma once
 
-#include <cstdint>
-#include <nlohmann/json.hpp>
-#include <span>
-#include <string_view>
-
 #include "modem/core/Messages.h"
 #include "modem/faults/Effect.h"
+
+#include <nlohmann/json.hpp>
+
+#include <cstdint>
+#include <span>
+#include <string_view>
 
 namespace modem {
 

@@ -1,10 +1,13 @@
-// The effects that change how a request or a hello is treated.
-#include <limits>
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
 
+// The effects that change how a request or a hello is treated.
 #include "modem/common/Json.h"
 #include "modem/core/ProfileJson.h"
 #include "modem/faults/PayloadEdit.h"
 #include "modem/faults/effects/EffectFamilies.h"
+
+#include <limits>
 
 namespace modem {
 

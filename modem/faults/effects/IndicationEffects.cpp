@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The effects that change an indication's place or content.
 #include "modem/faults/PayloadEdit.h"
 #include "modem/faults/effects/EffectFamilies.h"

@@ -1,10 +1,13 @@
-// The effects that change an answer or an indication.
-#include <algorithm>
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
 
+// The effects that change an answer or an indication.
 #include "modem/core/FieldReader.h"
 #include "modem/core/FieldWriter.h"
 #include "modem/faults/PayloadEdit.h"
 #include "modem/faults/effects/EffectFamilies.h"
+
+#include <algorithm>
 
 namespace modem {
 

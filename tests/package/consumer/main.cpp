@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 // A client of the installed package: before init the library has an empty cache and no log.
 #include <pavo/Manager.h>
 

@@ -1,6 +1,13 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Ends in the way that its argument names, with the library in use. It writes "ending" when
 // everything is set up, and its exit code is 0 unless it says otherwise.
 #include <pavo/Manager.h>
+
+#include "../AndroidLog.h"
+#include "Deadline.h"
+
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -15,9 +22,6 @@
 #include <string>
 #include <thread>
 #include <vector>
-
-#include "../AndroidLog.h"
-#include "Deadline.h"
 
 namespace {
 

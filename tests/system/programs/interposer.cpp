@@ -1,8 +1,17 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 // A client of libpavor.so that defines the platform's functions itself: the library has to use
 // these, not those of the shared libraries that it is linked with. Writes what the library asked
 // for, line by line.
-#include <android/log.h>
 #include <pavo/Manager.h>
+
+#include "Deadline.h"
+#include "diag_lsm.h"
+#include "ovix_client.h"
+#include "wds_v01.h"
+
+#include <android/log.h>
 
 #include <atomic>
 #include <cstdarg>
@@ -13,11 +22,6 @@
 #include <mutex>
 #include <string>
 #include <thread>
-
-#include "Deadline.h"
-#include "diag_lsm.h"
-#include "ovix_client.h"
-#include "wds_v01.h"
 
 namespace {
 

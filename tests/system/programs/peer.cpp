@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Another process that uses the library: does what its arguments say, command by command, each
 // followed by its argument, and writes "done <command> <argument>" after each. It keeps the keys of
 // what it adds until it ends.
@@ -12,6 +15,10 @@
 //   churn APN            adds, reads and drops profiles for a while
 //   hold                 waits until it is killed
 #include <pavo/Manager.h>
+
+#include "../AndroidLog.h"
+#include "Deadline.h"
+
 #include <unistd.h>
 
 #include <atomic>
@@ -23,9 +30,6 @@
 #include <memory>
 #include <stdexcept>
 #include <string>
-
-#include "../AndroidLog.h"
-#include "Deadline.h"
 
 namespace {
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 // A session of the library with a modem that its surroundings choose: the same steps each time, and
 // at the end the library's log on the standard output, the caller's lines and then the worker's.
 // What other threads log depends on who is faster and is left out, as are the lines of the event
@@ -5,8 +8,11 @@
 //
 // The modem is expected to lose the answer to the second create request, and its power instead of
 // answering the first modify request; nothing else has to be true of it.
-#include <android/log.h>
 #include <pavo/Manager.h>
+
+#include "Deadline.h"
+
+#include <android/log.h>
 #include <unistd.h>
 
 #include <cstdarg>
@@ -20,8 +26,6 @@
 #include <string>
 #include <thread>
 #include <vector>
-
-#include "Deadline.h"
 
 namespace {
 

@@ -1,10 +1,13 @@
-#include "inspection/Drift.h"
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
 
-#include <map>
+#include "inspection/Drift.h"
 
 #include "Text.h"
 #include "policies/StepText.h"
 #include "profiles/Names.h"
+
+#include <map>
 
 namespace pavoctl {
 namespace {

@@ -1,10 +1,13 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Where a cache and the modem are not of one mind.
 #pragma once
 
+#include "session/Snapshot.h"
+
 #include <string>
 #include <vector>
-
-#include "session/Snapshot.h"
 
 namespace pavoctl {
 

@@ -1,10 +1,13 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 // A second library in this process, with a cache of its own: the modem's own word.
 #pragma once
 
-#include <string>
-
 #include "session/Session.h"
 #include "session/Snapshot.h"
+
+#include <string>
 
 namespace pavoctl {
 

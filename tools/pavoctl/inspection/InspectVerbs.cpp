@@ -1,7 +1,5 @@
-#include <CLI/CLI.hpp>
-#include <chrono>
-#include <map>
-#include <thread>
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
 
 #include "Context.h"
 #include "Options.h"
@@ -12,6 +10,12 @@
 #include "inspection/Usage.h"
 #include "profiles/Values.h"
 #include "shell/KeyRing.h"
+
+#include <CLI/CLI.hpp>
+
+#include <chrono>
+#include <map>
+#include <thread>
 
 namespace pavoctl {
 namespace {

@@ -1,10 +1,13 @@
-#include "inspection/Usage.h"
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
 
-#include <set>
-#include <vector>
+#include "inspection/Usage.h"
 
 #include "Table.h"
 #include "Text.h"
+
+#include <set>
+#include <vector>
 
 namespace pavoctl {
 namespace {

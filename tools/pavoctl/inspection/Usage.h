@@ -1,11 +1,14 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 // What the slots of the modem's table are taken for.
 #pragma once
+
+#include "session/Snapshot.h"
 
 #include <map>
 #include <optional>
 #include <string>
-
-#include "session/Snapshot.h"
 
 namespace pavoctl {
 

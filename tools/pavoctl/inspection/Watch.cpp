@@ -1,4 +1,10 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 #include "inspection/Watch.h"
+
+#include "Errors.h"
+#include "Table.h"
 
 #include <sys/eventfd.h>
 #include <unistd.h>
@@ -9,9 +15,6 @@
 #include <cstdint>
 #include <cstring>
 #include <ctime>
-
-#include "Errors.h"
-#include "Table.h"
 
 namespace pavoctl {
 namespace {

@@ -1,15 +1,18 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The verb watch: prints every change of the modem's profiles as the library sees it.
 #pragma once
-
-#include <chrono>
-#include <map>
-#include <memory>
-#include <string>
 
 #include "Output.h"
 #include "StopSignal.h"
 #include "profiles/Profile.h"
 #include "session/Session.h"
+
+#include <chrono>
+#include <map>
+#include <memory>
+#include <string>
 
 namespace pavoctl {
 

@@ -1,10 +1,13 @@
-#include "lists/ApnCheck.h"
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
 
-#include <algorithm>
-#include <map>
+#include "lists/ApnCheck.h"
 
 #include "Text.h"
 #include "lists/ApnRules.h"
+
+#include <algorithm>
+#include <map>
 
 namespace pavoctl {
 namespace {

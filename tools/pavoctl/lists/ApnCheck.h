@@ -1,10 +1,13 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Looks for mistakes in an APN list.
 #pragma once
 
+#include "lists/ApnFile.h"
+
 #include <string>
 #include <vector>
-
-#include "lists/ApnFile.h"
 
 namespace pavoctl {
 

@@ -1,9 +1,12 @@
-#include "lists/ApnFile.h"
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
 
-#include <algorithm>
+#include "lists/ApnFile.h"
 
 #include "Text.h"
 #include "lists/ProviderFile.h"
+
+#include <algorithm>
 
 namespace pavoctl {
 namespace {

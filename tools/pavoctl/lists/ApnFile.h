@@ -1,13 +1,16 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Reads lists of access points: Android's <apns><apn carrier=".." mcc=".." mnc=".." apn=".." .../>
 // </apns> and GNOME's <serviceproviders>. The root element tells which one it is.
 #pragma once
+
+#include "lists/Xml.h"
 
 #include <optional>
 #include <string>
 #include <utility>
 #include <vector>
-
-#include "lists/Xml.h"
 
 namespace pavoctl {
 

@@ -1,14 +1,17 @@
-#include "lists/ApnMapping.h"
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
 
-#include <algorithm>
-#include <array>
-#include <optional>
-#include <string_view>
+#include "lists/ApnMapping.h"
 
 #include "Errors.h"
 #include "Text.h"
 #include "profiles/Names.h"
 #include "profiles/Values.h"
+
+#include <algorithm>
+#include <array>
+#include <optional>
+#include <string_view>
 
 namespace pavoctl {
 namespace {

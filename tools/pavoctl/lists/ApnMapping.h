@@ -1,12 +1,15 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Turns an entry of an APN list into a profile of the library.
 #pragma once
 
 #include <pavo/ProfileParams.h>
 
+#include "lists/ApnFile.h"
+
 #include <string>
 #include <vector>
-
-#include "lists/ApnFile.h"
 
 namespace pavoctl {
 

@@ -1,13 +1,16 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 #include "lists/ApnRules.h"
+
+#include "Errors.h"
+#include "Text.h"
+#include "profiles/Values.h"
 
 #include <algorithm>
 #include <array>
 #include <cstdint>
 #include <numeric>
-
-#include "Errors.h"
-#include "Text.h"
-#include "profiles/Values.h"
 
 namespace pavoctl {
 namespace {

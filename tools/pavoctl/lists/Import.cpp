@@ -1,8 +1,7 @@
-#include "lists/Import.h"
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
 
-#include <map>
-#include <optional>
-#include <vector>
+#include "lists/Import.h"
 
 #include "Context.h"
 #include "Hold.h"
@@ -10,6 +9,10 @@
 #include "lists/ApnFile.h"
 #include "lists/ApnMapping.h"
 #include "lists/Progress.h"
+
+#include <map>
+#include <optional>
+#include <vector>
 
 namespace pavoctl {
 namespace {

@@ -1,10 +1,13 @@
-#include <CLI/CLI.hpp>
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
 
 #include "Options.h"
 #include "Verbs.h"
 #include "lists/Check.h"
 #include "lists/Import.h"
 #include "profiles/Values.h"
+
+#include <CLI/CLI.hpp>
 
 namespace pavoctl {
 

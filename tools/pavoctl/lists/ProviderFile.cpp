@@ -1,10 +1,13 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 #include "lists/ProviderFile.h"
+
+#include "Text.h"
 
 #include <algorithm>
 #include <array>
 #include <string_view>
-
-#include "Text.h"
 
 namespace pavoctl {
 namespace {

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 // GNOME's list of mobile operators: <serviceproviders><country><provider><gsm> with <network-id/>
 // and <apn value="..">.
 #pragma once

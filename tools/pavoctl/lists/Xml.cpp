@@ -1,4 +1,10 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 #include "lists/Xml.h"
+
+#include "Errors.h"
+#include "Text.h"
 
 #include <expat.h>
 
@@ -9,9 +15,6 @@
 #include <cstring>
 #include <memory>
 #include <string_view>
-
-#include "Errors.h"
-#include "Text.h"
 
 namespace pavoctl {
 namespace {

@@ -1,8 +1,11 @@
-#include <algorithm>
-#include <set>
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
 
 #include "Text.h"
 #include "manual/Description.h"
+
+#include <algorithm>
+#include <set>
 
 namespace pavoctl {
 namespace {

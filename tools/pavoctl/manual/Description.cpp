@@ -1,13 +1,17 @@
-#include "manual/Description.h"
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
 
-#include <CLI/CLI.hpp>
-#include <algorithm>
+#include "manual/Description.h"
 
 #include "Options.h"
 #include "Text.h"
 #include "VerbRegistry.h"
 #include "profiles/Names.h"
 #include "profiles/Profile.h"
+
+#include <CLI/CLI.hpp>
+
+#include <algorithm>
 
 namespace pavoctl {
 namespace {

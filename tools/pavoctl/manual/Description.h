@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 // What the tool understands, for those who help with typing it and for the manual page. All of it
 // comes from the parser itself, so that nothing can be missing.
 #pragma once

@@ -1,8 +1,11 @@
-#include <algorithm>
-#include <string_view>
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
 
 #include "Text.h"
 #include "manual/Description.h"
+
+#include <algorithm>
+#include <string_view>
 
 namespace pavoctl {
 namespace {

@@ -1,11 +1,14 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 // A call of one of the library's policies.
 #pragma once
 
 #include <pavo/ProfileParams.h>
 
-#include <list>
-
 #include "policy/Policies.h"
+
+#include <list>
 
 namespace pavoctl {
 

@@ -1,12 +1,15 @@
-#include "policies/PolicyRecorder.h"
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
 
-#include <algorithm>
-#include <array>
-#include <utility>
+#include "policies/PolicyRecorder.h"
 
 #include "Text.h"
 #include "policies/SimulatedProfiles.h"
 #include "profiles/Names.h"
+
+#include <algorithm>
+#include <array>
+#include <utility>
 
 namespace pavoctl {
 namespace {

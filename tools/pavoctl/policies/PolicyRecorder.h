@@ -1,12 +1,15 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Records what a policy does with profiles while it does it.
 #pragma once
+
+#include "policies/PolicySteps.h"
+#include "policy/Policies.h"
 
 #include <optional>
 #include <string>
 #include <vector>
-
-#include "policies/PolicySteps.h"
-#include "policy/Policies.h"
 
 namespace pavoctl {
 

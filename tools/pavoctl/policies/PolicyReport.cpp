@@ -1,10 +1,13 @@
-#include "policies/PolicyReport.h"
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
 
-#include <algorithm>
-#include <iterator>
+#include "policies/PolicyReport.h"
 
 #include "Table.h"
 #include "Text.h"
+
+#include <algorithm>
+#include <iterator>
 
 namespace pavoctl {
 namespace {

@@ -1,12 +1,15 @@
-#include "policies/PolicyRun.h"
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
 
-#include <algorithm>
-#include <chrono>
-#include <utility>
+#include "policies/PolicyRun.h"
 
 #include "policies/PolicyRecorder.h"
 #include "policies/SimulatedProfiles.h"
 #include "policy/ManagerOperations.h"
+
+#include <algorithm>
+#include <chrono>
+#include <utility>
 
 namespace pavoctl {
 namespace {

@@ -1,10 +1,13 @@
-#include "policies/PolicySteps.h"
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
 
-#include <algorithm>
-#include <array>
+#include "policies/PolicySteps.h"
 
 #include "matching/Matching.h"
 #include "profiles/Names.h"
+
+#include <algorithm>
+#include <array>
 
 namespace pavoctl {
 namespace {

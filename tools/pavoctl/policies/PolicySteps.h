@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The steps of a policy or a search, in the form of JSON: what was looked for, what was found, what
 // kept the others from being found, what was changed and created.
 #pragma once
@@ -6,11 +9,11 @@
 #include <pavo/FilterProfileParams.h>
 #include <pavo/ModifyProfileParams.h>
 
+#include "session/Snapshot.h"
+
 #include <cstdint>
 #include <string>
 #include <vector>
-
-#include "session/Snapshot.h"
 
 namespace pavoctl {
 

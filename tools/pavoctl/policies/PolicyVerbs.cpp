@@ -1,5 +1,5 @@
-#include <CLI/CLI.hpp>
-#include <array>
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
 
 #include "Context.h"
 #include "Hold.h"
@@ -10,6 +10,10 @@
 #include "policies/ProfileList.h"
 #include "profiles/Attributes.h"
 #include "session/Patience.h"
+
+#include <CLI/CLI.hpp>
+
+#include <array>
 
 namespace pavoctl {
 namespace {

@@ -1,4 +1,11 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 #include "policies/ProfileList.h"
+
+#include "Errors.h"
+#include "Text.h"
+#include "profiles/Attributes.h"
 
 #include <fcntl.h>
 #include <unistd.h>
@@ -9,10 +16,6 @@
 #include <memory>
 #include <optional>
 #include <string_view>
-
-#include "Errors.h"
-#include "Text.h"
-#include "profiles/Attributes.h"
 
 namespace pavoctl {
 namespace {

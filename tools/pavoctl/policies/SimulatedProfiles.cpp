@@ -1,9 +1,12 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 #include "policies/SimulatedProfiles.h"
+
+#include "matching/Matching.h"
 
 #include <algorithm>
 #include <utility>
-
-#include "matching/Matching.h"
 
 namespace pavoctl {
 namespace {

@@ -1,11 +1,14 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Profiles that answer as the library would, for a dry run. Nothing is asked, and the modem is
 // taken to agree to every change.
 #pragma once
 
-#include <optional>
-
 #include "policies/PolicySteps.h"
 #include "policy/ProfileOperations.h"
+
+#include <optional>
 
 namespace pavoctl {
 

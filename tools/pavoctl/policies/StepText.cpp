@@ -1,11 +1,14 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 #include "policies/StepText.h"
+
+#include "Table.h"
+#include "Text.h"
 
 #include <algorithm>
 #include <array>
 #include <vector>
-
-#include "Table.h"
-#include "Text.h"
 
 namespace pavoctl {
 namespace {

@@ -1,9 +1,12 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The steps of a policy as text for people who have not seen one before.
 #pragma once
 
-#include <string>
-
 #include "profiles/Profile.h"
+
+#include <string>
 
 namespace pavoctl {
 

@@ -1,13 +1,16 @@
-#include "profiles/Attributes.h"
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
 
-#include <algorithm>
-#include <utility>
+#include "profiles/Attributes.h"
 
 #include "Errors.h"
 #include "Options.h"
 #include "Text.h"
 #include "profiles/Names.h"
 #include "profiles/Values.h"
+
+#include <algorithm>
+#include <utility>
 
 namespace pavoctl {
 namespace {

@@ -1,14 +1,17 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The attributes of a profile as they are given to the tool: as options, as key=value, as JSON.
 #pragma once
 
 #include <pavo/ProfileParams.h>
 
+#include "profiles/Profile.h"
+
 #include <initializer_list>
 #include <string>
 #include <string_view>
 #include <vector>
-
-#include "profiles/Profile.h"
 
 namespace pavoctl {
 

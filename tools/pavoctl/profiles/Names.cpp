@@ -1,9 +1,12 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 #include "profiles/Names.h"
+
+#include "Text.h"
 
 #include <array>
 #include <cstdio>
-
-#include "Text.h"
 
 namespace pavoctl {
 namespace {

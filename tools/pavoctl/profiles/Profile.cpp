@@ -1,11 +1,14 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 #include "profiles/Profile.h"
+
+#include "Text.h"
+#include "profiles/Names.h"
 
 #include <algorithm>
 #include <array>
 #include <vector>
-
-#include "Text.h"
-#include "profiles/Names.h"
 
 namespace pavoctl {
 namespace {

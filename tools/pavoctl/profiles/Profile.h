@@ -1,13 +1,17 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 // A profile as the tool shows it. Everything that the tool prints about profiles, for people and
 // for programs, comes from one list of attributes and takes the form of JSON first.
 #pragma once
 
 #include <pavo/ProfileParams.h>
 
-#include <nlohmann/json.hpp>
-#include <string>
-
 #include "profiles/Secrets.h"
+
+#include <nlohmann/json.hpp>
+
+#include <string>
 
 namespace pavoctl {
 

@@ -1,15 +1,18 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 #include "profiles/Secrets.h"
 
 #include <pavo/ProfileTypes.h>
+
+#include "Text.h"
+#include "profiles/Names.h"
 
 #include <algorithm>
 #include <array>
 #include <optional>
 #include <set>
 #include <vector>
-
-#include "Text.h"
-#include "profiles/Names.h"
 
 namespace pavoctl {
 namespace {

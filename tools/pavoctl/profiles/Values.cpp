@@ -1,13 +1,16 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 #include "profiles/Values.h"
+
+#include "Errors.h"
+#include "Text.h"
+#include "profiles/Names.h"
 
 #include <charconv>
 #include <cmath>
 #include <limits>
 #include <optional>
-
-#include "Errors.h"
-#include "Text.h"
-#include "profiles/Names.h"
 
 namespace pavoctl {
 namespace {

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Reads option values. Every function throws UsageError, naming the option, for what it cannot
 // read.
 #pragma once

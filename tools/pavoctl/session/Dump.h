@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 // Reads the text of Manager::dump(), the library's only statement of what happened to a request.
 #pragma once
 

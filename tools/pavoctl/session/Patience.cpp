@@ -1,4 +1,9 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 #include "session/Patience.h"
+
+#include "Output.h"
 
 #include <poll.h>
 #include <sys/eventfd.h>
@@ -9,8 +14,6 @@
 #include <cerrno>
 #include <cstdint>
 #include <cstring>
-
-#include "Output.h"
 
 namespace pavoctl {
 namespace {

@@ -1,13 +1,16 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 // How long the library may keep the tool waiting.
 #pragma once
+
+#include "Errors.h"
+#include "StopSignal.h"
 
 #include <chrono>
 #include <functional>
 #include <string>
 #include <thread>
-
-#include "Errors.h"
-#include "StopSignal.h"
 
 namespace pavoctl {
 

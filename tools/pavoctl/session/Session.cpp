@@ -1,12 +1,15 @@
-#include "session/Session.h"
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
 
-#include <algorithm>
-#include <cstdlib>
-#include <thread>
+#include "session/Session.h"
 
 #include "Errors.h"
 #include "Text.h"
 #include "session/Patience.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <thread>
 
 namespace pavoctl {
 namespace {

@@ -1,19 +1,22 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The tool's use of the library: what pavo::Manager answers, together with why it did, which the
 // library tells in its log only.
 #pragma once
 
 #include <pavo/Manager.h>
 
+#include "profiles/Profile.h"
+#include "session/Dump.h"
+#include "session/Patience.h"
+#include "session/Snapshot.h"
+
 #include <chrono>
 #include <functional>
 #include <memory>
 #include <string>
 #include <vector>
-
-#include "profiles/Profile.h"
-#include "session/Dump.h"
-#include "session/Patience.h"
-#include "session/Snapshot.h"
 
 namespace pavoctl {
 

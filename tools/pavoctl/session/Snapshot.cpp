@@ -1,11 +1,14 @@
-#include "session/Snapshot.h"
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
 
-#include <charconv>
+#include "session/Snapshot.h"
 
 #include "Errors.h"
 #include "matching/ApnTypeBits.h"
 #include "matching/Changes.h"
 #include "profiles/Names.h"
+
+#include <charconv>
 
 namespace pavoctl {
 namespace {

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 // What the library's cache holds at one moment.
 #pragma once
 
@@ -5,14 +8,14 @@
 #include <pavo/Manager.h>
 #include <pavo/ModifyProfileParams.h>
 
+#include "matching/ProfileSettings.h"
+#include "profiles/Profile.h"
+#include "session/Dump.h"
+
 #include <cstdint>
 #include <optional>
 #include <string>
 #include <vector>
-
-#include "matching/ProfileSettings.h"
-#include "profiles/Profile.h"
-#include "session/Dump.h"
 
 namespace pavoctl {
 

@@ -1,10 +1,13 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 // What may come next on a line of the shell.
 #pragma once
 
+#include "manual/Description.h"
+
 #include <string>
 #include <vector>
-
-#include "manual/Description.h"
 
 namespace pavoctl {
 

@@ -1,3 +1,11 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
+#include "Errors.h"
+#include "Text.h"
+#include "shell/Completion.h"
+#include "shell/LineReader.h"
+
 #include <histedit.h>
 #include <unistd.h>
 
@@ -5,11 +13,6 @@
 #include <clocale>
 #include <cstdio>
 #include <cwchar>
-
-#include "Errors.h"
-#include "Text.h"
-#include "shell/Completion.h"
-#include "shell/LineReader.h"
 
 namespace pavoctl {
 namespace {

@@ -1,4 +1,10 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 #include "shell/KeyRing.h"
+
+#include "Errors.h"
+#include "session/Patience.h"
 
 #include <sys/eventfd.h>
 #include <unistd.h>
@@ -8,9 +14,6 @@
 #include <cstring>
 #include <mutex>
 #include <utility>
-
-#include "Errors.h"
-#include "session/Patience.h"
 
 namespace pavoctl {
 

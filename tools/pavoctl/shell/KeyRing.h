@@ -1,13 +1,16 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The keys that a shell keeps between its commands.
 #pragma once
+
+#include "session/Session.h"
 
 #include <chrono>
 #include <map>
 #include <memory>
 #include <string>
 #include <vector>
-
-#include "session/Session.h"
 
 namespace pavoctl {
 

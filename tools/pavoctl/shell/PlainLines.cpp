@@ -1,12 +1,15 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
+#include "Errors.h"
+#include "shell/LineReader.h"
+
 #include <unistd.h>
 
 #include <array>
 #include <cerrno>
 #include <cstring>
 #include <utility>
-
-#include "Errors.h"
-#include "shell/LineReader.h"
 
 namespace pavoctl {
 namespace {

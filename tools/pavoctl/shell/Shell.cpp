@@ -1,11 +1,7 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 #include "shell/Shell.h"
-
-#include <poll.h>
-#include <signal.h>
-#include <unistd.h>
-
-#include <algorithm>
-#include <array>
 
 #include "Context.h"
 #include "manual/Description.h"
@@ -15,6 +11,13 @@
 #include "shell/KeyRing.h"
 #include "shell/LineReader.h"
 #include "shell/Words.h"
+
+#include <poll.h>
+#include <signal.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
 
 namespace pavoctl {
 namespace {

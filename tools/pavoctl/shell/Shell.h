@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 // The verb shell: the tool's verbs, one after the other, on one library.
 #pragma once
 

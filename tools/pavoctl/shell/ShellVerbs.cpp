@@ -1,6 +1,5 @@
-#include <CLI/CLI.hpp>
-#include <algorithm>
-#include <map>
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
 
 #include "Context.h"
 #include "Hold.h"
@@ -11,6 +10,11 @@
 #include "profiles/Values.h"
 #include "shell/KeyRing.h"
 #include "shell/Shell.h"
+
+#include <CLI/CLI.hpp>
+
+#include <algorithm>
+#include <map>
 
 namespace pavoctl {
 namespace {

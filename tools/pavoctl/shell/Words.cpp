@@ -1,8 +1,11 @@
+// SPDX-FileCopyrightText: The Pavor Authors
+// SPDX-License-Identifier: Apache-2.0
+
 #include "shell/Words.h"
 
-#include <utility>
-
 #include "Errors.h"
+
+#include <utility>
 
 namespace pavoctl {
 namespace {
