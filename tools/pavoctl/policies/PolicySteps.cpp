@@ -146,7 +146,7 @@ void PolicySteps::search(const std::string& why, const pavo::FilterProfileParams
     const auto key = keyOfMismatch(*profile, filter);
     Json name = named(*profile);
     if (isFound == key.has_value()) {
-      // It is not as it was when the policy began: somebody else has changed it.
+      // It differs from what it was when the policy began: another client has changed it.
       unclear.push_back(name);
     }
     if (isFound) {
