@@ -69,7 +69,6 @@ template <typename Visit, typename... Profiles>
 void forEachSetting(Visit&& visit, Profiles&... profiles) {
   const auto pdp = pdpTypeChoices();
   const auto common = commonPdpTypeChoices();
-  // clang-format off
   visit(Setting{.tag = tagName, .name = "name", .textBytesMax = nameBytesMax}, profiles.name...);
   visit(Setting{.tag = tagPdpType, .name = "pdpType", .choices = pdp}, profiles.pdpType...);
   visit(Setting{.tag = tagApn, .name = "apn", .textBytesMax = 150}, profiles.apn...);
@@ -84,11 +83,12 @@ void forEachSetting(Visit&& visit, Profiles&... profiles) {
   visit(Setting{.tag = tagPdnWaitInterval, .name = "pdnWaitInterval"}, profiles.pdnWaitInterval...);
   visit(Setting{.tag = tagLteRoam, .name = "lteRoam", .choices = common}, profiles.lteRoam...);
   visit(Setting{.tag = tagUmtsRoam, .name = "umtsRoam", .choices = common}, profiles.umtsRoam...);
-  visit(Setting{.tag = tagOverrideHome, .name = "overrideHome", .choices = common}, profiles.overrideHome...);
-  visit(Setting{.tag = tagPersistent, .name = "persistent", .isFlag = true}, profiles.persistent...);
+  visit(Setting{.tag = tagOverrideHome, .name = "overrideHome", .choices = common},
+        profiles.overrideHome...);
+  visit(Setting{.tag = tagPersistent, .name = "persistent", .isFlag = true},
+        profiles.persistent...);
   visit(Setting{.tag = tagApnTypes, .name = "apnTypes"}, profiles.apnTypes...);
   visit(Setting{.tag = tagClat, .name = "clat", .isFlag = true}, profiles.clat...);
-  // clang-format on
 }
 
 // Reads the settings of a message without checking their values.
