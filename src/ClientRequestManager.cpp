@@ -115,7 +115,7 @@ void ClientRequestManager::handleClientRequest(int fd, void* arg) {
     return;
   }
   auto& self = *static_cast<ClientRequestManager*>(arg);
-  for (const std::shared_ptr<ClientRequest>& release : self.port->takePutOff()) {
+  if (const std::shared_ptr<ClientRequest> release = self.port->takePutOff()) {
     self.handle(*release);
   }
   self.port->serve([&self](const ClientRequest& request) { return self.handle(request); });

@@ -158,7 +158,9 @@ void EventManager::processEvents() {
     LogWrapper::log(LogLevel::Error, logTag, "epoll_wait error");
     return;
   }
-  for (int i = 0; i < count; ++i) {
+  // After a request to stop, the events behind the one in hand are not dispatched: each may cost
+  // modem requests.
+  for (int i = 0; i < count && (i == 0 || !isStopRequested()); ++i) {
     const int fd = readyEvents[i].data.fd;
     const unsigned int events = readyEvents[i].events;
     LogWrapper::log(LogLevel::Verbose, logTag,

@@ -3,7 +3,7 @@
 
 #include "LocalLogBuffer.h"
 
-#include "Fork.h"
+#include "base/Fork.h"
 
 #include <sys/time.h>
 
@@ -46,10 +46,12 @@ void refill(SecondText& cached, std::time_t second) {
     static Mutex& timeZoneMutex = makeProcessMutex();
     const MutexLock lock(timeZoneMutex);
     ::tzset();
+    // localtime_r takes the C library's lock, and a forked child has to find that one free, too.
+    if (::localtime_r(&second, &local) == nullptr) {
+      return;
+    }
   }
-  if (::localtime_r(&second, &local) != nullptr) {
-    cached.length = std::strftime(cached.text, sizeof cached.text, "%F %X", &local);
-  }
+  cached.length = std::strftime(cached.text, sizeof cached.text, "%F %X", &local);
 }
 
 // Writes "<date> <time>.<milliseconds>" and returns its length. When a time cannot be converted,

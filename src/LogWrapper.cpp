@@ -3,8 +3,8 @@
 
 #include "LogWrapper.h"
 
-#include "Fork.h"
 #include "LocalLogBuffer.h"
+#include "base/Fork.h"
 
 #include <cstdarg>
 #include <cstdio>

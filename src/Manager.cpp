@@ -8,10 +8,10 @@
 #include "ClientRequestManager.h"
 #include "ClientResponse.h"
 #include "DiagWriter.h"
-#include "Fork.h"
 #include "LocalLogBuffer.h"
 #include "LogWrapper.h"
 #include "RequestPort.h"
+#include "base/Fork.h"
 #include "base/Mutex.h"
 
 #include <utility>
@@ -48,7 +48,11 @@ void abandon(Worker worker) {
     Mutex mutex;
     std::vector<Worker> workers GUARDED_BY(mutex);
   };
-  static auto& abandoned = *new Abandoned;
+  static Abandoned& abandoned = []() -> Abandoned& {
+    auto& made = *new Abandoned;
+    keepFreeAcrossFork(made.mutex);
+    return made;
+  }();
   const MutexLock lock(abandoned.mutex);
   abandoned.workers.push_back(std::move(worker));
 }
@@ -172,8 +176,8 @@ void Manager::init(int subscription, bool useAndroidLog) noexcept {
     const MutexLock lock(workerMutex());
     replaced = std::exchange(worker, next);
   }
-  if (replaced != nullptr) {
-    replaced->stop();
+  if (replaced != nullptr && !replaced->stop()) {
+    abandon(std::move(replaced));
   }
 }
 

@@ -157,13 +157,11 @@ void OvixWdsProxy::releaseClient() {
   const ovix_client_type released = std::exchange(client, nullptr);
   ovix_client_release(released);
   // Indications of the released client can no longer be decoded, and the modem that sent them is
-  // gone. Lost indications no longer matter either: the modem announces all its profiles when it
-  // comes back.
+  // gone.
   const MutexLock lock(queueMutex);
   std::erase_if(indQueue, [released](const std::unique_ptr<IndInfo_t>& indication) {
     return indication != nullptr && indication->user_handle == released;
   });
-  hasLostIndications = false;
 }
 
 void OvixWdsProxy::registerOvixSvcUp() {
@@ -223,6 +221,9 @@ void OvixWdsProxy::openClient() {
     LogWrapper::log(LogLevel::Error, logTag, "error get service.");
     return;
   }
+  if (eventManager.isStopRequested()) {
+    return;
+  }
   releaseNotifier();
   if (client != nullptr) {
     LogWrapper::log(LogLevel::Debug, logTag,
@@ -240,7 +241,13 @@ void OvixWdsProxy::openClient() {
   }
   const int registered = ovix_client_register_error_cb(client, ovixErrorCb, this);
   LogWrapper::log(LogLevel::Debug, logTag, "ovix_client_register_error_cb result: %d", registered);
+  if (eventManager.isStopRequested()) {
+    return;
+  }
   registerOvixIndications();
+  if (hasLost()) {
+    notifyFd(indicationFd.get());
+  }
 }
 
 template <typename Request, typename Response>
@@ -387,17 +394,18 @@ void OvixWdsProxy::handleIndication(int fd, void* proxy) {
   const auto turnEnd = std::chrono::steady_clock::now() + indicationTurnMax;
   for (bool isFirst = true;; isFirst = false) {
     const std::size_t queued = self.queueSize();
+    const bool isOver = self.eventManager.isStopRequested() ||
+                        (!isFirst && std::chrono::steady_clock::now() >= turnEnd);
+    if (queued != 0 && isOver) {
+      // The remaining indications need a new wake-up, because the descriptor has been drained.
+      self.isGivingWay = true;
+      notifyFd(fd);
+      return;
+    }
     LogWrapper::log(LogLevel::Debug, logTag, "OvixWdsProxy: handleIndication indQueue.size[%d]",
                     static_cast<int>(queued));
     if (queued == 0) {
       self.reportLost();
-      return;
-    }
-    if (!isFirst &&
-        (self.eventManager.isStopRequested() || std::chrono::steady_clock::now() >= turnEnd)) {
-      // The remaining indications need a new wake-up, because the descriptor has been drained.
-      self.isGivingWay = true;
-      notifyFd(fd);
       return;
     }
     const std::unique_ptr<IndInfo_t> indication = self.takeIndication();
@@ -411,13 +419,22 @@ void OvixWdsProxy::handleIndication(int fd, void* proxy) {
   }
 }
 
+bool OvixWdsProxy::hasLost() {
+  const MutexLock lock(queueMutex);
+  return hasLostIndications;
+}
+
 void OvixWdsProxy::reportLost() {
-  bool hasLost = false;
+  if (client == nullptr) {
+    // Nothing can be read now. openClient() brings this about again.
+    return;
+  }
+  bool isLossNew = false;
   {
     const MutexLock lock(queueMutex);
-    hasLost = std::exchange(hasLostIndications, false);
+    isLossNew = std::exchange(hasLostIndications, false);
   }
-  if (hasLost) {
+  if (isLossNew) {
     indicationsLostCb();
   }
 }

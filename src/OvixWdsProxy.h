@@ -106,7 +106,8 @@ class OvixWdsProxy {
   std::size_t queueSize() EXCLUDES(queueMutex);
   std::unique_ptr<IndInfo_t> takeIndication() EXCLUDES(queueMutex);
   bool deliver(const IndInfo_t& indication);
-  void reportLost();
+  bool hasLost() EXCLUDES(queueMutex);
+  void reportLost() EXCLUDES(queueMutex);
 
   // These members are constant after construction.
   EventManager& eventManager;

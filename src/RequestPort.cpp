@@ -9,6 +9,7 @@
 
 #include <cerrno>
 #include <cstdlib>
+#include <deque>
 #include <map>
 #include <optional>
 #include <utility>
@@ -187,6 +188,9 @@ std::shared_ptr<ClientResponse> RequestPort::exchange(
   while (responseSlot == nullptr && !closed) {
     answered.wait(slotMutex);
   }
+  // A closed port leaves its request in the slot. The caller empties the slot, because it holds
+  // another handle: no key of the request is destroyed on the thread that closes the port.
+  requestSlot.reset();
   return std::exchange(responseSlot, nullptr);
 }
 
@@ -195,15 +199,12 @@ bool RequestPort::beginEnd(std::thread::id workerThread) {
 }
 
 void RequestPort::close() {
-  // The request is destroyed after the unlock, because it may hold the last handle of a key.
-  std::shared_ptr<ClientRequest> unanswered;
   {
     const MutexLock lock(slotMutex);
     closed = true;
-    unanswered.swap(requestSlot);
   }
   answered.notifyAll();
-  std::vector<std::shared_ptr<ClientRequest>> unserved;
+  std::deque<std::shared_ptr<ClientRequest>> unserved;
   {
     const MutexLock lock(putOffMutex);
     acceptsPutOff = false;
@@ -229,9 +230,17 @@ bool RequestPort::putOff(const std::shared_ptr<ClientRequest>& request) {
   return true;
 }
 
-std::vector<std::shared_ptr<ClientRequest>> RequestPort::takePutOff() {
+std::shared_ptr<ClientRequest> RequestPort::takePutOff() {
   const MutexLock lock(putOffMutex);
-  return std::exchange(putOffReleases, {});
+  if (putOffReleases.empty()) {
+    return nullptr;
+  }
+  std::shared_ptr<ClientRequest> oldest = std::move(putOffReleases.front());
+  putOffReleases.pop_front();
+  if (!putOffReleases.empty()) {
+    notifyFd(wakeFd.load());
+  }
+  return oldest;
 }
 
 void RequestPort::becomeWorkerThread() { isWorkerThread = true; }

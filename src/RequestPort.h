@@ -21,16 +21,16 @@
 
 #include "ClientRequest.h"
 #include "ClientResponse.h"
-#include "Fork.h"
 #include "RequestFunction.h"
 #include "TurnQueue.h"
+#include "base/Fork.h"
 #include "base/Mutex.h"
 
 #include <atomic>
 #include <cstdint>
+#include <deque>
 #include <memory>
 #include <thread>
-#include <vector>
 
 namespace pavo {
 
@@ -85,7 +85,7 @@ class RequestPort {
   void serve(const Handle& handle) EXCLUDES(slotMutex) {
     {
       const MutexLock lock(slotMutex);
-      if (requestSlot != nullptr) {
+      if (requestSlot != nullptr && !closed) {
         // The worker keeps nothing of the request or of its response beyond the lock. The caller is
         // waiting meanwhile and holds its own handle of every key, so no key is destroyed on the
         // worker.
@@ -98,8 +98,10 @@ class RequestPort {
     answered.notifyOne();
   }
 
-  // Takes the releases that were put off so far. Only the worker calls this.
-  std::vector<std::shared_ptr<ClientRequest>> takePutOff() EXCLUDES(putOffMutex);
+  // Returns the oldest release that was put off, or nothing. Only the worker calls this, once for
+  // each event: a release may cost a modem request, and callers and a stop come between two of
+  // them. When there are more, the worker is woken again.
+  std::shared_ptr<ClientRequest> takePutOff() EXCLUDES(putOffMutex);
 
   // Marks the calling thread as a worker's thread, permanently.
   static void becomeWorkerThread();
@@ -134,7 +136,7 @@ class RequestPort {
   bool closed GUARDED_BY(slotMutex) = false;
 
   Mutex putOffMutex;
-  std::vector<std::shared_ptr<ClientRequest>> putOffReleases GUARDED_BY(putOffMutex);
+  std::deque<std::shared_ptr<ClientRequest>> putOffReleases GUARDED_BY(putOffMutex);
   bool acceptsPutOff GUARDED_BY(putOffMutex) = true;
 };
 

@@ -26,9 +26,10 @@ namespace pavo {
 ///
 /// A key may outlive the library's worker (a second Manager::init, process exit). It is then
 /// harmless and unknown. A key that is dropped while its worker ends waits until the worker's cache
-/// has been destroyed, so the key's listener is over when the drop returns. Three drops do not
-/// wait: on a worker thread, on the thread that ends the worker, and on a thread that the ending
-/// thread waits for.
+/// has been destroyed, so the key's listener is over when the drop returns. Three
+/// drops do not wait: on a worker thread, on the thread that ends the worker, and on a thread that
+/// ends another worker and that the first one waits for. A listener must not wait for a thread that
+/// drops a key.
 class PAVO_API IProfileKey {
  public:
   virtual ~IProfileKey();

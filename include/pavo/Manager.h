@@ -44,7 +44,7 @@ class ClientRequestManager;
 /// A child process that was forked after init() shares the descriptors and the modem connection of
 /// its parent and has no worker. In it, every operation of this Manager, init() included, logs one
 /// error and answers empty. The destructor and the drop of a key leave everything alone. A child
-/// that needs the library makes a Manager of its own.
+/// that needs the library starts a program with exec().
 ///
 /// @code
 /// pavo::Manager& manager = pavo::Manager::getInstance();

@@ -10,6 +10,7 @@
 // Diag_LSM_DeInit, because a writer may be made before the one that it replaces is destroyed. The
 // thread that opens the channel reads the variable. Messages outside of that time are dropped; a
 // message longer than messageCharsMax is cut.
+#include "base/Fork.h"
 #include "base/Mutex.h"
 #include "base/PrivateFile.h"
 #include "diag_lsm.h"
@@ -36,6 +37,14 @@ struct Channel {
 static_assert(std::is_trivially_destructible_v<Channel>);
 constinit Channel channel;
 
+// A forked child that logs finds the channel's mutex free. Called when the channel opens.
+void keepChannelFreeAcrossFork() {
+  [[maybe_unused]] static const bool isKept = [] {
+    pavo::keepFreeAcrossFork(channel.mutex);
+    return true;
+  }();
+}
+
 int openOutput() {
   const char* path = std::getenv("PAVO_DIAG_FILE");
   if (path == nullptr || *path == '\0') {
@@ -54,6 +63,7 @@ int openOutput() {
 }  // namespace
 
 int Diag_LSM_Init(unsigned char* /*env*/) {
+  keepChannelFreeAcrossFork();
   const pavo::MutexLock lock(channel.mutex);
   if (channel.users++ == 0) {
     channel.fd = openOutput();

@@ -16,7 +16,7 @@ import re
 import sys
 
 LAYERS = {
-    0: "Fork ThreadChecker TurnQueue",
+    0: "ThreadChecker TurnQueue",
     1: "AddProfileParams DumpText ExpirationListener Export FilterProfileParams IProfileKey"
        " ModifyProfileParams"
        " NamedValue PDCRefreshStatus ProfileParams ProfileTypes",

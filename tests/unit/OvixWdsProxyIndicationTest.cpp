@@ -342,7 +342,7 @@ TEST_F(OvixWdsProxyIndicationTest, Indicate_StopRequestedMeanwhile_TurnEndsAfter
   indicate(1);
   indicate(2);
   indicate(3);
-  EXPECT_EQ(process(), (Sequence{sizeLine(3), "decode", receivedLine, sizeLine(2)}));
+  EXPECT_EQ(process(), (Sequence{sizeLine(3), "decode", receivedLine}));
   EXPECT_EQ(deliveries(), Sequence{"1 Create"});
 }
 

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: The Pavor Authors
 // SPDX-License-Identifier: Apache-2.0
 
-#include "Fork.h"
+#include "base/Fork.h"
 
 #include <pthread.h>
 
