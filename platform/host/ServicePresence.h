@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: The Pavor Authors
 // SPDX-License-Identifier: Apache-2.0
 
-// Whether this platform has the service's tables at all. A device either has them or not. Here the
-// modem decides, so that a library can be tested that finds none.
+// Tests whether this platform has the service's tables at all. A device either has them or not.
+// Here the modem decides, so that a library can be tested that finds none.
 #pragma once
 
 #include <string>

@@ -106,7 +106,7 @@ class Shell {
         runWords(words);
       }
     } catch (const OutputFailure&) {
-      // Whoever read has gone.
+      // The reader of the output has gone, so the shell ends.
       throw;
     } catch (const UsageError& error) {
       fail(exitUsage, error.what());
