@@ -9,8 +9,8 @@
 
 namespace ovix {
 
-// False when the modem at the path says so. The tables are part of this library, so the result is
-// true when the path is empty or the modem does not answer.
+// Returns false when the modem at the path refuses the service. The tables are part of this
+// library, so the result is true when the path is empty or the modem does not answer.
 bool isServiceKnown(const std::string& modemPath) noexcept;
 
 }  // namespace ovix

@@ -8,7 +8,7 @@
 
 namespace pavoctl {
 
-// None of them changes the modem. wouldAdd does not even start the library.
+// A dry run changes nothing on the modem. wouldAdd does not even start the library.
 ExitStatus wouldAdd(const CommandLine& line, Context& context);
 ExitStatus wouldModify(const CommandLine& line, Context& context);
 ExitStatus wouldDelete(const CommandLine& line, Context& context);

@@ -19,8 +19,8 @@ namespace pavoctl {
 struct ApnEntry {
   unsigned long line = 0;
   std::vector<std::pair<std::string, std::string>> attributes;
-  // MCC and MNC together, for each network of the entry. There is none when the file does not name
-  // it properly.
+  // MCC and MNC together, for each network of the entry. The list is empty when the file does not
+  // name them properly.
   std::vector<std::string> networks{};
   std::string provider{};            // the operator's name, where the format has it
   std::vector<std::string> notes{};  // the settings that could not be taken over unchanged

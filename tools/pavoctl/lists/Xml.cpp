@@ -129,7 +129,7 @@ class Reader {
     if (open.size() == depthMax) {
       refuse("elements nested too deep");
     }
-    // Nothing after a refusal is read.
+    // The reader ignores the rest of the file after a refusal.
     if (!refusal.empty()) {
       return;
     }

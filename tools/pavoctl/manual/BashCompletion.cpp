@@ -11,7 +11,7 @@ namespace pavoctl {
 namespace {
 
 // The part of the script that does not depend on the tool's options. Blanks separate the words.
-// None of the tool's words holds a blank, or a character that the shell would expand.
+// The tool's words hold no blank and no character that the shell would expand.
 constexpr const char* body = R"sh(
 _pavoctl() {
   local current=${COMP_WORDS[COMP_CWORD]} option='' verb='' words='' files='' i

@@ -12,8 +12,8 @@
 namespace pavoctl {
 
 // Reads [{"apnName": "internet", ...}, ...] from a file, or from standard input when the path is
-// "-". Throws Failure when the list cannot be read, and UsageError, with the number of the element,
-// when it makes no sense.
+// "-". Throws Failure when the list cannot be read, and UsageError when it makes no sense. The
+// message names the faulty element.
 std::list<pavo::ProfileParams> readProfileList(const std::string& path);
 
 }  // namespace pavoctl

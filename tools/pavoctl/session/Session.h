@@ -57,13 +57,13 @@ class Session {
   // at the start.
   void resume(const Options& wanted);
 
-  // Has the library read all profiles from the modem, and repeats that until it succeeds.
+  // Repeats a refresh until the library has read all profiles from the modem.
   void readAll() const;
-  // As readAll() for any instance of the library. Throws NoAnswer with lateText when the time is
+  // Does the same for any instance of the library. Throws NoAnswer with lateText when the time is
   // over.
   static void readAll(pavo::Manager& manager, std::chrono::milliseconds timeout,
                       const std::string& lateText);
-  // Has the library do the same as when a modem configuration refresh starts and completes.
+  // Makes the library do the same as when a modem configuration refresh starts and completes.
   void refresh() const;
 
   Listing list(const pavo::FilterProfileParams& filter) const;

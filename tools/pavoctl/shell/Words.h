@@ -11,8 +11,8 @@
 namespace pavoctl {
 
 // Reads the line as a Unix shell does. Blanks separate words, and # begins a comment. '...' takes
-// everything literally. Outside of it a backslash takes the next character literally. Throws
-// UsageError for a quote that does not end.
+// everything literally. In "..." and outside of quotes a backslash takes the next character
+// literally. Throws UsageError for a quote that does not end.
 std::vector<std::string> wordsOf(std::string_view line);
 
 // Does the same for a line that is being typed. The last word may be empty, and a quote may be
