@@ -66,7 +66,7 @@ struct CommandLine {
   static CommandLine parse(int argc, const char* const* argv);
   // Parses a line of the shell. start holds the global options of the shell's own command line.
   static CommandLine parseInShell(const std::vector<std::string>& words, const CommandLine& start);
-  // All that these two understand.
+  // Returns the commands and options that both of these accept.
   static Descriptions describe();
 };
 

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: The Pavor Authors
 // SPDX-License-Identifier: Apache-2.0
 
-// The verbs, by the rooms that declare and do them.
+// The functions with which each room declares its verbs.
 #pragma once
 
 #include "VerbRegistry.h"

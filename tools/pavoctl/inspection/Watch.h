@@ -60,8 +60,8 @@ class Watch {
   SeenById seen;
   std::vector<std::string> scannedCache;
   bool isScanDue = true;
-  // False from the loss of the modem to the next list of profiles. Meanwhile the cache says nothing
-  // about the modem.
+  // isCurrent is false from the loss of the modem to the next list of profiles. Meanwhile the cache
+  // says nothing about the modem.
   bool isCurrent = true;
   // The number of profiles that the library could not read. It tries to read them again only at a
   // refresh.

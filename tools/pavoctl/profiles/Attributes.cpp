@@ -179,8 +179,8 @@ void setFromText(ProfileParams& params, std::string_view text) {
     const auto equals = part.find('=');
     const std::string_view name = part.substr(0, equals);
     const Attribute* const attribute = attributeNamed(name);
-    // A part without = may be the value of a misspelt option. After a password it may be the rest
-    // of the password.
+    // A part without = may be the value of a misspelt option. An unknown name after a password may
+    // be the rest of the password.
     if (equals == std::string_view::npos || (attribute == nullptr && params.hasPassword())) {
       throw UsageError(
           "an argument is not ATTRIBUTE=VALUE (a value with a comma needs its option)");

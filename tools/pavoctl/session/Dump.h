@@ -29,7 +29,7 @@ struct Dump {
   std::vector<std::string> pending;  // The indications that the library expects.
   std::vector<std::string> log;      // The recent log lines, oldest first.
 
-  // The lines of Manager::dump().
+  // Parses the lines of Manager::dump().
   static Dump parse(const std::vector<std::string>& lines);
 
   // Returns the messages that the library logged since the last one that begins with start. Returns

@@ -98,9 +98,9 @@ class Session {
   static std::string noAnswerText(std::chrono::milliseconds timeout);
 
  private:
-  // Runs the operation on a key of the profile, and repeats it with a fresh key while the key
-  // expired before the operation was done. entry is the beginning of the operation's first line in
-  // the log.
+  // Runs the operation on a key of the profile. When the key expires before the operation is done,
+  // it runs again with a fresh key. entry is the beginning of the operation's first line in the
+  // log.
   void onProfile(int id, const std::string& entry,
                  const std::function<void(const Key&)>& operation) const;
   // Returns the profile as it is after a change. what names the change in the message of a failure.
