@@ -22,7 +22,7 @@ struct CallbackQueue::State {
   std::thread thread GUARDED_BY(mutex);
   std::thread::id runningOn GUARDED_BY(mutex);  // No thread while no callback runs.
   bool isStopped GUARDED_BY(mutex) = false;
-  // From the first callback that was dropped until none waits.
+  // This is set from the first dropped callback until no callback waits.
   bool isOverflowing GUARDED_BY(mutex) = false;
 
   void start(std::shared_ptr<State> self) EXCLUDES(mutex);
@@ -46,7 +46,7 @@ void CallbackQueue::State::start(std::shared_ptr<State> self) {
 void CallbackQueue::State::run() {
   while (Callback callback = takeNext()) {
     callback();
-    // What the callback holds is destroyed before stop() returns.
+    // This destroys the callback's captures before stop() returns.
     callback = nullptr;
     noteReturned();
   }

@@ -33,14 +33,14 @@ class CallbackQueue {
   // The limit of postIfRoom(). A modem that sends faster than the callbacks run fills no memory.
   static constexpr size_t waitingMax = 16384;
 
-  // After stop() this does nothing.
+  // Appends the callback. It does nothing after stop().
   void post(Callback callback);
 
-  // As post(), but drops the callback when waitingMax callbacks wait. A debug line reports the
-  // first that is dropped, and again the first after the queue was empty.
+  // Does the same as post(), but drops the callback when waitingMax callbacks wait. A debug line
+  // reports the first that is dropped, and again the first after the queue was empty.
   void postIfRoom(Callback callback);
 
-  // When it has returned, no callback runs or will run. A call from inside one of the callbacks
+  // Once stop() has returned, no callback runs or will run. A call from inside one of the callbacks
   // does not wait for that one; the thread ends on its own after it.
   void stop();
 

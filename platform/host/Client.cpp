@@ -114,7 +114,7 @@ void Client::acceptResponse(Frame& frame) {
   {
     const MutexLock lock(mutex);
     const auto waiting = waiters.find(frame.transaction);
-    // The sender has given up, or has its response already.
+    // The sender has given up, or already has its response.
     if (waiting == waiters.end() || waiting->second->response) {
       writeDebugLine("message 0x%04X: an answer that nobody waits for dropped", frame.messageId);
       return;

@@ -3,7 +3,7 @@
 
 // One client of the service: a connection, the requests under way on it and its callbacks.
 //
-//   constructed --start--> connected --the modem ends the connection, or talks nonsense--> lost
+//   constructed --start--> connected --the modem ends the connection, or a broken frame--> lost
 //        |                     |                                                            |
 //        +---------------------+---------------------- stop --------------------------------+-->
 //        stopped
@@ -45,19 +45,19 @@ class Client {
   // no thread left.
   void start(ovix_client_type ownHandle) EXCLUDES(mutex);
 
-  // As ovix_client_register_error_cb.
+  // Does the work of ovix_client_register_error_cb.
   void setErrorCallback(ovix_client_error_cb callback, void* data) EXCLUDES(mutex);
 
-  // As ovix_client_send_msg_sync.
+  // Does the work of ovix_client_send_msg_sync.
   ovix_client_error_type send(uint32_t messageId, const void* request, uint32_t requestSize,
                               void* response, uint32_t responseSize, uint32_t timeoutMs)
       EXCLUDES(mutex);
 
-  // As ovix_client_message_decode.
+  // Does the work of ovix_client_message_decode.
   ovix_client_error_type decode(int kind, uint32_t messageId, const void* source,
                                 uint32_t sourceSize, void* target, uint32_t targetSize) const;
 
-  // Ends the connection; senders under way fail. When it has returned, no callback runs or will
+  // Ends the connection; senders under way fail. Once stop() has returned, no callback runs or will
   // run, except the one that called it.
   void stop() EXCLUDES(mutex);
 

@@ -28,7 +28,7 @@ class HandleRegistry {
 
   ovix_client_type add(Entry entry) EXCLUDES(mutex);
 
-  // Null when the handle is not that of a T.
+  // Returns null when the handle is not that of a T.
   template <typename T>
   std::shared_ptr<T> find(ovix_client_type handle) {
     const Entry entry = findAny(handle);
@@ -37,7 +37,7 @@ class HandleRegistry {
   }
 
   // Stops the client or notifier, then forgets the handle. So two threads that release one handle
-  // at the same time both wait for its callback. False when the handle is unknown.
+  // at the same time both wait for its callback. Returns false when the handle is unknown.
   bool release(ovix_client_type handle) EXCLUDES(mutex);
 
  private:

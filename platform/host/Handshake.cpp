@@ -23,12 +23,13 @@ using wire::FrameReader;
 bool sendHello(int fd, wire::Hello hello) {
   const auto frame = wire::encodeFrame(
       {FrameKind::Hello, /*messageId=*/0, /*transaction=*/0, wire::encodeHello(hello)});
-  // The buffer of a fresh socket has room for it, unless the peer is gone.
+  // The buffer of a fresh socket has room for the hello. So the send fails only when the peer is
+  // gone.
   return ::send(fd, frame.data(), frame.size(), MSG_NOSIGNAL | MSG_DONTWAIT) ==
          static_cast<ssize_t>(frame.size());
 }
 
-// Receives the first frame. False when none comes.
+// Receives the first frame. Returns false when none comes.
 bool receiveFrame(int fd, FrameReader& frames, int stopFd, wire::Frame& frame) {
   const pavo::Deadline deadline = pavo::Clock::now() + std::chrono::milliseconds(helloTimeoutMs);
   std::array<uint8_t, 512> bytes;

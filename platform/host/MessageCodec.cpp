@@ -20,7 +20,7 @@ bool hasFlag(const Field& field) {
   return field.flagAt != mandatory && field.flagAt != mandatoryOnSuccess;
 }
 
-// The error of a value, with the field in front.
+// Returns the error of a value, with the field in front.
 CodecError errorAt(uint8_t tag, const CodecError& error) {
   char text[96];
   std::snprintf(text, sizeof text, "field 0x%02X: %s", tag, error.reason.c_str());

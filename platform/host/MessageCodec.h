@@ -15,7 +15,7 @@
 
 namespace ovix {
 
-// A structure or a message does not fit its layout.
+// The reason why a structure or a message does not fit its layout.
 struct CodecError {
   std::string reason;  // in one line
 };
@@ -25,14 +25,15 @@ struct CodecError {
 std::optional<CodecError> encodeMessage(const Layout& layout, const void* structure,
                                         std::vector<uint8_t>& encoded);
 
-// What becomes of a message above the bounds of its structure. Judged: it is an error. Trusted: the
-// structure gets what the message says, a text without its terminator or a count above the
-// elements, as on a platform that trusts its modem. No byte outside the structure is written in
-// either case.
+// The treatment of a message above the bounds of its structure. Judged: such a message is an error.
+// Trusted: the structure gets the message's contents, for instance a text without its terminator or
+// a count above the elements. A platform that trusts its modem behaves like that. No byte outside
+// the structure is written in either case.
 enum class Bounds { Judged, Trusted };
 
-// Fills the structure, layout.size bytes, with zero where the message holds nothing. After an error
-// the structure is all zero. Texts are copied unchanged and terminated; unknown tags are skipped.
+// Fills the layout.size bytes of the structure. A field that the message does not hold is zero.
+// After an error the structure is all zero. Texts are copied unchanged and terminated. Unknown tags
+// are skipped.
 std::optional<CodecError> decodeMessage(const Layout& layout, std::span<const uint8_t> encoded,
                                         void* structure, Bounds bounds = Bounds::Judged);
 

@@ -35,7 +35,7 @@ class Notifier {
   void setCallback(ovix_client_type ownHandle, ovix_client_notify_cb newCallback, void* data)
       EXCLUDES(mutex);
 
-  // When it has returned, no callback runs or will run, except the one that called it.
+  // Once stop() has returned, no callback runs or will run, except the one that called it.
   void stop() EXCLUDES(mutex);
 
  private:
@@ -46,7 +46,7 @@ class Notifier {
 
   // Constant after construction.
   const ovix_service_object_type service;
-  const pavo::UniqueFd stopFd;  // Readable once stop() was called.
+  const pavo::UniqueFd stopFd;  // is readable once stop() was called
 
   CallbackQueue callbacks;
 

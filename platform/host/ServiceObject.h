@@ -15,7 +15,7 @@
 
 namespace ovix {
 
-// How one part of a value is encoded.
+// The encoding of one part of a value.
 enum class PartKind : uint8_t {
   Number,       // width bytes, little-endian
   Text,         // the rest of the value; at most width bytes, zero-terminated in the structure
@@ -31,7 +31,7 @@ struct Part {
 
 // Fields without a valid flag. Any other value of Field::flagAt is the flag's offset.
 inline constexpr uint16_t mandatory = 0xFFFF;
-// Present unless the response's result, which opens the structure, is a failure.
+// The field is present unless the response's result, at the start of the structure, is a failure.
 inline constexpr uint16_t mandatoryOnSuccess = 0xFFFE;
 
 // A list is a two-byte count and that many values, each encoded from the same parts.
@@ -49,7 +49,7 @@ struct Field {
   ListShape list;
 };
 
-// A message in one of its kinds. A size of 0 says that the message has no such kind.
+// A message in one of its kinds. A size of 0 means that the message has no such kind.
 struct Layout {
   uint32_t size;  // of the C structure
   std::span<const Field> fields;
@@ -62,8 +62,8 @@ struct Message {
   Layout indication;
 };
 
-// Changes with every change to the structures above, so that a messaging library never interprets
-// the tables of another build.
+// The version changes with every change to the structures above, so that a messaging library never
+// interprets the tables of another build.
 inline constexpr uint32_t tablesVersion = 2;
 
 }  // namespace ovix

@@ -19,7 +19,8 @@ namespace pavoctl {
 namespace {
 
 void addGlobals(CLI::App& app, CommandLine& line) {
-  // At most one. That there is one is checked last, so that a misspelt one is named.
+  // The parser itself accepts a line without a verb. A missing verb is checked last, so that a
+  // misspelt one is named.
   app.require_subcommand(0, 1);
   app.set_help_all_flag("--help-all", "The help of every command");
   app.set_version_flag("--version", "pavoctl " PAVO_VERSION, "Print the version");
@@ -112,9 +113,9 @@ class Parser {
     }
   }
 
-  // Complains of the first word that the parser has found no place for. This comes before any other
-  // complaint, which may be about the value of a misspelt option that was taken for an argument.
-  // Only a name is repeated: what stands behind a misspelt option may be a password.
+  // Throws for the first word that the parser could not assign. This comes before any other
+  // complaint, because another may be about the value of a misspelt option that was taken for an
+  // argument. Only a name is repeated: the text behind a misspelt option may be a password.
   void refuseStranger() const {
     auto strangers = app.remaining();
     std::erase(strangers, "--");
@@ -130,7 +131,7 @@ class Parser {
                      hint);
   }
 
-  // --name=value and -nvalue without the value.
+  // Returns the option without its value: --name of --name=value, -n of -nvalue.
   static std::string nameIn(const std::string& word) {
     const bool isShort = word.size() > 1 && word[0] == '-' && word[1] != '-';
     return printable(isShort ? word.substr(0, 2) : word.substr(0, word.find('=')));

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: The Pavor Authors
 // SPDX-License-Identifier: Apache-2.0
 
-// What the user asked for.
+// The parsed command line.
 #pragma once
 
 #include <pavo/FilterProfileParams.h>
@@ -23,14 +23,14 @@ class Context;
 struct CommandLine;
 struct Descriptions;
 
-// Does what the command line asks for. Throws UsageError and Failure.
+// Carries out the command line. Throws UsageError and Failure.
 using Action = ExitStatus (*)(const CommandLine& line, Context& context);
 
 struct CommandLine {
-  // When not empty: text to print instead of doing anything.
+  // When this is not empty, it is printed and nothing else is done.
   std::string help;
 
-  std::string description;  // The form of --describe; the text is then in help.
+  std::string description;  // the form of --describe; the text is then in help
 
   std::string verb;
   Action action = nullptr;
@@ -47,14 +47,14 @@ struct CommandLine {
   bool isHeld = false;               // add, import
   std::string file;                  // import
   std::string plmn;                  // import
-  bool isEveryOperator = false;      // import: not only plmn's
+  bool isEveryOperator = false;      // import: entries of every operator, not only those of plmn
   bool isTemporary = false;          // import: not persistent
-  bool isDryRun = false;             // import, and all that change the modem
+  bool isDryRun = false;             // import and every verb that changes the modem
 
-  PolicyCall call;           // The policies
-  std::string elementsFile;  // apn-class, apn-types: more of what is wanted
-  bool isExplained = false;  // list, the policies
-  bool isCheck = false;      // import: look at the file only
+  PolicyCall call;           // the policy verbs
+  std::string elementsFile;  // apn-class, apn-types: a file with further elements
+  bool isExplained = false;  // list and the policy verbs
+  bool isCheck = false;      // import: only check the file
   int keyNumber = 0;         // release, listen; 0: all
   std::string helpTopic;     // help
 
@@ -64,9 +64,9 @@ struct CommandLine {
 
   // Throws UsageError.
   static CommandLine parse(int argc, const char* const* argv);
-  // A line of the shell, which was started with the globals of start.
+  // Parses a line of the shell. start holds the global options of the shell's own command line.
   static CommandLine parseInShell(const std::vector<std::string>& words, const CommandLine& start);
-  // All that these two understand.
+  // Returns the commands and options that both of these accept.
   static Descriptions describe();
 };
 

@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: The Pavor Authors
 // SPDX-License-Identifier: Apache-2.0
 
-// What the verbs work with. One for a process: a verb on the command line has it for itself,
-// several verbs in one process share it, and with it one library, one cache.
+// The objects that the verbs work with. A process has one Context. A shell's verbs share it, and
+// with it one library and one cache.
 #pragma once
 
 #include "Output.h"
@@ -19,22 +19,23 @@ class Context {
  public:
   explicit Context(Output& standardOutput) : output(standardOutput) {}
 
-  // Verbs that stay ask for it before they ask for the session: threads of the library that started
-  // earlier would let the signals end the process.
+  // A verb that waits for a signal calls this before session(). Threads that the library had
+  // started earlier would not have the signals blocked, so a signal would end the process.
   StopSignal& stopSignal();
-  // The same for verbs that change the modem: a signal that comes while the modem is waited for
-  // ends the process with a word on what may be half done. A shell has its own way.
+  // A verb that changes the modem calls this first. A signal that comes while the verb waits for
+  // the modem then ends the process, with a message on what may be half done. In a shell it does
+  // nothing: a shell handles signals itself.
   void obeySignals();
 
-  // Starts the library with the first call's options; later calls get the same session, with their
-  // timeout. Throws Failure when there is no modem; the next call then tries again.
+  // Starts the library with the options of the first call. A later call returns the same session
+  // with its own timeout. Throws Failure when there is no modem; the next call then tries again.
   Session& session(const Session::Options& options);
 
-  // A key that a verb is to hold goes to the shell, when there is one. Says its number there.
+  // Gives the key to the shell and prints its number. Only to be called in a shell.
   void keepKey(Key key, bool isJson) const;
 
   Output& output;
-  KeyRing* keys = nullptr;  // The shell's.
+  KeyRing* keys = nullptr;  // the shell's; null outside of a shell
   bool isShellOver = false;
 
  private:

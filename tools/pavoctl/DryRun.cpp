@@ -9,14 +9,14 @@
 namespace pavoctl {
 namespace {
 
-// The profile as the cache has it.
+// Returns the profile as the cache holds it.
 CachedProfile cachedProfile(const CommandLine& line, Context& context) {
   for (auto& cached : context.session(line.session).snapshot().profiles) {
     if (cached.profile.id == line.profileId) {
       return std::move(cached);
     }
   }
-  // Fails, and says why.
+  // get() throws with the reason, unless the profile has appeared since.
   context.session(line.session).get(line.profileId);
   throw Failure("profile " + std::to_string(line.profileId) + " has just come");
 }
@@ -39,7 +39,7 @@ ExitStatus wouldAdd(const CommandLine& line, Context& context) {
   const CachedProfile profile =
       created(pavo::AddProfileParams(line.attributes, line.isPersistent, line.isInitialAttach));
   Json json = toJson(profile.profile, line.secrets);
-  // The modem chooses it.
+  // The modem chooses the id.
   json.erase("id");
   print(line, context, "a profile would be added",
         Json{{"would", "add"}, {"isPersistent", line.isPersistent}, {"profile", json}});

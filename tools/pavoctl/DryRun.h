@@ -1,14 +1,14 @@
 // SPDX-FileCopyrightText: The Pavor Authors
 // SPDX-License-Identifier: Apache-2.0
 
-// What add, modify and delete would do.
+// Dry runs of add, modify and delete.
 #pragma once
 
 #include "CommandLine.h"
 
 namespace pavoctl {
 
-// Nothing on the modem changes; the first does not even ask it.
+// A dry run changes nothing on the modem. wouldAdd does not even start the library.
 ExitStatus wouldAdd(const CommandLine& line, Context& context);
 ExitStatus wouldModify(const CommandLine& line, Context& context);
 ExitStatus wouldDelete(const CommandLine& line, Context& context);

@@ -1,7 +1,8 @@
 // SPDX-FileCopyrightText: The Pavor Authors
 // SPDX-License-Identifier: Apache-2.0
 
-// How the parts of the tool say that they cannot go on. What becomes one line on standard error.
+// The exceptions with which the tool's parts end a verb. Their text becomes one line on standard
+// error.
 #pragma once
 
 #include <stdexcept>
@@ -26,14 +27,14 @@ class Failure : public std::runtime_error {
   using std::runtime_error::runtime_error;
 };
 
-// The modem has not answered. What it was asked for may be done or not, and asking for more makes
-// no sense.
+// The modem has not answered. The request may have been carried out all the same, and further
+// requests make no sense.
 class NoAnswer : public Failure {
  public:
   using Failure::Failure;
 };
 
-// The tool's own output cannot be written. What was done, is done.
+// The tool's own output cannot be written. The verb's changes to the modem stay.
 class OutputFailure : public Failure {
  public:
   using Failure::Failure;

@@ -42,7 +42,8 @@ bool Hold::letGo(Key key) {
     case Session::Release::deleted:
       break;
     case Session::Release::kept:
-      // Not a failure: what became of the profile meanwhile was somebody else's decision.
+      // This is not a failure: the modem or another client has changed or deleted the profile
+      // meanwhile.
       complain(name +
                " was not this process's to delete any more: the modem or another client has "
                "changed or deleted it");

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: The Pavor Authors
 // SPDX-License-Identifier: Apache-2.0
 
-// What becomes of keys that a verb is to hold.
+// Keeps the keys that a verb is to hold.
 #pragma once
 
 #include "CommandLine.h"
@@ -11,18 +11,20 @@
 
 namespace pavoctl {
 
-// A process that runs one verb stays until it is stopped and then lets go of the keys, one by one,
-// and says of which the modem's profile stays. A shell keeps them. Make it before the library
-// starts.
+// A process that runs one verb waits until it is stopped. Then it releases the keys one by one, and
+// reports each profile that stays on the modem. A shell keeps the keys. Construct this before the
+// library starts.
 class Hold {
  public:
-  // Nothing is held unless the command line says so.
+  // The keys are held only when the command line asks for it.
   Hold(const CommandLine& commandLine, Context& surroundings);
 
   void keep(Key key);
-  // Releases a key that is not to be held. Whether its profile went when it should have gone.
+  // Releases a key that is not to be held. Returns false when its profile should have been deleted
+  // and was not.
   bool letGo(Key key);
-  // When all that the verb has to say is written. Whether everything went as it should.
+  // To be called when the verb has written all its output. Returns false when a profile should have
+  // been deleted and was not.
   bool finish();
 
  private:
@@ -34,7 +36,7 @@ class Hold {
   std::vector<Key> keys;
 };
 
-// What to say when a profile should have gone with its last key.
+// Returns the message for a profile that should have been deleted with its last key.
 std::string couldNotDelete(const std::string& name);
 
 }  // namespace pavoctl

@@ -54,7 +54,7 @@ void printDump(const CommandLine& line, Output& output) {
 
 ExitStatus dump(const CommandLine& line, Context& context) {
   try {
-    // Why there is no session is what the log is wanted for.
+    // The dump is printed without a session too, because the log says why there is none.
     const Patience patience(line.session.timeout, [&]() -> std::string {
       try {
         printDump(line, context.output);

@@ -16,7 +16,7 @@ class Option;
 
 namespace pavoctl {
 
-// Kinds of values that completion knows words for.
+// The kinds of values for which the completion knows words.
 namespace kindOf {
 inline constexpr const char* authType = "AUTH";
 inline constexpr const char* ipType = "IP-TYPE";
@@ -27,18 +27,18 @@ inline constexpr const char* flag = "yes|no";
 
 using Taker = std::function<void(const std::string&)>;
 
-// An option with one value. The value reaches the taker untouched, also an empty one or one that
-// begins with a dash; CLI11's own conversions would change some.
+// Adds an option with one value. The value reaches the taker unchanged, even when it is empty or
+// begins with a dash. CLI11's own conversions would change some values.
 CLI::Option* addValue(CLI::App& app, const std::string& name, const std::string& kind,
                       const std::string& help, Taker take);
 
-// The attributes of a profile, the same for every verb that takes them.
+// Adds the attributes of a profile. They are the same for every verb that takes them.
 void addAttributes(CLI::App& app, pavo::ProfileParams& params);
 
-// Whether only to say what would be done.
+// Adds --dry-run.
 void addDryRun(CLI::App& app, bool& isDryRun);
 
-// A profile's number, as the verb's argument.
+// Adds a profile's number as the verb's argument.
 void addProfileId(CLI::App& app, int& id);
 
 }  // namespace pavoctl

@@ -17,7 +17,7 @@
 namespace pavoctl {
 namespace {
 
-// Of whoever complains.
+// Serialises the tool's lines on standard error.
 std::mutex complaints;
 
 void writeComplaint(std::string_view text) {
@@ -30,8 +30,8 @@ bool isOpen(int fd) { return ::fcntl(fd, F_GETFD) >= 0; }
 
 Output::Output() {
   const bool hasOutput = isOpen(STDOUT_FILENO);
-  // With a standard descriptor closed, the next socket would take its number and somebody's
-  // messages would go to the modem.
+  // While a standard descriptor is closed, the next socket would take its number. Text that some
+  // code writes to that descriptor would then go to the modem.
   for (const int standard : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
     if (!isOpen(standard) && ::open("/dev/null", O_RDWR) != standard) {
       throw Failure("cannot open /dev/null: " + std::string(std::strerror(errno)));
@@ -78,12 +78,14 @@ void complain(std::string_view text) {
 }
 
 void complainAndExit(std::string_view text, int status) {
-  // Never unlocked: a process may take a while to end, and its other threads go on meanwhile.
+  // The lock is never released: the process may take a while to end, and its other threads must not
+  // write meanwhile.
   complaints.lock();
   if (!text.empty()) {
     writeComplaint(text);
   }
-  // Not exit: the library's destructors would wait for what the tool has just given up on.
+  // exit() would run the library's destructors, and they would wait for the call that the tool has
+  // just given up.
   ::_exit(status);
 }
 

@@ -11,8 +11,8 @@ namespace pavoctl {
 // Takes file descriptor 1 for the tool's own text and leaves the null device in its place.
 //
 // The library writes a line of its own to standard output when its worker ends, at process exit or
-// before; between the braces of --json, or behind them, it would spoil what another program parses.
-// Make one, before the library starts.
+// before. That line would spoil the output of --json for the program that parses it. Construct this
+// once, before the library starts.
 class Output {
  public:
   Output();
@@ -20,9 +20,9 @@ class Output {
   Output& operator=(const Output&) = delete;
   ~Output();
 
-  // The text and a line end, at once. Throws OutputFailure when it cannot be written.
+  // Writes the text and a line end at once. Throws OutputFailure when they cannot be written.
   void line(std::string_view text) const;
-  // The text as it is.
+  // Writes the text unchanged. Throws as line() does.
   void write(std::string_view text) const;
 
  private:
@@ -31,7 +31,8 @@ class Output {
 
 // Writes "pavoctl: ", the text and a line end to standard error.
 void complain(std::string_view text);
-// The same as the process's last word: nobody complains after it. An empty text is silence.
+// Writes the process's last line and ends the process. No complaint follows it. An empty text
+// writes nothing.
 [[noreturn]] void complainAndExit(std::string_view text, int status);
 
 }  // namespace pavoctl

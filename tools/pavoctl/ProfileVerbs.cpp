@@ -28,7 +28,7 @@ void printProfile(const CommandLine& line, Output& output, const Profile& profil
   output.write(profileText(json));
 }
 
-// Tells of what is done already: it stays done when the telling fails.
+// Prints a change that the modem has made. A failure to print it does not undo it.
 void tellDone(const std::string& what, const std::function<void()>& tell) {
   try {
     tell();

@@ -25,7 +25,7 @@ bool isStandardInputPipe() {
          (S_ISFIFO(status.st_mode) || S_ISSOCK(status.st_mode));
 }
 
-// False at the end of the input.
+// Returns false at the end of the input.
 bool discardInput() {
   std::array<char, 4096> buffer;
   const ssize_t got = ::read(STDIN_FILENO, buffer.data(), buffer.size());

@@ -1,16 +1,16 @@
 // SPDX-FileCopyrightText: The Pavor Authors
 // SPDX-License-Identifier: Apache-2.0
 
-// Waiting for the user to end a verb that stays.
+// Lets a verb wait until the user stops it.
 #pragma once
 
 #include <optional>
 
 namespace pavoctl {
 
-// Turns SIGINT, SIGTERM and SIGHUP into something to wait for. Make it before the library starts:
-// threads inherit the mask, and a signal that reaches one of them would end the process before
-// profiles are released.
+// Blocks SIGINT, SIGTERM and SIGHUP, and makes them readable from a descriptor. Construct this
+// before the library starts: threads inherit the mask, and a signal that reached an unmasked thread
+// would end the process before profiles are released.
 class StopSignal {
  public:
   StopSignal();
@@ -18,20 +18,20 @@ class StopSignal {
   StopSignal& operator=(const StopSignal&) = delete;
   ~StopSignal();
 
-  // Blocks until a signal came, or the other end of standard input was closed if that is a pipe or
-  // a socket: then the caller is gone or done. /dev/null says nothing of that kind, a terminal has
-  // Ctrl-C.
+  // Blocks until a signal has come. When standard input is a pipe or a socket, the call also
+  // returns when its other end was closed, because the caller is then gone or done. Other inputs
+  // are not watched: /dev/null is always at its end, and a terminal has Ctrl-C.
   void wait();
 
-  // Blocks until a signal came (true), wakeFd is readable or the time is over (false).
+  // Returns true when a signal has come, and false when wakeFd is readable or the time is over.
   bool waitFor(int wakeFd, int timeoutMs) const;
 
-  // Whether a signal came. It stays so until take() has it.
+  // Returns whether a signal has come. It stays so until take() has taken the signal.
   bool hasCome() const;
-  // The signal, which counts as gone from then on; 0 when none came.
+  // Returns the signal and forgets it; 0 when none has come.
   int take() const;
 
-  // Readable when a signal came.
+  // The descriptor is readable when a signal has come.
   int fd() const { return signalFd; }
 
  private:

@@ -49,7 +49,7 @@ std::string flagCell(const Json& profile) {
   return set.empty() ? std::string(absent) : join(set, ",");
 }
 
-// In code points: close enough to columns for names of access points.
+// Counts code points. For names of access points they are close enough to columns.
 std::size_t widthOf(std::string_view text) {
   return static_cast<std::size_t>(std::count_if(text.begin(), text.end(), [](char c) {
     return (static_cast<unsigned char>(c) & 0xC0) != 0x80;

@@ -11,20 +11,20 @@
 
 namespace pavoctl {
 
-// Cells in columns, a line for each row.
+// Returns the cells in aligned columns, with a line for each row.
 std::string aligned(const std::vector<std::vector<std::string>>& rows);
 
-// A header and one line for each profile of a JSON array of profiles. The rarer attributes are in
-// the column FLAGS, or only in profileText().
+// Returns a header and one line for each profile of a JSON array. The rarer attributes stand in the
+// column FLAGS, or appear only in profileText().
 std::string profileTable(const Json& profiles);
 
-// One line "name: value" for each member of a profile's JSON.
+// Returns a line "name: value" for each member of a profile's JSON.
 std::string profileText(const Json& profile);
 
-// "1 profile", "3 profiles".
+// Returns "1 profile", "3 profiles".
 std::string counted(std::size_t count, const std::string& noun);
 
-// "apnName: a -> b, ...", from changes().
+// Returns "apnName: a -> b, ..." for the result of changes().
 std::string changesText(const Json& changes);
 
 }  // namespace pavoctl

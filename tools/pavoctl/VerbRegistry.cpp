@@ -25,7 +25,8 @@ CLI::App& VerbRegistry::add(const Verb& verb, Check check) {
   CLI::App* added = app.add_subcommand(verb.name, verb.help);
   added->fallthrough();
   added->footer("\n" + verb.footer + std::string(footerEnd));
-  // Outlives this object, but not the line.
+  // The callback lives longer than this registry. It refers to the line, and the line lives longer
+  // still.
   added->callback(
       [&parsed = line, name = verb.name, action = verb.action, check = std::move(check)] {
         parsed.verb = name;

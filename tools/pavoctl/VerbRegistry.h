@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: The Pavor Authors
 // SPDX-License-Identifier: Apache-2.0
 
-// Where the verbs' rooms declare what they can do.
+// The registry in which each room declares its verbs.
 #pragma once
 
 #include "CommandLine.h"
@@ -20,18 +20,18 @@ class VerbRegistry {
   struct Verb {
     std::string name;
     std::string help;
-    std::string footer;  // What else there is to say, and examples.
+    std::string footer;  // further help and examples
     Action action;
   };
-  // Looks at the line as a whole, when it has been read and is the verb's; may throw UsageError.
+  // Checks the whole line when it has been read and the verb is its verb. It may throw UsageError.
   using Check = std::function<void()>;
 
   VerbRegistry(CLI::App& parser, CommandLine& parsed) : line(parsed), app(parser) {}
 
-  // The verb's options are to be added to what it returns, and to write into line.
+  // Returns the verb's parser. The caller adds options to it, and they write into line.
   CLI::App& add(const Verb& verb, Check check = {});
 
-  // The footer that the verb was declared with.
+  // Returns the footer with which the verb was declared.
   static std::string footerOf(const CLI::App& verb);
 
   CommandLine& line;

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: The Pavor Authors
 // SPDX-License-Identifier: Apache-2.0
 
-// The verbs, by the rooms that declare and do them.
+// The functions with which each room declares its verbs.
 #pragma once
 
 #include "VerbRegistry.h"
@@ -15,6 +15,6 @@ void declareLibraryVerbs(VerbRegistry& verbs);  // refresh, dump, watch
 void declareInspection(VerbRegistry& verbs);    // verify, usage
 void declareImport(VerbRegistry& verbs);
 void declareShell(VerbRegistry& verbs);
-void declareShellVerbs(VerbRegistry& verbs);  // What only the shell knows: keys and so on.
+void declareShellVerbs(VerbRegistry& verbs);  // the verbs that exist in the shell only, as keys
 
 }  // namespace pavoctl

@@ -17,10 +17,11 @@ namespace {
 
 using namespace pavoctl;
 
-// The library's end waits for a request in progress, which takes a second when the modem hangs.
+// The library's end waits for a request in progress. Such a request takes a second when the modem
+// hangs.
 constexpr std::chrono::milliseconds exitTimeMax{1500};
 
-// What the process is to end with. Sets the timeout once the library may have been started.
+// Returns the exit status of the process. Sets the timeout once the library may have been started.
 ExitStatus run(int argc, const char* const* argv, std::chrono::milliseconds& timeout) {
   try {
     Output output;
@@ -44,10 +45,12 @@ ExitStatus run(int argc, const char* const* argv, std::chrono::milliseconds& tim
 }  // namespace
 
 int main(int argc, char** argv) {
-  // A reader that has gone is reported like any other output that cannot be written.
+  // With SIGPIPE ignored, a reader that has gone is reported like any other output that cannot be
+  // written.
   std::signal(SIGPIPE, SIG_IGN);
-  // A host's diagnostic channel is standard error unless it is told otherwise, and standard error
-  // is for the tool's one line. A device has a channel of its own and does not look at this.
+  // A host's diagnostic channel writes to standard error unless this variable names a file, and
+  // standard error is for the tool's one line. A device has a channel of its own and does not read
+  // the variable.
   ::setenv("PAVO_DIAG_FILE", "/dev/null", /*overwrite=*/0);
   std::chrono::milliseconds timeout{0};
   const ExitStatus status = run(argc, argv, timeout);

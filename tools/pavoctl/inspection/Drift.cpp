@@ -20,7 +20,8 @@ Json typeJson(const std::optional<pavo::IPType>& type) {
   return name ? Json(*name) : Json(static_cast<int>(*type));
 }
 
-// All that can differ: also what the library uses and does not hand out.
+// Returns everything that can differ. This includes settings that the library uses and does not
+// hand out.
 Json contentsOf(const CachedProfile& cached, Secrets secrets) {
   Json json = toJson(cached.profile, secrets);
   json["commonIPType"] = typeJson(cached.settings.commonIPType);
@@ -96,7 +97,7 @@ Drift compare(const Snapshot& cache, const Snapshot& modem, Secrets secrets) {
     if (++count[id] > 1) {
       byId[id] = entry(profile, "twice");
     } else if (real == onModem.end()) {
-      // It may be one of those that could not be read.
+      // The profile may be one of those that could not be read.
       if (modem.unreadable == 0) {
         byId[id] = entry(profile, "missing");
       }

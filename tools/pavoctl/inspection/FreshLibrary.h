@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: The Pavor Authors
 // SPDX-License-Identifier: Apache-2.0
 
-// A second library in this process, with a cache of its own: the modem's own word.
+// A second instance of the library in this process. Its own cache shows the modem's present state.
 #pragma once
 
 #include "session/Session.h"
@@ -15,8 +15,8 @@ class FreshLibrary {
  public:
   explicit FreshLibrary(const Session::Options& sessionOptions);
 
-  // Reads all profiles from the modem. Throws NoAnswer when that cannot be done in time; a wait
-  // for longer ends the process.
+  // Reads all profiles from the modem. Throws NoAnswer when the library cannot read them in time. A
+  // call that blocks for longer ends the process.
   Snapshot read();
 
  private:

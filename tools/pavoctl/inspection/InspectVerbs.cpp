@@ -44,7 +44,7 @@ ExitStatus verify(const CommandLine& line, Context& context) {
     return compare(Snapshot::takeOf(pavo::Manager::getInstance()), modem, line.secrets);
   };
   Drift drift = look();
-  // What the modem tells is on its way for a while.
+  // The modem's indications reach the cache with a delay.
   while ((!drift.isNone() || modem.unreadable > 0) && std::chrono::steady_clock::now() < deadline) {
     std::this_thread::sleep_for(lookInterval);
     modem = fresh.read();
@@ -65,7 +65,7 @@ ExitStatus verify(const CommandLine& line, Context& context) {
   return drift.isNone() ? exitDone : exitFailed;
 }
 
-// By profile: only a shell has any.
+// Returns the number of known keys of each profile. Only a shell has keys.
 std::map<int, int> keysOf(const Context& context) {
   std::map<int, int> count;
   if (context.keys != nullptr) {

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: The Pavor Authors
 // SPDX-License-Identifier: Apache-2.0
 
-// What the slots of the modem's table are taken for.
+// The use of the slots of the modem's table.
 #pragma once
 
 #include "session/Snapshot.h"
@@ -12,8 +12,8 @@
 
 namespace pavoctl {
 
-// The table's size is not known through the library; with it, the free slots are told too. Keys are
-// counted by profile.
+// The library does not say how large the table is. When the capacity is given, the free slots are
+// reported too. Keys are counted by profile.
 Json usageOf(const Snapshot& snapshot, const std::map<int, int>& keys, std::optional<int> capacity);
 
 std::string usageText(const Json& usage);

@@ -36,7 +36,7 @@ std::shared_ptr<int> makeWakeFd() {
           }};
 }
 
-// UTC, as in 2026-11-21T03:00:00.123Z.
+// Returns the time in UTC, as in 2026-11-21T03:00:00.123Z.
 std::string timeNow() {
   const auto now = std::chrono::system_clock::now();
   const std::time_t seconds = std::chrono::system_clock::to_time_t(now);
@@ -53,7 +53,8 @@ std::string timeNow() {
 
 }  // namespace
 
-// What a listener may touch. Shared with it, because it may run until its key is gone.
+// The state that a listener uses. The listener shares its ownership, because it may run until its
+// key has gone.
 class Watch::Alarm {
  public:
   explicit Alarm(std::shared_ptr<int> fd) : wakeFd(std::move(fd)) {}
@@ -61,7 +62,7 @@ class Watch::Alarm {
   void ring() {
     isRung = true;
     const std::uint64_t one = 1;
-    // It can only fail when it is full of wake-ups that nobody has taken yet.
+    // The write fails only when the counter is full of wake-ups that have not been read yet.
     [[maybe_unused]] const auto written = ::write(*wakeFd, &one, sizeof one);
   }
   bool hasRung() const { return isRung; }
@@ -108,7 +109,7 @@ void Watch::look() {
   }
   const bool isRetryDue = unreadable > 0 && std::chrono::steady_clock::now() >= retryTime;
   if (dump.hasLostList() || (isCurrent && isRetryDue)) {
-    // The modem is there but has not answered; the library leaves it at that.
+    // The modem is there but has not answered. The library does not try again by itself.
     Manager::getInstance().refresh(pavo::PDC_REFRESH_COMPLETED);
     retryInterval = std::min(2 * retryInterval, retryIntervalMax);
     retryTime = std::chrono::steady_clock::now() + retryInterval;
@@ -130,7 +131,8 @@ void Watch::notice(const Dump& dump) {
   if (isNew(lastWaiting, message::waitingForService)) {
     print(Json{{"event", "modem-lost"}}, "the modem is lost, waiting for it");
   }
-  // A long list pushes the lines about it out of the log; then the cache shows that there is one.
+  // Reading a long list pushes the line about the list out of the log. Then new contents of the
+  // cache show that the list was read.
   const bool isNewCache = !dump.cache.empty() && dump.cache != scannedCache;
   const bool wasCurrent = isCurrent;
   isCurrent = dump.hasModemsProfiles().value_or(isCurrent || isNewCache);
@@ -159,7 +161,7 @@ bool Watch::scan() {
     return false;
   }
   const Dump dump = Session::dump();
-  // What was collected while the modem went away may be a part only.
+  // A list that was collected while the modem went away may be incomplete.
   if (!dump.hasModemsProfiles().value_or(true)) {
     return false;
   }
@@ -180,7 +182,8 @@ bool Watch::collect(SeenById& now) {
       now[id] = known->second;
       continue;
     }
-    // First the listener, then the contents: a change in between rings.
+    // The listener is registered before the contents are read, so a change in between rings the
+    // alarm.
     const auto alarm = std::make_shared<Alarm>(wakeFd);
     key->registerExpirationListener([alarm] { alarm->ring(); });
     auto params = Manager::getInstance().getProfile(key);

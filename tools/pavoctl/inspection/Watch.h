@@ -16,11 +16,11 @@
 
 namespace pavoctl {
 
-// Two things tell that something has changed. Expiration listeners run when a profile that is known
-// goes or changes; they run on the library's worker thread, must not call the library, and only
-// wake the main thread. For a profile that is new there is no listener yet, so the cache's dump is
-// looked at now and then: that asks neither the worker nor the modem, writes no log line and takes
-// no key. Either way the profiles are then listed again and compared with what was there before.
+// Two sources show that something has changed. Expiration listeners run when a known profile is
+// deleted or changed. They run on the library's worker thread, must not call the library, and only
+// wake the main thread. A new profile has no listener yet, so the cache's dump is read at
+// intervals. Reading it uses neither the worker nor the modem, writes no log line and takes no key.
+// After either, the profiles are listed again and compared with the earlier list.
 class Watch {
  public:
   Watch(Session& watched, Output& out, bool asJson, Secrets secretsShown);
@@ -28,7 +28,7 @@ class Watch {
   Watch& operator=(const Watch&) = delete;
   ~Watch();
 
-  // Until a signal comes.
+  // Runs until a signal comes.
   void run(StopSignal& stop);
 
  private:
@@ -37,14 +37,15 @@ class Watch {
   struct Seen {
     Profile profile;
     Key key;
-    std::shared_ptr<Alarm> alarm;  // Rings when the profile that key stands for has expired.
+    std::shared_ptr<Alarm> alarm;  // rings when the profile of the key has expired
   };
   using SeenById = std::map<int, Seen>;
 
   void look();
   void notice(const Dump& dump);
   void noticeUnreadable(const Dump& dump);
-  // False when the profiles changed meanwhile: it has to be done again.
+  // Both return false when the profiles changed or the modem was lost meanwhile. The caller then
+  // repeats the call.
   bool scan();
   bool collect(SeenById& now);
   void compare(const SeenById& now);
@@ -59,9 +60,10 @@ class Watch {
   SeenById seen;
   std::vector<std::string> scannedCache;
   bool isScanDue = true;
-  // Between the modem's loss and the next list of profiles the cache says nothing about the modem.
+  // isCurrent is false from the loss of the modem to the next list of profiles. Meanwhile the cache
+  // says nothing about the modem.
   bool isCurrent = true;
-  // The library does not try again to read a profile that it could not read; it does with a
+  // The number of profiles that the library could not read. It tries to read them again only at a
   // refresh.
   std::size_t unreadable = 0;
   std::chrono::milliseconds retryInterval{0};

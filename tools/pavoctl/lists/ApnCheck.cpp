@@ -12,7 +12,7 @@
 namespace pavoctl {
 namespace {
 
-// Values that are quoted in a finding are cut where they get long.
+// A long value is cut where a finding quotes it.
 std::string shown(const std::string& value) {
   constexpr std::size_t shownMax = 60;
   return quoted(value.size() > shownMax ? value.substr(0, shownMax) + "..." : value);
@@ -23,7 +23,7 @@ std::size_t indexIn(const Range& range, typename Range::const_iterator at) {
   return static_cast<std::size_t>(std::distance(range.begin(), at));
 }
 
-// The names and values of elements and attributes, each for itself.
+// Checks the names and values of elements and attributes, each by itself.
 class FormCheck {
  public:
   FormCheck(const FormatRules& formatRules, std::vector<Finding>& results)
@@ -60,7 +60,7 @@ class FormCheck {
         find(element.line, "unknown",
              "unknown attribute " + quoted(name) + suggestion(name, known));
       } else if (const auto wrong = rule.attributes[indexIn(known, attribute)].rule(value)) {
-        // A password does not belong on the screen.
+        // A password must not appear on the screen.
         find(element.line, "value",
              name + (name == "password" ? "" : " " + shown(value)) + " " + *wrong);
       }
@@ -103,7 +103,7 @@ class FormCheck {
   std::vector<Finding>& findings;
 };
 
-// What the entries say, each for itself and compared with the earlier ones of the same networks.
+// Checks the entries, each by itself and against the earlier entries of the same networks.
 class EntryCheck {
  public:
   explicit EntryCheck(std::vector<Finding>& results) : findings(results) {}
@@ -151,7 +151,7 @@ class EntryCheck {
     }
   }
 
-  // All but the carrier, which is for people.
+  // Every attribute counts but the carrier, because that is for people.
   static std::string contentsOf(const ApnEntry& entry) {
     std::vector<std::string> parts;
     for (const auto& [name, value] : entry.attributes) {

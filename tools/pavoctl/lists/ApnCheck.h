@@ -14,11 +14,11 @@ namespace pavoctl {
 struct Finding {
   unsigned long line = 0;
   const char* kind =
-      "";  // For programs: unknown, missing, value, text, duplicate, case, credentials.
+      "";  // for programs: unknown, missing, value, text, duplicate, case, credentials
   std::string text;
 };
 
-// By line. root is the file, entries is what readApnFile() makes of it.
+// Returns the findings by line. root is the file, and entries is the result of readApnFile().
 std::vector<Finding> checkApnList(const XmlElement& root, const std::vector<ApnEntry>& entries);
 
 }  // namespace pavoctl

@@ -2,7 +2,7 @@
 // SPDX-License-Identifier: Apache-2.0
 
 // Reads lists of access points: Android's <apns><apn carrier=".." mcc=".." mnc=".." apn=".." .../>
-// </apns> and GNOME's <serviceproviders>. The root element tells which one it is.
+// </apns> and GNOME's <serviceproviders>. The root element shows the format.
 #pragma once
 
 #include "lists/Xml.h"
@@ -14,27 +14,28 @@
 
 namespace pavoctl {
 
-// One access point. Whatever the format, it has the names and values of Android's attributes; what
-// only the other format has keeps its own name.
+// One access point. In both formats it has the names and values of Android's attributes. A setting
+// that exists in the other format only keeps its own name.
 struct ApnEntry {
   unsigned long line = 0;
   std::vector<std::pair<std::string, std::string>> attributes;
-  // MCC and MNC together, of every network that it is for; none when it does not say that properly.
+  // MCC and MNC together, for each network of the entry. The list is empty when the file does not
+  // name them properly.
   std::vector<std::string> networks{};
-  std::string provider{};            // The operator's name, where the format has it.
-  std::vector<std::string> notes{};  // What could not be taken over as it stands.
+  std::string provider{};            // the operator's name, where the format has it
+  std::vector<std::string> notes{};  // the settings that could not be taken over unchanged
 
-  // Empty when the entry does not have it.
+  // Returns "" when the entry does not have the attribute.
   std::string valueOf(const std::string& name) const;
   bool has(const std::string& name) const;
   bool isOf(const std::string& plmn) const;
 };
 
-// Something at a line of the file that the reader or the mapping has to say.
+// A remark of the reader or the mapping on a line of the file.
 struct Remark {
   unsigned long line = 0;
   std::string text;
-  // The operator's that it is about; nothing when it is about the file.
+  // The networks of the operator that the remark concerns; nothing when it concerns the file.
   std::optional<std::vector<std::string>> networks{};
 
   bool isOf(const std::string& plmn) const;
@@ -42,20 +43,20 @@ struct Remark {
 
 struct ApnFile {
   std::vector<ApnEntry> entries;
-  std::vector<Remark> remarks;  // Elements and text that nothing is made of.
+  std::vector<Remark> remarks;  // elements and text that are not used
 };
 
-// The file as it stands. Throws Failure with one line that names the file when it cannot be used:
-// see readXml().
+// Returns the file's elements. Throws Failure with one line that names the file when it cannot be
+// used: see readXml().
 XmlElement readApnXml(const std::string& path);
 bool isAndroid(const XmlElement& root);
 
-// What is in it for profiles.
+// Returns the access points of the file, and the remarks on it.
 ApnFile apnFileOf(const XmlElement& root);
-// Both. Throws Failure as well.
+// Reads the file and returns its access points. Throws Failure as readApnXml() does.
 ApnFile readApnFile(const std::string& path);
 
-// MCC and MNC together; empty when they are not three and two or three digits.
+// Returns MCC and MNC together, or "" when they are not three and two or three digits.
 std::string plmnOf(const std::string& mcc, const std::string& mnc);
 
 }  // namespace pavoctl

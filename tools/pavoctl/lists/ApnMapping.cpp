@@ -16,8 +16,8 @@
 namespace pavoctl {
 namespace {
 
-// What "*" stands for: the types that need not be named one by one. Voice, initial attach,
-// emergency and the like are only meant by an entry that says so.
+// The types that "*" stands for. Voice, initial attach, emergency and the like are not among them:
+// an entry has to name them.
 constexpr unsigned wildcardTypes =
     pavo::DEFAULT | pavo::MMS | pavo::SUPL | pavo::DUN | pavo::HIPRI | pavo::FOTA | pavo::CBS;
 
@@ -49,7 +49,7 @@ class Mapping {
     }
   }
 
-  // The text, or nothing when it is absent or empty, which the format does not tell apart.
+  // Returns nothing when the text is absent or empty. The format does not distinguish the two.
   std::optional<std::string> textOf(const std::string& name, std::size_t bytesMax) {
     std::string text = entry.valueOf(name);
     if (text.size() > bytesMax) {
@@ -131,7 +131,7 @@ class Mapping {
     }
   }
 
-  // Nothing when the attribute is absent, or is not a flag, which is noted.
+  // Returns nothing when the attribute is absent or is not a flag. The latter is noted.
   std::optional<bool> flagOf(const std::string& name) {
     const std::string value(trimmed(entry.valueOf(name)));
     if (value.empty()) {
@@ -152,7 +152,7 @@ class Mapping {
   }
 
   void mapClat() {
-    // -1 leaves the matter to the device.
+    // -1 leaves the decision to the device.
     if (trimmed(entry.valueOf("skip_464xlat")) == "-1") {
       return;
     }
@@ -167,7 +167,7 @@ class Mapping {
       return;
     }
     try {
-      // 0 is how the format says that there is no limit.
+      // In this format 0 means that there is no limit.
       if (const auto number = parseNumber(name, value, 0, pdnValueMax); number != 0) {
         (mapped.params.*set)(static_cast<int>(number));
       }

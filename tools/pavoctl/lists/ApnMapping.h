@@ -15,15 +15,16 @@ namespace pavoctl {
 
 struct MappedApn {
   pavo::ProfileParams params;
-  // One sentence for what the profile could not take over; nothing is dropped without one.
+  // Each setting that the profile could not take over has one sentence here.
   std::vector<std::string> notes;
-  // Why no profile can be made of the entry; empty when one can.
+  // The reason why no profile can be made of the entry; empty when one can.
   std::string refusal;
 };
 
-// Attributes that are absent mean what Android makes of them: no or an empty type every type but
-// the special ones (as "*" does), no protocol IP, no authtype PAP or CHAP when there is a user
-// name. The carrier's name is for people only: the profile's own name is the library's mark.
+// Absent attributes mean the same as on Android. No type or an empty type means every type but the
+// special ones, as "*" does. No protocol means IP. No authtype means PAP or CHAP when there is a
+// user name. The carrier's name is not taken over, because the profile's own name is the library's
+// mark.
 MappedApn mapApn(const ApnEntry& entry);
 
 }  // namespace pavoctl

@@ -78,7 +78,8 @@ Wrong text(std::string_view value) {
   return std::nullopt;
 }
 
-// Labels of letters, digits and hyphens, joined by dots; some operators have an underscore.
+// A name has labels of letters, digits and hyphens, joined by dots. Some operators use an
+// underscore.
 Wrong apnName(std::string_view value) {
   constexpr std::size_t labelBytesMax = 63;
   constexpr std::string_view possible =
@@ -141,7 +142,8 @@ Wrong countryCode(std::string_view value) {
   return isCode ? std::nullopt : Wrong("is not a country's two letters");
 }
 
-// How many letters have to be put in, left out, changed or swapped to make one of the other.
+// Returns how many letters have to be inserted, removed, replaced or swapped to turn one word into
+// the other.
 std::size_t distance(std::string_view a, std::string_view b) {
   std::vector<std::vector<std::size_t>> cost(a.size() + 1,
                                              std::vector<std::size_t>(b.size() + 1, 0));
@@ -270,7 +272,7 @@ const FormatRules& gnomeRules() {
 std::string suggestion(std::string_view name, const std::vector<std::string_view>& known) {
   const std::string wanted = lowerCase(name);
   std::string_view nearest;
-  // More mistakes than a third of the letters make another word.
+  // A known name is suggested when at most a third of the letters, and one more, are wrong.
   std::size_t nearestDistance = name.size() / 3 + 2;
   for (const auto candidate : known) {
     if (const auto steps = distance(wanted, lowerCase(candidate)); steps < nearestDistance) {

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: The Pavor Authors
 // SPDX-License-Identifier: Apache-2.0
 
-// What may stand in an APN list.
+// The elements, attributes and values that an APN list may hold.
 #pragma once
 
 #include <optional>
@@ -11,7 +11,7 @@
 
 namespace pavoctl {
 
-// What is wrong with a value; nothing when it is possible.
+// Returns the fault of a value, or nothing when the value is possible.
 using ValueRule = std::optional<std::string> (*)(std::string_view value);
 
 struct AttributeRule {
@@ -29,7 +29,7 @@ struct ElementRule {
   std::string_view name;
   std::vector<AttributeRule> attributes;
   std::vector<ChildRule> children;
-  ValueRule text = nullptr;  // None: no text belongs there.
+  ValueRule text = nullptr;  // null: the element holds no text
 };
 
 using FormatRules = std::vector<ElementRule>;
@@ -37,7 +37,7 @@ using FormatRules = std::vector<ElementRule>;
 const FormatRules& androidRules();
 const FormatRules& gnomeRules();
 
-// ", did you mean 'protocol'?" when one of the known names is close to that; else empty.
+// Returns ", did you mean 'protocol'?" when one of the known names is close to name, else "".
 std::string suggestion(std::string_view name, const std::vector<std::string_view>& known);
 
 }  // namespace pavoctl

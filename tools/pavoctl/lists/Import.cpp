@@ -17,9 +17,9 @@
 namespace pavoctl {
 namespace {
 
-// A modem that refuses so many profiles in a row has no room for another one.
+// So many refusals in a row show that the modem has no room for another profile.
 constexpr int refusalsInARowMax = 3;
-// What the largest modem has room for.
+// The number of profiles that the largest modem has room for.
 constexpr std::size_t profilesMax = 255;
 
 class Import {
@@ -35,7 +35,8 @@ class Import {
   ExitStatus run() {
     Hold hold(line, context);
     if (!line.isDryRun) {
-      // Persistent profiles stay when the import is interrupted, so it has to say how far it came.
+      // Persistent profiles stay when the import is interrupted, so it has to report how far it
+      // came.
       stop = &context.stopSignal();
       session = &context.session(line.session);
     }
@@ -82,7 +83,7 @@ class Import {
     progress.clear();
   }
 
-  // What is to be said about the file and the operator.
+  // Prints the remarks on the file and the operator.
   void noteFile() {
     for (const auto& remark : file.remarks) {
       if (line.isEveryOperator || remark.isOf(line.plmn)) {
@@ -155,7 +156,7 @@ class Import {
     }
   }
 
-  // Where the same profile is already: in an earlier line, or on the modem.
+  // Returns where the same profile already is: in an earlier line, or on the modem.
   std::optional<std::string> placeOf(const pavo::ProfileParams& params, const ApnEntry& entry) {
     const auto [earlier, isNew] = lineOfProfile.emplace(
         toJson(params, Secrets::shown)
@@ -170,7 +171,8 @@ class Import {
     pavo::FilterProfileParams filter(params);
     filter.setFilterByIsPavoProfile(true);
     for (const auto& profile : session->list(filter).profiles) {
-      // The filter does not ask for the absence of attributes, and credentials make a difference.
+      // The filter does not compare attributes that params lacks, but a profile with other
+      // credentials is not the same.
       if (profile.params.getUserName() == params.getUserName() &&
           profile.params.getPassword() == params.getPassword()) {
         return "on the modem as profile " + std::to_string(profile.id);
@@ -213,7 +215,7 @@ class Import {
     }
   }
 
-  // "; 12 imported, 1290 from line 345 on not done", for what ends the import early.
+  // Returns "; 12 imported, 1290 from line 345 on not done" for the message of an early end.
   std::string account() const {
     std::string text = "; " + std::to_string(imported.size()) +
                        (line.isDryRun ? " would be imported" : " imported");
@@ -262,10 +264,10 @@ class Import {
   const std::vector<const ApnEntry*> entries;
   Progress progress;
   StopSignal* stop = nullptr;
-  Session* session = nullptr;  // None in a dry run.
-  std::size_t done = 0;        // Entries whose fate is known.
+  Session* session = nullptr;  // null in a dry run
+  std::size_t done = 0;        // entries that were imported, refused or skipped
   int refusalsInARow = 0;
-  std::string stopReason;  // Not empty: the rest is not tried.
+  std::string stopReason;  // Once this is not empty, no further entry is tried.
   std::map<std::string, unsigned long> lineOfProfile;
   Json imported = Json::array();
   Json refused = Json::array();

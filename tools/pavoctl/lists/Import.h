@@ -8,7 +8,7 @@
 
 namespace pavoctl {
 
-// Throws Failure for a file that cannot be used; entries that are refused are reported one by one.
+// Throws Failure for a file that cannot be used. Refused entries are reported one by one.
 ExitStatus importFile(const CommandLine& line, Context& context);
 
 }  // namespace pavoctl

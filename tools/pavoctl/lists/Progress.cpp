@@ -11,7 +11,7 @@
 namespace pavoctl {
 namespace {
 
-// Often enough to be seen moving, too seldom to slow the work down.
+// The interval is short enough to show progress and long enough not to slow the work down.
 constexpr std::chrono::milliseconds interval{100};
 
 }  // namespace

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: The Pavor Authors
 // SPDX-License-Identifier: Apache-2.0
 
-// How far long work has come, on a terminal.
+// The progress of long work, on a terminal.
 #pragma once
 
 #include <chrono>
@@ -10,8 +10,8 @@
 
 namespace pavoctl {
 
-// One line on standard error that is written over and over, and wiped away at the end. Says nothing
-// when standard error is not a terminal.
+// Writes one line on standard error over and over, and wipes it away at the end. When standard
+// error is not a terminal, it writes nothing.
 class Progress {
  public:
   Progress(std::string task, std::size_t total);
@@ -20,7 +20,7 @@ class Progress {
   ~Progress();
 
   void show(std::size_t done);
-  // Before anything else is written to the terminal.
+  // To be called before any other text is written to the terminal.
   void clear();
 
  private:

@@ -17,7 +17,7 @@ struct Word {
   std::string_view ours;
 };
 
-// An access point without a usage carries data and nobody knows what else.
+// An access point without a usage carries data, and the file does not say for which other uses.
 constexpr const char* typesOfNoUsage = "default";
 constexpr std::array usages{
     Word{"internet", "default,supl"},
@@ -40,7 +40,7 @@ std::string valueOf(const XmlElement& element, const std::string& attribute) {
   return value == nullptr ? std::string() : *value;
 }
 
-// What the element says, in its text or in its first attribute.
+// Returns the element's text, or the value of its first attribute when it has no text.
 std::string contentOf(const XmlElement& element) {
   std::string text(trimmed(element.text));
   return text.empty() && !element.attributes.empty() ? element.attributes.front().second : text;
@@ -164,12 +164,13 @@ class Providers {
         entry.notes.push_back("authentication " + quoted(method) + " has no counterpart");
       }
     } else if (element.name != "name" && element.name != "usage") {
-      // No attribute of Android's is called like that: the mapping finds no place for it.
+      // Android has no attribute with angle brackets in its name, so the mapping notes that the
+      // profile has no place for it.
       entry.attributes.emplace_back("<" + element.name + ">", contentOf(element));
     }
   }
 
-  // Around the text of an element blanks are layout.
+  // Blanks around the text of an element are layout.
   static std::string textOf(const XmlElement& element, ApnEntry& entry) {
     const std::string_view text = trimmed(element.text);
     if (text != element.text) {
@@ -186,7 +187,7 @@ class Providers {
       entry.notes.push_back("usage " + quoted(usage) + " has no type of its own: taken as default");
       return typesOfNoUsage;
     }
-    // The mapping says that there is no such type, and refuses it when it is the only one.
+    // The mapping notes that there is no such type, and refuses the entry when it is the only one.
     return usage;
   }
 
@@ -198,7 +199,7 @@ class Providers {
     }
   }
 
-  // The one that is in no particular language, or the first.
+  // Returns the name that is in no particular language, or else the first name.
   static std::string nameOf(const XmlElement& element) {
     const XmlElement* name = element.child("name");
     for (const XmlElement& candidate : element.children) {
@@ -211,7 +212,7 @@ class Providers {
   }
 
   ApnFile file;
-  // Those of the provider that is being read.
+  // The provider that is being read, and its networks.
   std::string provider;
   std::optional<std::vector<std::string>> networks;
 };

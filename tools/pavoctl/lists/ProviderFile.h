@@ -9,9 +9,9 @@
 
 namespace pavoctl {
 
-// Every <apn> becomes an entry in the words of Android's list. Its usage becomes APN types; the
-// entry's networks are those of its operator. What is neither an access point nor leads to one is
-// remarked.
+// Every <apn> becomes an entry in the words of Android's list. Its usage becomes APN types, and the
+// entry's networks are those of its operator. Elements that neither are an access point nor lead to
+// one are remarked.
 ApnFile readProviders(const XmlElement& root);
 
 }  // namespace pavoctl

@@ -22,8 +22,8 @@ namespace {
 constexpr std::size_t fileBytesMax = std::size_t{16} << 20;
 constexpr std::size_t depthMax = 32;
 
-// Whether a piece of markup refers to an entity that XML does not define itself. Bytes of 0 are
-// skipped, so that it finds them in UTF-16 too.
+// Returns whether a piece of markup refers to an entity that XML does not define itself. Bytes of 0
+// are skipped, so that it finds them in UTF-16 too.
 bool hasForeignReference(std::string_view markup) {
   std::string text(markup);
   text.erase(std::remove(text.begin(), text.end(), '\0'), text.end());
@@ -107,8 +107,8 @@ class Reader {
     }
   }
 
-  // In a document with an outer document type the parser leaves references that it does not know
-  // out of attributes, without a word.
+  // In a document with an outer document type the parser silently leaves unknown references out of
+  // attributes.
   void refuseForeignReferences() {
     int offset = 0;
     int size = 0;
@@ -129,7 +129,7 @@ class Reader {
     if (open.size() == depthMax) {
       refuse("elements nested too deep");
     }
-    // What follows a refusal is of no interest.
+    // The reader ignores the rest of the file after a refusal.
     if (!refusal.empty()) {
       return;
     }
@@ -154,7 +154,7 @@ class Reader {
     }
     XmlElement& element = *open.back();
     element.text += characters;
-    // The parser hands a run of text over in pieces, one for each line at least.
+    // The parser hands over a run of text in pieces, with one for each line at least.
     if (element.textLine == 0 && !trimmed(characters).empty()) {
       element.textLine = line();
     }
@@ -184,8 +184,8 @@ class Reader {
   const std::vector<std::string>& rootNames;
   const std::unique_ptr<std::remove_pointer_t<XML_Parser>, decltype(&XML_ParserFree)> parser;
   XmlElement root;
-  // The elements that have begun and not ended. Only the last one gets children, so that none of
-  // them moves.
+  // The elements that have begun and not ended. Only the last one gets children, so none of them
+  // moves.
   std::vector<XmlElement*> open;
   std::string refusal;
   unsigned long refusalLine = 0;

@@ -10,8 +10,8 @@
 namespace pavoctl {
 namespace {
 
-// What does not depend on the tool's options. Words are separated by blanks; none of the tool's has
-// one, or anything else that the shell would expand.
+// The part of the script that does not depend on the tool's options. Blanks separate the words.
+// The tool's words hold no blank and no character that the shell would expand.
 constexpr const char* body = R"sh(
 _pavoctl() {
   local current=${COMP_WORDS[COMP_CWORD]} option='' verb='' words='' files='' i
@@ -71,7 +71,7 @@ std::string assignment(const OptionDescription& option) {
   return isFile(option) ? "files=1" : "words=" + quotedWords(join(option.values, " "));
 }
 
-// "--timeout|--auth": every option that takes a value, whatever the command.
+// Returns "--timeout|--auth", with every option of every command that takes a value.
 std::string valueOptions(const Description& program) {
   std::set<std::string> names;
   const auto collect = [&](const Options& options) {

@@ -37,7 +37,7 @@ std::vector<std::string> valuesOf(const std::string& kind) {
   if (kind == kindOf::apnTypes) {
     return listed(apnTypeNames() + ",NONE", ",");
   }
-  // Alternatives that the kind itself names; one in capitals stands for what the user knows.
+  // The kind itself names alternatives. One in capitals stands for a value that the user knows.
   auto values =
       kind.find('|') == std::string::npos ? std::vector<std::string>() : listed(kind, "|");
   std::erase_if(values, [](const std::string& value) { return value != lowerCase(value); });
@@ -113,7 +113,8 @@ Description describe(const CLI::App& app) {
     command.help = verb->get_description();
     command.text = VerbRegistry::footerOf(*verb);
     describeOptions(*verb, command.options, command.arguments);
-    // Every command has its own --help, which is the program's to whoever reads of it.
+    // The parser repeats global options such as --help under each command. They are listed once,
+    // with the program.
     std::erase_if(command.options, [&](const OptionDescription& option) {
       return std::any_of(
           description.options.begin(), description.options.end(),

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: The Pavor Authors
 // SPDX-License-Identifier: Apache-2.0
 
-// What the tool understands, for those who help with typing it and for the manual page. All of it
+// A description of the tool's commands and options for completion and the manual page. All of it
 // comes from the parser itself, so that nothing can be missing.
 #pragma once
 
@@ -15,9 +15,9 @@ class App;
 namespace pavoctl {
 
 struct OptionDescription {
-  std::vector<std::string> names;   // "-h", "--help"; of an argument its one name: "ID".
-  std::string kind;                 // Of the value: "SECONDS", "yes|no"; empty when it takes none.
-  std::vector<std::string> values;  // The words that are possible, when they can be told.
+  std::vector<std::string> names;   // "-h", "--help"; an argument has one name: "ID"
+  std::string kind;                 // of the value: "SECONDS", "yes|no"; empty when it takes none
+  std::vector<std::string> values;  // the possible words, when they are known
   std::string help;
   std::string group;
 };
@@ -25,7 +25,7 @@ struct OptionDescription {
 struct CommandDescription {
   std::string name;
   std::string help;
-  std::string text;  // Paragraphs and examples.
+  std::string text;  // paragraphs and examples
   std::vector<OptionDescription> options;
   std::vector<OptionDescription> arguments;
 
@@ -34,22 +34,22 @@ struct CommandDescription {
 
 struct Description {
   std::string help;
-  std::vector<OptionDescription> options;  // Of every command.
+  std::vector<OptionDescription> options;  // the options of every command
   std::vector<CommandDescription> commands;
 };
 
 Description describe(const CLI::App& app);
 
-// The tool as it is started, and the tool in its shell.
+// The commands of the tool as it is started, and those of its shell.
 struct Descriptions {
   Description program;
   Description shell;
 };
 
 std::string describeInJson(const Descriptions& descriptions);
-// The sections of the manual page that list commands and options, in the language of man.
+// Returns the sections of the manual page that list commands and options, in roff.
 std::string describeInRoff(const Descriptions& descriptions);
-// A completion script for bash; the shell's commands do not concern it.
+// Returns a completion script for bash. It leaves the shell's commands out.
 std::string describeInBash(const Description& program);
 
 }  // namespace pavoctl

@@ -24,7 +24,7 @@ std::string escaped(std::string_view text) {
   return result;
 }
 
-// A line of its own that cannot be taken for a request.
+// Returns the text as a line of its own that cannot be taken for a request.
 std::string lineOf(std::string_view text) {
   const bool isRequest = !text.empty() && (text.front() == '.' || text.front() == '\'');
   return (isRequest ? "\\&" : "") + escaped(text) + '\n';
@@ -40,7 +40,7 @@ std::string optionText(const OptionDescription& option, bool isArgument) {
   return text + '\n' + lineOf(option.help);
 }
 
-// Paragraphs are filled, examples (indented lines) stay as they are.
+// Paragraphs are filled. Examples are indented and stay unchanged.
 std::string paragraphs(std::string_view text) {
   std::string result;
   bool isExample = false;

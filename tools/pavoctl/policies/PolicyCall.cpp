@@ -29,7 +29,7 @@ PolicyAnswer call(const PolicyCall& call, pavo::policy::ProfileOperations& profi
                   pavo::policy::PolicyObserver& observer) {
   namespace policy = pavo::policy;
   const policy::Run run{profiles, observer, call.isUpdateAllowed};
-  // Only a list may be empty.
+  // Only the list of apn-class or apn-types may be empty.
   const pavo::ProfileParams params =
       call.wanted.empty() ? pavo::ProfileParams() : call.wanted.front();
   switch (call.policy) {

@@ -14,20 +14,20 @@ namespace pavoctl {
 
 enum class Policy { setupDataCall, emergency, lteAttach, matchAttach, apnClass, apnTypes };
 
-// The verb.
+// Returns the policy's verb.
 const char* nameOf(Policy policy);
-// Whether it brings profiles in line with a list, and does not choose one.
+// Returns whether the policy brings profiles in line with a list, instead of choosing one.
 bool isForList(Policy policy);
 
 struct PolicyCall {
   Policy policy = Policy::setupDataCall;
   bool isUpdateAllowed = false;
-  // What the caller wants: one element, or a list for apnClass and apnTypes.
+  // The settings that the caller wants: one element, or a list for apnClass and apnTypes.
   std::list<pavo::ProfileParams> wanted;
   int profileId = 0;  // matchAttach
 };
 
-// What a policy answers; to a list, nothing.
+// The answer of a policy. A policy for a list leaves it empty.
 struct PolicyAnswer {
   pavo::policy::Key key;
   bool isMatching = false;

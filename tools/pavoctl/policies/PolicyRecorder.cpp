@@ -24,7 +24,7 @@ struct Reason {
   const char* text;
 };
 
-// What the operations of a stage are for.
+// The purpose of each stage's operations.
 constexpr std::array reasons{
     Reason{Stage::SearchByName, "a profile of the wanted name, whatever its IP type"},
     Reason{Stage::SearchByNameAndHomeIPType, "a profile of the wanted name and home IP type"},
@@ -74,7 +74,7 @@ std::string reasonForSearch(Stage stage, unsigned types, const pavo::FilterProfi
                                         : reasonFor(stage);
 }
 
-// Whether a search takes the first profile that it finds, and not all.
+// Returns whether a search of the stage takes the first profile that it finds, instead of all.
 bool isForOne(Stage stage) {
   return stage != Stage::SearchByClass && stage != Stage::SearchForAllTypes &&
          stage != Stage::SearchForTypes;
@@ -110,7 +110,7 @@ std::list<Key> PolicyRecorder::filter(const pavo::FilterProfileParams& params) {
 
 std::optional<pavo::ProfileParams> PolicyRecorder::get(const Key& key) {
   auto params = operations.get(key);
-  // The policies read a profile only in order to know this.
+  // The policies read a profile only to answer this question.
   if (params) {
     steps.check(known(key), "may it be used for attach?", pavo::policy::isUsableForAttach(*params),
                 params->getIsIAProfile()     ? "it is the library's profile for initial attach"
@@ -127,7 +127,7 @@ bool PolicyRecorder::match(const pavo::FilterProfileParams& params, const Key& k
 }
 
 std::optional<std::string> PolicyRecorder::textOf(const CachedProfile& profile) const {
-  // Without a cache every change makes a difference.
+  // Without a cache every change counts as taken, so the text after it has to differ.
   return cache != nullptr ? entryOf(Dump::parse(cache->dump()), profile.token)
                           : profile.dump + "changed,";
 }

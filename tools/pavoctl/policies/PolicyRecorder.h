@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: The Pavor Authors
 // SPDX-License-Identifier: Apache-2.0
 
-// Records what a policy does with profiles while it does it.
+// Records the operations of a policy on profiles while the policy runs.
 #pragma once
 
 #include "policies/PolicySteps.h"
@@ -13,24 +13,25 @@
 
 namespace pavoctl {
 
-// What became of a policy, or would.
+// The result of a policy, or of its simulation.
 struct PolicyOutcome {
   Json steps;
-  Profiles profiles;            // As they are afterwards.
-  std::optional<Token> result;  // The profile that was found or created.
+  Profiles profiles;            // as they are afterwards
+  std::optional<Token> result;  // the profile that was found or created
   bool isCreated = false;
   bool isMatching = false;  // matchAttach
-  // Changes and creations that the modem refused or did not answer: ids, unknownId for a creation.
+  // The changes and creations that the modem refused or did not answer. They are ids, with
+  // unknownId for a creation.
   std::vector<int> refused;
-  bool isUnsure = false;  // The modem may have made some of them and not have answered.
+  bool isUnsure = false;  // The modem may have made some of the refused edits without answering.
 };
 
-// Passes every operation on, and makes a step of it.
+// Passes every operation on and records it as a step.
 class PolicyRecorder final : public pavo::policy::ProfileOperations,
                              public pavo::policy::PolicyObserver {
  public:
-  // The profiles are those of the cache at the beginning. The manager's cache tells whether the
-  // modem has taken a change; without a manager every change is taken.
+  // cached holds the profiles of the cache at the beginning. The manager's cache shows whether the
+  // modem has taken a change. Without a manager every change counts as taken.
   PolicyRecorder(pavo::policy::ProfileOperations& recorded, Profiles cached, pavo::Manager* manager,
                  Secrets secrets);
 
@@ -44,13 +45,14 @@ class PolicyRecorder final : public pavo::policy::ProfileOperations,
   void enter(pavo::policy::Stage next, unsigned apnTypes) override;
   void collect(const std::string& apnName, const pavo::policy::TypesByIPType& types) override;
 
-  // The record, with what the policy has answered.
+  // Returns the record together with the policy's answer.
   PolicyOutcome finish(const pavo::policy::Key& result, bool isMatching);
 
  private:
-  // A profile that came after the profiles were looked at is taken up; no more is known of it.
+  // Returns the recorder's copy of the profile. A profile that has appeared since the beginning is
+  // added with its token and id only.
   CachedProfile& known(const pavo::policy::Key& key);
-  // The cache's text of the profile; nothing when it has gone.
+  // Returns the cache's text of the profile, or nothing when the profile has gone.
   std::optional<std::string> textOf(const CachedProfile& profile) const;
 
   pavo::policy::ProfileOperations& operations;
@@ -59,7 +61,7 @@ class PolicyRecorder final : public pavo::policy::ProfileOperations,
   PolicySteps steps;
   PolicyOutcome outcome;
   pavo::policy::Stage stage{};
-  unsigned types = 0;  // Of the stage.
+  unsigned types = 0;  // the types of the stage
 };
 
 }  // namespace pavoctl

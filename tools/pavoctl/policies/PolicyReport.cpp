@@ -93,7 +93,8 @@ std::string PolicyReport::resultText() const {
   return text + editsText() + fateText() + profileText(profile);
 }
 
-// Of what the last key deletes.
+// Returns a line on a created profile that the process deletes again with its last key. Returns ""
+// when there is none.
 std::string PolicyReport::fateText() const {
   if (call.policy != Policy::setupDataCall || !outcome.isCreated || line.isHeld) {
     return "";

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: The Pavor Authors
 // SPDX-License-Identifier: Apache-2.0
 
-// What a policy did, or would do, in JSON and in text.
+// The report on a policy, or on its simulation, in JSON and in text.
 #pragma once
 
 #include "CommandLine.h"
@@ -12,13 +12,13 @@ namespace pavoctl {
 
 class PolicyReport {
  public:
-  // All three outlive it.
+  // The report refers to its arguments, so all three have to outlive it.
   PolicyReport(const CommandLine& commandLine, const PolicyCall& policyCall,
                const PolicyOutcome& told);
 
   Json json() const;
   std::string text() const;
-  // One line on what the modem refused; empty when it refused nothing.
+  // Returns one line on the edits that the modem refused, or "" when it refused none.
   std::string refusals() const;
 
  private:
@@ -32,7 +32,7 @@ class PolicyReport {
   const PolicyCall& call;
   const PolicyOutcome& outcome;
   const Telling telling;
-  Json profile;  // The result's; null when there is none.
+  Json profile;  // the result's profile; null when there is none
   Json edits = Json::array();
 };
 

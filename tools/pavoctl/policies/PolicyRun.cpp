@@ -62,7 +62,7 @@ Session::Listing explainList(Session& session, const pavo::FilterProfileParams& 
       found.push_back(tokenOf(*key));
     }
     const Snapshot after = session.snapshot();
-    // Otherwise somebody has changed a profile meanwhile, which does not go on forever.
+    // Otherwise another client has changed a profile meanwhile. Such changes do not go on forever.
     if (std::equal(before.profiles.begin(), before.profiles.end(), after.profiles.begin(),
                    after.profiles.end(), isLike)) {
       PolicySteps listed(secrets);

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: The Pavor Authors
 // SPDX-License-Identifier: Apache-2.0
 
-// Running the library's policies, and simulating what they would do.
+// Runs and simulates the library's policies.
 #pragma once
 
 #include "policies/PolicyCall.h"
@@ -12,16 +12,16 @@ namespace pavoctl {
 
 struct PolicyResult {
   PolicyOutcome outcome;
-  Key key;  // Of the profile that was found or created, if any.
+  Key key;  // the key of the profile that was found or created, if any
 };
 
-// Nothing on the modem changes.
+// Simulates the policy. Nothing on the modem changes.
 PolicyOutcome simulate(const PolicyCall& call, const Snapshot& snapshot, Secrets secrets);
 
-// Does it with the library's operations.
+// Runs the policy with the library's operations.
 PolicyResult perform(const PolicyCall& call, Session& session, Secrets secrets);
 
-// What the filter finds; the steps tell why it does not find the others.
+// Returns the profiles that the filter finds. The steps explain why it does not find the others.
 Session::Listing explainList(Session& session, const pavo::FilterProfileParams& filter,
                              Secrets secrets, Json& steps);
 

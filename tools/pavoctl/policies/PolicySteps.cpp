@@ -14,7 +14,7 @@ namespace {
 
 Json idJson(int id) { return id == unknownId ? Json(nullptr) : Json(id); }
 
-// What people know a profile by.
+// Returns the members by which people know a profile.
 Json named(const CachedProfile& cached) {
   Json json{{"id", idJson(cached.profile.id)}};
   if (cached.profile.params.hasApnName()) {
@@ -23,7 +23,8 @@ Json named(const CachedProfile& cached) {
   return json;
 }
 
-// The type that a filter's roaming type is compared with, which need not be an attribute.
+// Returns the type that a filter's roaming type is compared with. The profile may have no attribute
+// of that value.
 Json roamJson(const CachedProfile& cached) {
   if (const auto type = cached.settings.roamIPType()) {
     const auto name = nameOf(*type);
@@ -35,7 +36,7 @@ Json roamJson(const CachedProfile& cached) {
   return nullptr;
 }
 
-// In the order of the criteria.
+// The keys stand in the order of pavo::Criterion.
 constexpr std::array criterionKeys{"",
                                    "apnName",
                                    "homeIPType",
@@ -57,7 +58,7 @@ constexpr std::array criterionKeys{"",
 static_assert(criterionKeys.size() ==
               static_cast<std::size_t>(pavo::Criterion::IsEmergencySupported) + 1);
 
-// The attribute that keeps the profile from matching; nothing when it matches.
+// Returns the attribute that keeps the profile from matching, or nothing when the profile matches.
 std::optional<std::string> keyOfMismatch(const CachedProfile& cached,
                                          const pavo::FilterProfileParams& filter) {
   const auto criterion = static_cast<std::size_t>(pavo::firstMismatch(cached.settings, filter));
@@ -146,7 +147,8 @@ void PolicySteps::search(const std::string& why, const pavo::FilterProfileParams
     const auto key = keyOfMismatch(*profile, filter);
     Json name = named(*profile);
     if (isFound == key.has_value()) {
-      // It differs from what it was when the policy began: another client has changed it.
+      // The profile differs from its copy, because another client has changed it since the policy
+      // began.
       unclear.push_back(name);
     }
     if (isFound) {

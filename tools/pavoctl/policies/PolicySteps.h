@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: The Pavor Authors
 // SPDX-License-Identifier: Apache-2.0
 
-// The steps of a policy or a search, in the form of JSON: what was looked for, what was found, what
-// kept the others from being found, what was changed and created.
+// The steps of a policy or a search in JSON. They hold each search with the profiles that it found,
+// the reason why it did not find the others, and each change and creation.
 #pragma once
 
 #include <pavo/AddProfileParams.h>
@@ -20,18 +20,18 @@ namespace pavoctl {
 using Token = std::uint64_t;
 using Profiles = std::vector<CachedProfile>;
 
-// The filter as JSON: its attributes, id, isPavoProfile and isIAProfile, and under "criteria" what
-// loosens it.
+// Returns the filter as JSON: its attributes, id, isPavoProfile and isIAProfile. The member
+// "criteria" names the match types that loosen the comparison.
 Json toJson(const pavo::FilterProfileParams& filter, Secrets secrets);
 
 class PolicySteps {
  public:
   explicit PolicySteps(Secrets shownSecrets) : secrets(shownSecrets) {}
 
-  // A search that looks for one profile takes the first that it finds.
+  // Records a search. A search for one profile takes the first that it finds.
   void search(const std::string& why, const pavo::FilterProfileParams& filter,
               const std::vector<Token>& found, const Profiles& profiles, bool isForOne);
-  // A question about one profile.
+  // Records a question about one profile.
   void check(const CachedProfile& profile, const std::string& question, bool answer,
              const std::string& because);
   void compare(const CachedProfile& profile, const std::string& why,
@@ -45,7 +45,7 @@ class PolicySteps {
   const Json& json() const { return all; }
 
  private:
-  // What kept the profile from matching.
+  // Returns the attribute that kept the profile from matching, with its values.
   Json mismatch(const CachedProfile& profile, const std::string& key, const Json& filter) const;
 
   const Secrets secrets;

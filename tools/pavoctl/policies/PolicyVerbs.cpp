@@ -18,7 +18,7 @@
 namespace pavoctl {
 namespace {
 
-// What the line wants: of a list, what the file holds, then what stands on the line.
+// Returns the call for the line. In a list, the elements of the file come before those of the line.
 PolicyCall callOf(const CommandLine& line) {
   PolicyCall call = line.call;
   if (!isForList(call.policy)) {
@@ -70,7 +70,8 @@ PolicyResult performInTime(const CommandLine& line, Session& session, const Poli
   return perform(call, session, line.secrets);
 }
 
-// A profile that the data-call policy has created goes with its last key.
+// Returns whether the profile is deleted with its last key. The data-call policy creates such
+// profiles.
 bool isTemporary(const PolicyCall& call, const PolicyResult& result) {
   return call.policy == Policy::setupDataCall && result.outcome.isCreated && result.key;
 }
@@ -140,7 +141,7 @@ constexpr std::array policyVerbs{
                "Write all of the types to all profiles of the name"},
 };
 
-// Words are attributes of the one profile that is wanted, or an element of the list each.
+// Each word holds attributes of the one wanted profile, or an element of the list.
 void addWanted(CLI::App& app, CommandLine& line, Policy policy) {
   addAttributes(app, line.attributes);
   app.add_option(

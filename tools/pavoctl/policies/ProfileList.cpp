@@ -20,9 +20,9 @@
 namespace pavoctl {
 namespace {
 
-// A list for every profile that a modem may have, with room to spare.
+// A list with every profile that a modem may have is much shorter than this.
 constexpr std::size_t bytesMax = 1 << 20;
-// The list, a profile in it and the names of its types are three levels.
+// A list needs three levels only: the list, a profile in it and the names of its types.
 constexpr std::size_t depthMax = 64;
 
 std::string readAll(int fd, const std::string& name) {
@@ -56,8 +56,9 @@ std::string readFile(const std::string& path, const std::string& name) {
   return readAll(fd, name);
 }
 
-// The line of the first bracket that is nested too deep; nothing when there is none. What goes
-// through values calls itself for each level, so they are counted before anything is read.
+// Returns the line of the first bracket that is nested too deep, or nothing when there is none.
+// Code that visits values recurses once for each level, so the levels are counted before anything
+// is parsed.
 std::optional<std::size_t> lineTooDeep(std::string_view text) {
   std::size_t line = 1;
   std::size_t depth = 0;

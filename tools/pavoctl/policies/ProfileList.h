@@ -11,8 +11,9 @@
 
 namespace pavoctl {
 
-// Reads [{"apnName": "internet", ...}, ...] from a file, or from standard input when it is "-".
-// Throws Failure when it cannot be read and UsageError, naming the element, when it makes no sense.
+// Reads [{"apnName": "internet", ...}, ...] from a file, or from standard input when the path is
+// "-". Throws Failure when the list cannot be read, and UsageError when it makes no sense. The
+// message names the faulty element.
 std::list<pavo::ProfileParams> readProfileList(const std::string& path);
 
 }  // namespace pavoctl

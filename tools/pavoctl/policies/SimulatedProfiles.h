@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: The Pavor Authors
 // SPDX-License-Identifier: Apache-2.0
 
-// Profiles that answer as the library would, for a dry run. Nothing is asked, and the modem is
-// taken to agree to every change.
+// Profiles that answer as the library would, for a dry run. No operation reaches the modem, and the
+// modem is assumed to accept every change.
 #pragma once
 
 #include "policies/PolicySteps.h"
@@ -24,11 +24,11 @@ class SimulatedProfiles final : public pavo::policy::ProfileOperations {
 
  private:
   Profiles profiles;
-  // Downwards from the end: the cache counts upwards.
+  // New tokens count down from the highest, because the cache's tokens count up.
   Token nextToken = ~Token{0};
 };
 
-// Null when there is none.
+// Returns null when no profile has the token.
 CachedProfile* find(Profiles& profiles, Token token);
 
 }  // namespace pavoctl

@@ -28,7 +28,7 @@ constexpr std::array criteria{
     Criterion{"ApnTypeBitmaskSubset", "apnTypesMask", " or more"},
 };
 
-// How far the attribute may be from its value in the filter.
+// Returns how the filter's criteria loosen the comparison of the attribute.
 std::string loosening(const Json& filter, const std::string& key) {
   const Json names = filter.value("criteria", Json::array());
   std::string text;
@@ -47,7 +47,7 @@ std::string mismatchText(const Json& rejected) {
     return key + " is absent";
   }
   if (rejected["actual"] == rejected["wanted"]) {
-    // Both are masked.
+    // The two values differ, but both are masked.
     return key + " is another";
   }
   return key + " is " + valueText(rejected["actual"]) + ", not " + valueText(rejected["wanted"]);

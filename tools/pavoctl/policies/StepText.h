@@ -10,18 +10,18 @@
 
 namespace pavoctl {
 
-// Whether the steps have been gone through, or would be.
+// The text speaks of steps that were done, or of steps that would be done.
 enum class Telling { done, foreseen };
 
-// Every step, numbered.
+// Returns every step, numbered.
 std::string stepsText(const Json& steps, Telling telling);
-// One line for a change or a creation.
+// Returns one line for a change or a creation.
 std::string editText(const Json& step, Telling telling);
-// Why the answer is no, from the last step of a question.
+// Returns the reason of a negative answer, from the last step of a question.
 std::string refusalText(const Json& step);
-// "apnName internet, homeIPType V4 or more", "anything" for an empty one.
+// Returns "apnName internet, homeIPType V4 or more", or "anything" for an empty filter.
 std::string filterText(const Json& filter);
-// "profile 3 (internet)".
+// Returns "profile 3 (internet)".
 std::string nameText(const Json& profile);
 
 }  // namespace pavoctl

@@ -91,7 +91,7 @@ std::vector<Attribute> makeAttributes() {
                                Form::number)};
 }
 
-// Null when there is none.
+// Returns null when no attribute has that name.
 const Attribute* attributeNamed(std::string_view name) {
   const std::string wanted = lowerCase(name);
   const auto& all = allAttributes();
@@ -142,10 +142,11 @@ void setFromJson(ProfileParams& params, const std::string& key, const Json& valu
   }
   const Attribute& attribute = *named;
   if (!fits(value, attribute.form)) {
-    // Not the value itself: it may be a password, and nested to any depth.
+    // The message does not repeat the value, because it may be a password and may be nested to any
+    // depth.
     throw UsageError(printable(key) + ": " + kindText(value) + " is not a value for it");
   }
-  // valueText() is for people and would change a text.
+  // valueText() is for people, and it would change a text.
   const std::string text = value.is_string() ? value.get<std::string>() : valueText(value);
   if (attribute.key == std::string_view("password") && text == secretMask) {
     throw UsageError("password: it has been masked; list with --show-secrets to have it");
@@ -178,7 +179,8 @@ void setFromText(ProfileParams& params, std::string_view text) {
     const auto equals = part.find('=');
     const std::string_view name = part.substr(0, equals);
     const Attribute* const attribute = attributeNamed(name);
-    // Without a = it may be the value of a misspelt option, behind a password the rest of that.
+    // A part without = may be the value of a misspelt option. An unknown name after a password may
+    // be the rest of the password.
     if (equals == std::string_view::npos || (attribute == nullptr && params.hasPassword())) {
       throw UsageError(
           "an argument is not ATTRIBUTE=VALUE (a value with a comma needs its option)");

@@ -1,7 +1,8 @@
 // SPDX-FileCopyrightText: The Pavor Authors
 // SPDX-License-Identifier: Apache-2.0
 
-// The attributes of a profile as they are given to the tool: as options, as key=value, as JSON.
+// The attributes of a profile in the forms in which the tool reads them: options, key=value and
+// JSON.
 #pragma once
 
 #include <pavo/ProfileParams.h>
@@ -16,35 +17,35 @@
 namespace pavoctl {
 
 struct Attribute {
-  // What its value may be in JSON besides a text; a text is read like an option's value.
+  // The JSON type that the value may have besides a text. A text is read like an option's value.
   enum class Form { text, flag, number, enumeration, names };
 
-  const char* key;     // As in the JSON of a profile.
-  const char* option;  // Two dashes in front.
-  const char* kind;    // Of the option's value.
+  const char* key;     // as in the JSON of a profile
+  const char* option;  // with two dashes in front
+  const char* kind;    // the kind of the option's value
   std::string help;
   Form form;
   bool (*isPresent)(const pavo::ProfileParams& params);
   bool (*isEqual)(const pavo::ProfileParams& a, const pavo::ProfileParams& b);
-  // Throws UsageError, calling the attribute by that name.
+  // Throws UsageError, and calls the attribute by name in its text.
   void (*parse)(pavo::ProfileParams& params, std::string_view name, std::string_view value);
   void (*copy)(const pavo::ProfileParams& from, pavo::ProfileParams& to);
 };
 
-// In the order in which profiles list them.
+// Returns the attributes in the order in which profiles list them.
 const std::vector<Attribute>& allAttributes();
 
-// Gives the attribute a value, once: throws UsageError when it has one.
+// Sets the attribute's value. Throws UsageError when it has one already.
 void setOnce(const Attribute& attribute, pavo::ProfileParams& params, std::string_view name,
              std::string_view value);
-// "apnName=internet,homeIPType=V4": the keys of JSON or the options' names, in any letter case. A
-// value ends at the next comma. Throws UsageError.
+// Reads "apnName=internet,homeIPType=V4". The names are those of JSON or of the options, in any
+// letter case. A value ends at the next comma. Throws UsageError.
 void setFromText(pavo::ProfileParams& params, std::string_view text);
-// A profile's JSON; what is no attribute of it is left out of account when the tool prints it with
-// a profile, and refused otherwise. Throws UsageError.
+// Reads a profile's JSON. Members that the tool itself prints beside the attributes are ignored.
+// Other unknown members are refused. Throws UsageError.
 pavo::ProfileParams profileFromJson(const Json& json);
 
-// Copies what is present; with keys, of those only.
+// Copies the attributes that are present. When keys are given, only those are copied.
 void copyPresent(const pavo::ProfileParams& from, pavo::ProfileParams& to,
                  std::initializer_list<std::string_view> keys = {});
 

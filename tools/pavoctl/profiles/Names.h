@@ -13,23 +13,24 @@
 
 namespace pavoctl {
 
-// What the library can express; other bits never reach the modem.
+// The types that the library can express. Other bits never reach the modem.
 inline constexpr unsigned apnTypesNamed = 0x8FFF;
 
-// The value's name, nothing when it has none.
+// Returns the value's name, or nothing when it has none.
 std::optional<std::string> nameOf(pavo::AuthType type);
 std::optional<std::string> nameOf(pavo::IPType type);
 std::optional<std::string> nameOf(pavo::ApnClass apnClass);
-// One element for every bit set, one hexadecimal number for those without a name; empty for 0.
+// Returns the name of every bit set, and one hexadecimal number for the bits without a name. The
+// result is empty for 0.
 std::vector<std::string> namesOfApnTypes(unsigned mask);
 
-// Letter case does not matter; nothing for an unknown name.
+// Reads a name in any letter case. Returns nothing for an unknown name.
 std::optional<pavo::AuthType> authTypeNamed(std::string_view name);
 std::optional<pavo::IPType> ipTypeNamed(std::string_view name);
 std::optional<pavo::ApnClass> apnClassNamed(std::string_view name);
 std::optional<pavo::ApnTypes> apnTypeNamed(std::string_view name);
 
-// "NONE, PAP, CHAP, PAP_CHAP", for messages and help.
+// Returns "NONE, PAP, CHAP, PAP_CHAP", for messages and help.
 std::string authTypeNames();
 std::string ipTypeNames();
 std::string apnClassNames();

@@ -91,7 +91,8 @@ Json toJson(const Profile& profile, Secrets secrets) {
   Json json = Json::object();
   json[idKey] = profile.id;
   json.update(toJson(profile.params, secrets));
-  // These two have no presence to ask for; in what the library hands out they are always set.
+  // The library offers no test for the presence of these two, and always sets them in the profiles
+  // that it hands out.
   json["isPavoProfile"] = profile.params.getIsPavoProfile();
   json["isIAProfile"] = profile.params.getIsIAProfile();
   return json;

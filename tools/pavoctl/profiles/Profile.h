@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: The Pavor Authors
 // SPDX-License-Identifier: Apache-2.0
 
-// A profile as the tool shows it. Everything that the tool prints about profiles, for people and
-// for programs, comes from one list of attributes and takes the form of JSON first.
+// A profile as the tool shows it. The tool prints everything about profiles from one list of
+// attributes, and turns it into JSON before it becomes text for people.
 #pragma once
 
 #include <pavo/ProfileParams.h>
@@ -23,19 +23,22 @@ struct Profile {
   pavo::ProfileParams params;
 };
 
-// The attributes: absent ones are absent; enumerations are their names (numbers when they have
-// none), the APN types an array of names, passwords a mask unless they are to be shown.
+// Returns the attributes that are present. Enumerations appear by their names, or as numbers when
+// they have none, and the APN types as an array of names. Passwords are masked unless they are to
+// be shown.
 Json toJson(const pavo::ProfileParams& params, Secrets secrets);
-// The same behind "id", and behind it whether the library created the profile.
+// Returns the id, the attributes, and whether the library created the profile.
 Json toJson(const Profile& profile, Secrets secrets);
 
-// {"attribute": {"before": ..., "after": ...}, ...} of what differs; an absent side is absent.
+// Returns {"attribute": {"before": ..., "after": ...}, ...} for each difference. An absent value
+// has no member.
 Json changes(const Profile& before, const Profile& after, Secrets secrets);
 
-// One attribute's JSON value as people read it.
+// Returns one attribute's JSON value as text for people.
 std::string valueText(const Json& value);
 
-// One line, or several with an indent. Bytes that are not UTF-8 become U+FFFD.
+// Returns the JSON in one line, or in several with an indent. Bytes that are not UTF-8 become
+// U+FFFD.
 std::string dumpJson(const Json& json, int indent = -1);
 
 }  // namespace pavoctl

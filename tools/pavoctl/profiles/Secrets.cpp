@@ -40,7 +40,7 @@ bool isApnTypes(std::string_view value) {
   return std::all_of(names.begin(), names.end(), [](auto name) { return apnTypeNamed(name); });
 }
 
-// Only the names that the library gives: any other could be a piece of the password.
+// Only the library's own names are accepted: any other could be a piece of the password.
 bool isProfileName(std::string_view value) {
   return value == "pavo_profile" || value == "pavo_profile_ia";
 }
@@ -50,7 +50,7 @@ struct FieldForm {
   bool (*isValue)(std::string_view);
 };
 
-// What may follow a password, in the client's and in the modem's records.
+// The fields that may follow a password in the client's and in the modem's records.
 constexpr std::array fieldForms{
     FieldForm{"AuthType", isAuthType},
     FieldForm{"HomeIPType", isIpType},
@@ -94,7 +94,8 @@ std::string maskPassword(std::string_view line) {
     return std::string(line);
   }
   const auto start = key + passwordKey.size();
-  // Every attribute ends in a comma. A line that does not has been cut, perhaps in the password.
+  // Every attribute ends in a comma. A line without a comma at its end has been cut, perhaps in the
+  // password.
   std::vector<std::string_view> fields = split(line.substr(start), ",");
   std::size_t tail = line.size();
   if (fields.size() > 1 && fields.back().empty()) {

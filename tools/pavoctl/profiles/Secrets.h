@@ -13,11 +13,11 @@ enum class Secrets { masked, shown };
 
 inline constexpr std::string_view secretMask = "********";
 
-// A line of the library's dump or log without the password in it.
+// Returns a line of the library's dump or log without the password in it.
 //
-// A password may hold commas, even text that looks like another attribute, so the password ends
-// only where everything up to the end of the line is attributes, each at most once, with values
-// from their small vocabulary. When in doubt more is masked, at worst the rest of the line.
+// A password may hold commas, even text that looks like another attribute. So the password ends
+// only where the rest of the line consists of attributes, each at most once, with values from their
+// small vocabulary. When in doubt more is masked, at worst the rest of the line.
 std::string maskPassword(std::string_view line);
 
 }  // namespace pavoctl

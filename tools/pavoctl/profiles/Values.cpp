@@ -15,7 +15,7 @@
 namespace pavoctl {
 namespace {
 
-// What looks like ATTRIBUTE=VALUE in a wrong place is repeated up to the =: it may be a password's.
+// A text with = is repeated only up to the =, because the rest may be a password.
 [[noreturn]] void refuse(std::string_view option, std::string_view text,
                          std::string_view expected) {
   const auto equals = text.find('=');
@@ -31,7 +31,7 @@ bool isDigits(std::string_view text) {
 std::optional<std::int64_t> readNumber(std::string_view text) {
   const bool isHex = text.size() > 2 && text[0] == '0' && (text[1] == 'x' || text[1] == 'X');
   const std::string_view digits = isHex ? text.substr(2) : text;
-  // from_chars would take a second sign after the prefix.
+  // from_chars would accept a minus sign after the prefix.
   if (isHex && digits.front() == '-') {
     return std::nullopt;
   }
@@ -91,7 +91,7 @@ bool parseFlag(std::string_view option, std::string_view text) {
 
 std::string parseText(std::string_view option, std::string_view text, std::size_t bytesMax) {
   if (text.size() > bytesMax) {
-    // The text itself stays out of the message: it is long, and it may be a password.
+    // The message leaves the text out, because it is long and may be a password.
     throw UsageError(std::string(option) + ": " + std::to_string(text.size()) +
                      " bytes are too long, at most " + std::to_string(bytesMax) + " fit");
   }

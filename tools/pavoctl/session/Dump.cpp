@@ -13,7 +13,7 @@ bool startsWith(std::string_view text, std::string_view start) {
   return text.substr(0, start.size()) == start;
 }
 
-// For loops from the latest line to the oldest.
+// Lets a loop run from the latest line to the oldest.
 struct Backwards {
   const std::vector<std::string>& lines;
 
@@ -35,10 +35,10 @@ bool contains(const std::vector<std::string_view>& messages, std::string_view me
 
 Dump Dump::parse(const std::vector<std::string>& lines) {
   Dump dump;
-  // Before init there is no cache and the text begins with the empty line.
+  // Before init there is no cache, and the text begins with the empty line.
   std::vector<std::string>* section = nullptr;
   for (const auto& line : lines) {
-    // Headings stand at the margin, what belongs to them is indented.
+    // Headings stand at the margin. The lines under them are indented.
     if (line == "Cache:") {
       section = &dump.cache;
     } else if (line == "Pending:") {

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: The Pavor Authors
 // SPDX-License-Identifier: Apache-2.0
 
-// Reads the text of Manager::dump(), the library's only statement of what happened to a request.
+// Reads the text of Manager::dump(). The library reports the reason for a result nowhere else.
 #pragma once
 
 #include <optional>
@@ -29,35 +29,35 @@ struct Dump {
   std::vector<std::string> pending;  // The indications that the library expects.
   std::vector<std::string> log;      // The recent log lines, oldest first.
 
-  // The lines of Manager::dump().
+  // Parses the lines of Manager::dump().
   static Dump parse(const std::vector<std::string>& lines);
 
-  // What the library logged since the last message that begins with start; nothing when the log no
-  // longer reaches back that far.
+  // Returns the messages that the library logged since the last one that begins with start. Returns
+  // std::nullopt when the log no longer reaches back that far.
   std::optional<std::vector<std::string_view>> messagesSince(std::string_view start) const;
 
-  // The last log line, time stamp included, whose message begins with start; empty when there is
-  // none. Two of them that differ are two messages.
+  // Returns the last log line, time stamp included, whose message begins with start, or "" when
+  // there is none. Two results that differ stand for two messages.
   std::string_view lastLine(std::string_view start) const;
 
-  // How many of the modem's profiles the cache has without their contents, because these could not
-  // be read.
+  // Returns how many of the modem's profiles the cache holds without their contents, because the
+  // library could not read them.
   std::size_t unreadable() const;
 
-  // Whether the library's latest attempt to read the modem's list of profiles has failed, so that
-  // the cache is empty although the modem's table need not be.
+  // Returns whether the library's latest attempt to read the modem's list of profiles has failed.
+  // The cache is then empty although the modem's table need not be.
   bool hasLostList() const;
 
-  // Whether what the library last made of the modem's profiles came from the modem. It did not when
-  // the list could not be read, when there was nobody to ask, and when the modem was lost since.
-  // Nothing when the log no longer reaches back that far.
+  // Returns whether the library's latest view of the profiles came from the modem. It did not when
+  // the list could not be read, when there was no modem, and when the modem was lost since. Returns
+  // std::nullopt when the log no longer reaches back that far.
   std::optional<bool> hasModemsProfiles() const;
 };
 
-// A log line without time stamp and tag.
+// Returns a log line without time stamp and tag.
 std::string_view messageOf(std::string_view logLine);
 
-// Whether a message is among those that messagesSince() gave.
+// Returns whether the message is among the messages of messagesSince().
 bool contains(const std::vector<std::string_view>& messages, std::string_view message);
 
 }  // namespace pavoctl

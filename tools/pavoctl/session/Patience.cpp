@@ -20,12 +20,12 @@ namespace {
 
 constexpr int forever = -1;
 
-// Of the session that outlasts a modem; -1 when there is none.
+// The signals of the session that outlasts a modem; -1 when there is none.
 std::atomic<int> sessionSignalFd{-1};
-// Of the verb that a signal may end while it waits; -1 when there is none.
+// The signals of the verb that a signal may end while it waits; -1 when there is none.
 std::atomic<int> verbSignalFd{-1};
 
-// Those that began at once and live, one inside the other.
+// The nesting depth: the number of Patience objects alive that began without a start event.
 int depth = 0;
 
 int makeEventFd() {
@@ -38,7 +38,7 @@ int makeEventFd() {
 
 enum class Ready { first, second, none };
 
-// Which of the two is readable by then. An fd of -1 is never.
+// Returns which descriptor became readable within timeoutMs. A descriptor of -1 never does.
 Ready waitForEither(int first, int second, int timeoutMs = forever) {
   std::array<pollfd, 2> fds{pollfd{first, POLLIN, 0}, pollfd{second, POLLIN, 0}};
   while (::poll(fds.data(), fds.size(), timeoutMs) < 0) {

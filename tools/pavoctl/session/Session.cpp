@@ -16,9 +16,10 @@ namespace {
 
 using pavo::Manager;
 
-// More refreshes than this in a row, each between two steps of one operation, are no accident.
+// An operation is repeated when a refresh comes between two of its steps. So many in a row are no
+// accident.
 constexpr int attemptsMax = 20;
-// Growing, because every attempt writes three lines into the library's log of 200.
+// The interval grows, because every attempt writes three lines into the library's log of 200.
 constexpr std::chrono::milliseconds pollIntervalFirst{5};
 constexpr std::chrono::milliseconds pollIntervalMax{250};
 
@@ -38,9 +39,9 @@ std::string modemInUse() {
                            : "OVIX_MODEM=" + printable(socket);
 }
 
-// The library waits a second for the modem's answer; a refusal takes no time to speak of.
+// The library waits a second for the modem's answer, whereas a refusal arrives almost at once.
 constexpr std::chrono::milliseconds refusalTimeMax{900};
-// How long a lost connection takes to get into the library's log.
+// A lost connection takes at most this long to appear in the library's log.
 constexpr std::chrono::milliseconds lossTimeMax{300};
 
 bool isModemLost() {
@@ -54,9 +55,8 @@ bool isModemLost() {
   return true;
 }
 
-// A change that the modem is asked for, and what to say when nothing came of it. To the library a
-// modem that refuses and one that does not answer are the same; but a modem that has not answered
-// may have done it.
+// A change that the modem is asked for, with the messages for its failure. The library reports a
+// refusal and a missing answer alike. But a modem that has not answered may have made the change.
 class Change {
  public:
   Change(std::string toDo, std::string mayBeDone, std::chrono::milliseconds timeout)
@@ -114,10 +114,11 @@ void Session::readAll(Manager& manager, std::chrono::milliseconds timeout,
   auto pollInterval = pollIntervalFirst;
   while (true) {
     manager.refresh(pavo::PDC_REFRESH_COMPLETED);
-    // All instances write one log.
+    // All instances of the library write to one log.
     const Dump now = dump();
     // Without a modem the library reads nothing and logs nothing about it. When the log no longer
-    // shows where the refresh began, it has overflowed: only a long list of profiles does that.
+    // shows the beginning of the refresh, it has overflowed. Only a long list of profiles makes it
+    // overflow.
     const auto messages = now.messagesSince("Manager::refresh > ");
     if (!messages || contains(*messages, message::listRead)) {
       return;
@@ -266,7 +267,7 @@ void Session::remove(int id) const {
 Session::Release Session::release(Key key) {
   const std::string released = std::string(message::released) + std::to_string(key->getProfileId());
   key.reset();
-  // Nothing else is released meanwhile, but the log may show an earlier profile of the same id.
+  // No other profile is released meanwhile, but the log may show an earlier profile of the same id.
   const Dump now = dump();
   const auto messages = now.messagesSince("ProfileCache: releaseProfile ");
   if (messages && contains(*messages, message::releaseFailed)) {

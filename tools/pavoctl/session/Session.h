@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: The Pavor Authors
 // SPDX-License-Identifier: Apache-2.0
 
-// The tool's use of the library: what pavo::Manager answers, together with why it did, which the
-// library tells in its log only.
+// The tool's use of the library. It joins the results of pavo::Manager with their reasons, because
+// the library reports the reasons in its log only.
 #pragma once
 
 #include <pavo/Manager.h>
@@ -20,13 +20,13 @@
 
 namespace pavoctl {
 
-// Starts the library and waits until it has read the modem's profiles. Main thread only. Every
-// failure is a Failure whose text is ready for the user; a wait for longer than the timeout ends
-// the process (see Patience).
+// Starts the library and waits until it has read the modem's profiles. It is for the main thread
+// only. Every failure is a Failure whose text is ready for the user. A wait for longer than the
+// timeout ends the process (see Patience).
 //
-// The modem may have the library read everything again at any time (it has just powered up); keys
-// are unknown from then on. Operations therefore take a fresh key and, when that has gone under
-// their hands, another one.
+// The modem may have the library read everything again at any time, for instance after it has
+// powered up. The library then no longer knows the earlier keys. Operations therefore take a fresh
+// key, and take another one when that key expires before they are done.
 class Session {
  public:
   struct Options {
@@ -36,13 +36,13 @@ class Session {
   };
 
   struct Listing {
-    std::vector<Profile> profiles;  // By id.
-    std::size_t unreadable = 0;     // Profiles of the modem that the library could not read.
+    std::vector<Profile> profiles;  // by id
+    std::size_t unreadable = 0;     // profiles of the modem that the library could not read
   };
 
   struct Added {
     Profile profile;
-    Key key;  // Dropping it deletes a profile that is not persistent.
+    Key key;  // The profile is deleted with its last key unless it is persistent.
   };
 
   struct Modified {
@@ -52,16 +52,18 @@ class Session {
 
   explicit Session(const Options& sessionOptions);
 
-  // For another verb in the same process: takes its timeout, and has the profiles read again when
-  // the modem was lost. Throws UsageError for options that only count at the start.
+  // Prepares the session for another verb in the same process. It takes the verb's timeout, and has
+  // the profiles read again when the modem was lost. Throws UsageError for options that only count
+  // at the start.
   void resume(const Options& wanted);
 
-  // Has the library read all profiles from the modem, again and again until it could.
+  // Repeats a refresh until the library has read all profiles from the modem.
   void readAll() const;
-  // The same for any instance of the library; throws NoAnswer with that text when time is over.
+  // Does the same for any instance of the library. Throws NoAnswer with lateText when the time is
+  // over.
   static void readAll(pavo::Manager& manager, std::chrono::milliseconds timeout,
                       const std::string& lateText);
-  // The same as a modem configuration refresh that starts and completes.
+  // Makes the library do the same as when a modem configuration refresh starts and completes.
   void refresh() const;
 
   Listing list(const pavo::FilterProfileParams& filter) const;
@@ -70,37 +72,38 @@ class Session {
   Added add(const pavo::AddProfileParams& params) const;
   Modified modify(int id, const pavo::ModifyProfileParams& params) const;
   void remove(int id) const;
-  // What became of the modem's profile when a key was dropped.
+  // The effect that dropping a key had on the modem's profile.
   enum class Release {
     deleted,  // It was the last key of a profile that the library had made.
     kept,
     failed,  // It should have been deleted, but the modem refused or did not answer.
   };
   static Release release(Key key);
-  // A key of the profile.
+  // Returns a key of the profile.
   Key keyOf(int id) const;
 
   static Dump dump();
 
-  // Why something that the library was busy with for that long has failed.
+  // The modem's part in a failed call. silenceAfter() takes the duration of the call.
   enum class Silence {
     none,  // The modem refused.
     unanswered,
-    lost,  // It has gone.
+    lost,  // The connection to the modem was lost.
   };
   static Silence silenceAfter(std::chrono::steady_clock::duration time);
-  // For what only asks.
+  // Limits a call that changes nothing on the modem.
   Patience waiting() const;
   static constexpr const char* signalText = "a signal came before the modem answered";
-  // "no modem answered within 5 s (OVIX_MODEM=...)"
+  // Returns "no modem answered within 5 s (OVIX_MODEM=...)".
   static std::string noAnswerText(std::chrono::milliseconds timeout);
 
  private:
-  // Runs the operation, whose entry line in the log begins with entry, on a key of the profile
-  // until the key was good for it.
+  // Runs the operation on a key of the profile. When the key expires before the operation is done,
+  // it runs again with a fresh key. entry is the beginning of the operation's first line in the
+  // log.
   void onProfile(int id, const std::string& entry,
                  const std::function<void(const Key&)>& operation) const;
-  // The profile as it is after what was done to it.
+  // Returns the profile as it is after a change. what names the change in the message of a failure.
   Profile getAfter(const std::string& what, int id) const;
 
   Options options;

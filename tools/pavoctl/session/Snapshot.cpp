@@ -15,7 +15,8 @@ namespace {
 
 using pavo::IPType;
 
-// More changes than this in a row, each between two steps, are no accident.
+// A reading is repeated when a change comes between two of its steps. So many in a row are no
+// accident.
 constexpr int readingsMax = 20;
 constexpr std::string_view tokenKey = "token=";
 
@@ -26,7 +27,8 @@ std::optional<Number> numberAt(std::string_view text) {
   return error == std::errc() ? std::optional(number) : std::nullopt;
 }
 
-// Takes "key=value," off the text's beginning.
+// Removes "key=value," from the beginning of the text. Returns false when the text begins
+// otherwise.
 bool takeKnown(std::string_view& text, const std::string& key, const std::string& value) {
   const std::string start = key + "=" + value + ",";
   if (text.substr(0, start.size()) != start) {
@@ -58,7 +60,8 @@ void take(std::string_view key, std::string_view value, pavo::ProfileSettings& s
   }
 }
 
-// What the library says of the profile, without the types that it has made of the modem's.
+// Returns the profile's settings as the library hands them out, without the IP types: the library
+// derives them from the modem's types.
 pavo::ProfileSettings settingsWithoutTypes(const Profile& profile) {
   pavo::ProfileSettings settings;
   pavo::copySettings(profile.params, settings);
@@ -100,8 +103,8 @@ bool readDump(std::string_view text, CachedProfile& cached) {
   cached.dump = text;
   cached.settings = settingsWithoutTypes(cached.profile);
   const pavo::ProfileParams& params = cached.profile.params;
-  // Texts may hold commas and whatever looks like another attribute, so their values are skipped,
-  // not parsed.
+  // Texts may hold commas and text that looks like another attribute. So their known values are
+  // skipped, not parsed.
   if (!takeKnown(text, "ProfileId", std::to_string(cached.profile.id)) ||
       (params.hasApnName() && !takeKnown(text, "ApnName", params.getApnName())) ||
       (params.hasUserName() && !takeKnown(text, "UserName", params.getUserName())) ||
@@ -116,7 +119,7 @@ bool readDump(std::string_view text, CachedProfile& cached) {
       return false;
     }
     if (key == "ProfileName") {
-      // Another text, the last of all.
+      // The profile name is a text too, and always the last.
       cached.settings.profileName = text.substr(equals + 1, text.size() - equals - 2);
       return true;
     }

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: The Pavor Authors
 // SPDX-License-Identifier: Apache-2.0
 
-// What the library's cache holds at one moment.
+// The contents of the library's cache at one moment.
 #pragma once
 
 #include <pavo/AddProfileParams.h>
@@ -19,60 +19,61 @@
 
 namespace pavoctl {
 
-// A profile, and of it also what only the dump of the cache tells: matching and changing depend on
-// it.
+// A profile together with the settings that only the dump of the cache shows. Matching and changing
+// depend on them.
 struct CachedProfile {
-  // The cache's own mark of the entry; two entries may be of one profile of the modem.
+  // The token of the cache's entry. Two entries may stand for the same profile of the modem.
   std::uint64_t token = 0;
   Profile profile;
   pavo::ProfileSettings settings;
-  std::string dump;  // The cache's text, without the token.
+  std::string dump;  // the cache's text, without the token
 
-  // The modem has marked the profile for uses that the library has no name for.
+  // Returns whether the modem has marked the profile for uses that the library has no name for.
   bool hasUnknownTypes() const;
 };
 
 using Key = std::shared_ptr<pavo::IProfileKey>;
 
 struct Snapshot {
-  // In the order in which the library finds them.
+  // The profiles stand in the order in which the library finds them.
   std::vector<CachedProfile> profiles;
-  std::size_t unreadable = 0;        // Entries that the library could not read from the modem.
-  std::vector<std::string> pending;  // The indications that the library expects.
+  std::size_t unreadable = 0;        // entries that the library could not read from the modem
+  std::vector<std::string> pending;  // the indications that the library expects
 
-  // Nothing when the profiles changed meanwhile. Asks the worker, not the modem.
+  // Returns nothing when the profiles changed meanwhile. It uses the worker, not the modem.
   static std::optional<Snapshot> take(pavo::Manager& manager);
-  // The profile of one key; nothing when it is not known or has just changed.
+  // Returns the profile of one key, or nothing when the key is unknown or the profile has just
+  // changed.
   static std::optional<CachedProfile> takeOne(pavo::Manager& manager, const Key& key);
-  // Again and again. Throws Failure when they do not keep still.
+  // Repeats take() until it succeeds. Throws Failure when the profiles keep changing.
   static Snapshot takeOf(pavo::Manager& manager);
 };
 
-// The profile as the library would have it after the change; nothing when it is like that already
-// and the modem would not be asked.
+// Returns the profile as the library would hold it after the change. Returns std::nullopt when the
+// change makes no difference, because the library would then not ask the modem.
 std::optional<CachedProfile> changed(const CachedProfile& cached,
                                      const pavo::ModifyProfileParams& params);
 
-// The profile that the library would create. Its id and token are not known.
+// Returns the profile that the library would create. Its id and token are not known.
 CachedProfile created(const pavo::AddProfileParams& params);
 
-// The library does not say whether the modem has taken a change. It has when the cache's text of
-// the profile is another one afterwards.
+// The library does not report whether the modem has taken a change. The modem has taken it when the
+// cache's text of the profile differs afterwards.
 enum class ChangeOutcome { changed, unchanged, refused };
 ChangeOutcome outcomeOf(const pavo::ModifyProfileParams& params, const CachedProfile& before,
                         const std::optional<std::string>& textAfter);
 
-// The id of a profile that has yet to be created, or was refused. The modem chooses ids.
+// The id of a profile that has yet to be created, or that the modem refused. The modem chooses ids.
 inline constexpr int unknownId = -1;
 
-// The token of a key.
+// Returns the token of a key.
 std::uint64_t tokenOf(pavo::IProfileKey& key);
 
-// The cache's text of the entry with that token; nothing when there is none.
+// Returns the cache's text of the entry with that token, or nothing when there is none.
 std::optional<std::string> entryOf(const Dump& dump, std::uint64_t token);
 
-// Reads the cache's text of a profile, beside what the library says of the same; false when the two
-// are not of the same contents.
+// Reads the settings from the cache's text of a profile. profile already holds the attributes that
+// the library hands out. Returns false when the text and the attributes do not agree.
 bool readDump(std::string_view text, CachedProfile& profile);
 
 }  // namespace pavoctl

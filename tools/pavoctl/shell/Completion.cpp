@@ -40,7 +40,7 @@ class Finder {
   }
 
  private:
-  // The option that waits for its value.
+  // Reads all words but the last. Returns the option that waits for its value, or null.
   const OptionDescription* readWords() {
     const OptionDescription* open = nullptr;
     for (auto word = words.begin(); word + 1 != words.end(); ++word) {

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: The Pavor Authors
 // SPDX-License-Identifier: Apache-2.0
 
-// What may come next on a line of the shell.
+// The completion of words on a line of the shell.
 #pragma once
 
 #include "manual/Description.h"
@@ -11,11 +11,12 @@
 
 namespace pavoctl {
 
-// The words that the last one, which is being typed, may become; in the order of the description.
+// Returns the words to which the last word, still being typed, may be completed. They stand in the
+// order of the description.
 std::vector<std::string> completions(const Description& description,
                                      const std::vector<std::string>& words);
 
-// What all of them begin with.
+// Returns the longest beginning that all of the words share.
 std::string commonBeginning(const std::vector<std::string>& words);
 
 }  // namespace pavoctl

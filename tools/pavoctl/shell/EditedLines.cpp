@@ -39,18 +39,19 @@ class EditedLines : public LineReader {
     el_set(el, EL_EDITOR, "emacs");
     el_set(el, EL_HIST, ::history, history.get());
     el_set(el, EL_GETCFN, onRead);
-    // With narrow text it would make copies that it never frees.
+    // With narrow text, el_set would make copies of these texts and never free them.
     el_wset(el, EL_ADDFN, L"pavoctl-complete", L"Complete the word", onComplete);
     el_wset(el, EL_ADDFN, L"pavoctl-interrupt", L"Drop the line", onInterrupt);
     el_set(el, EL_BIND, "^I", "pavoctl-complete", nullptr);
     el_set(el, EL_BIND, "^C", "pavoctl-interrupt", nullptr);
     el_set(el, EL_BIND, "^R", "em-inc-search-prev", nullptr);
-    // The user's own settings, from ~/.editrc.
+    // This reads the user's own settings from ~/.editrc.
     el_source(el, nullptr);
   }
 
   std::optional<std::string> next() override {
-    // Else the terminal would edit on its own what is typed at the sight of the prompt.
+    // Otherwise the terminal itself would edit the text that the user types as soon as the prompt
+    // appears.
     el_set(editor.get(), EL_PREP_TERM, 1);
     int count = 0;
     const char* typed = el_gets(editor.get(), &count);
@@ -78,7 +79,7 @@ class EditedLines : public LineReader {
 
   static char* onPrompt(EditLine* el) { return of(el).prompt.data(); }
 
-  // One character of the terminal: 1, or 0 at the end.
+  // Reads one character of the terminal. Returns 1, or 0 at the end of the input.
   static int onRead(EditLine* el, wchar_t* character) { return of(el).read(character); }
 
   int read(wchar_t* character) {
@@ -106,7 +107,7 @@ class EditedLines : public LineReader {
         return 1;
       }
       if (length == static_cast<std::size_t>(-1)) {
-        // No character in this locale.
+        // The bytes are no character in this locale and are dropped.
         state = {};
       }
     }
@@ -135,7 +136,7 @@ class EditedLines : public LineReader {
     const auto found = surroundings.complete(soFar);
     const std::string common = commonBeginning(found);
     const std::string typed = soFar.substr(soFar.find_last_of(" \t") + 1);
-    // Nothing fits, or what is typed of the word has quotes in it.
+    // No word fits, or the typed part of the word holds quotes.
     if (found.empty() || common.rfind(typed, 0) != 0) {
       return CC_ERROR;
     }

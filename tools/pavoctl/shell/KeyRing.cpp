@@ -17,7 +17,8 @@
 
 namespace pavoctl {
 
-// What a listener may touch. Shared with it, because it may run until its key is gone.
+// The state that a listener uses. The listener shares its ownership, because it may run until its
+// key has gone.
 class KeyRing::Bell {
  public:
   Bell() : wakeFd(::eventfd(/*initval=*/0, EFD_CLOEXEC | EFD_NONBLOCK)) {
@@ -107,7 +108,7 @@ void KeyRing::listen(int number) {
   const Patience patience(timeout, "the library does not take the listener of " + name);
   held.key->registerExpirationListener(
       [ring = bell, expired = Expired{number, held.key->getProfileId()}] { ring->ring(expired); });
-  // A registration for a profile that has gone is lost without a word.
+  // The library silently drops a registration for a profile that has gone.
   if (!pavo::Manager::getInstance().getProfile(held.key)) {
     throw Failure(name + " is no longer known: its profile has gone or changed");
   }

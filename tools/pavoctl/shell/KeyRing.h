@@ -14,8 +14,8 @@
 
 namespace pavoctl {
 
-// Keys have numbers, from 1 on, that are not used again. Main thread only; listeners run on the
-// library's thread and only ring a bell.
+// The keys have numbers from 1 on. A number is never used again. The ring is for the main thread
+// only. The listeners run on the library's thread and only ring a bell.
 class KeyRing {
  public:
   enum class Listener { none, waiting, called };
@@ -23,9 +23,10 @@ class KeyRing {
   struct Entry {
     int number = 0;
     int profileId = 0;
-    std::string text;      // The key's own: profile and token.
-    bool isKnown = false;  // To the library: the profile is still the one that the key stands for.
-    bool isPavoProfile = false;  // Made by the library.
+    std::string text;  // the key's own text: profile and token
+    // The library knows the key: the profile is still the one that the key stands for.
+    bool isKnown = false;
+    bool isPavoProfile = false;  // The library made the profile.
     Listener listener = Listener::none;
   };
 
@@ -44,13 +45,14 @@ class KeyRing {
   std::vector<int> numbers() const;
   int profileOf(int number) const;
 
-  // Throws Failure when the library does not know the key any more, and would not call.
+  // Throws Failure when the library no longer knows the key, because it would never call the
+  // listener.
   void listen(int number);
   Session::Release release(int number);
 
-  // Readable when a listener has been called.
+  // The descriptor is readable when a listener has been called.
   int fd() const;
-  // Whose listeners have been called since the last time.
+  // Returns the keys whose listeners have been called since the last call.
   std::vector<Expired> takeExpired();
 
  private:
@@ -61,7 +63,7 @@ class KeyRing {
     Listener listener = Listener::none;
   };
 
-  // Throws Failure when there is none.
+  // Throws Failure when no key has that number.
   Held& at(int number);
 
   const std::chrono::milliseconds timeout;

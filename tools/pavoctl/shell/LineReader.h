@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: The Pavor Authors
 // SPDX-License-Identifier: Apache-2.0
 
-// Where the shell's lines come from.
+// The sources of the shell's lines.
 #pragma once
 
 #include <functional>
@@ -14,15 +14,15 @@ namespace pavoctl {
 
 class LineReader {
  public:
-  // What is to be done while there is no input. waitForInput waits until there is some, or a reason
-  // not to wait on.
+  // The shell's part in reading a line. While there is no input, the reader calls waitForInput. It
+  // returns when there is input, or a reason to stop waiting.
   enum class Waited { input, interrupt, end };
   struct Surroundings {
-    // beforeOutput and afterOutput are called around what it prints meanwhile.
+    // waitForInput calls beforeOutput and afterOutput around the text that it prints meanwhile.
     std::function<Waited(const std::function<void()>& beforeOutput,
                          const std::function<void()>& afterOutput)>
         waitForInput;
-    // The words that the last word of a line so far may become.
+    // Returns the words to which the last word of a line so far may be completed.
     std::function<std::vector<std::string>(const std::string& lineSoFar)> complete;
   };
 
@@ -31,14 +31,15 @@ class LineReader {
   LineReader& operator=(const LineReader&) = delete;
   virtual ~LineReader() = default;
 
-  // Without the line end; nothing at the end of the input.
+  // Returns the next line without its line end, or nothing at the end of the input.
   virtual std::optional<std::string> next() = 0;
 };
 
-// Standard input as it comes. What follows the last line end is a line too.
+// Reads standard input unchanged. Text after the last line end is a line too.
 std::unique_ptr<LineReader> plainLines(LineReader::Surroundings surroundings);
 
-// A terminal with line editing, history and completion; the prompt goes to standard error.
+// Reads from a terminal with line editing, history and completion. The prompt goes to standard
+// error.
 std::unique_ptr<LineReader> editedLines(LineReader::Surroundings surroundings,
                                         const std::string& prompt);
 

@@ -40,7 +40,7 @@ class PlainLines : public LineReader {
         break;
       case Waited::interrupt:
       case Waited::end:
-        // There is no line being typed that an interrupt could be meant for.
+        // No line is being typed that an interrupt could drop, so an interrupt ends the input too.
         pending.clear();
         return false;
     }

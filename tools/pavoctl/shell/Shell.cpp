@@ -47,7 +47,7 @@ class Shell {
       ++lineNumber;
       runLine(*text);
       tellExpired([] {}, [] {});
-      // Ctrl-C was meant for the command.
+      // Ctrl-C was meant for the command, so only another signal ends the shell.
       if (const int signal = stop.take(); signal != 0 && signal != SIGINT) {
         break;
       }
@@ -106,7 +106,7 @@ class Shell {
         runWords(words);
       }
     } catch (const OutputFailure&) {
-      // Whoever read has gone.
+      // The reader of the output has gone, so the shell ends.
       throw;
     } catch (const UsageError& error) {
       fail(exitUsage, error.what());

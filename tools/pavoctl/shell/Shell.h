@@ -8,8 +8,8 @@
 
 namespace pavoctl {
 
-// Until the end of the input, quit, SIGTERM or SIGHUP; then the keys are released. exitDone at a
-// terminal; else the highest status of a command.
+// Runs until the end of the input, quit, SIGTERM or SIGHUP, and then releases the keys. Returns
+// exitDone at a terminal, else the highest status of a command.
 ExitStatus runShell(const CommandLine& line, Context& context);
 
 }  // namespace pavoctl

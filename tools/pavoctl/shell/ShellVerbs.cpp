@@ -65,7 +65,7 @@ void tell(const CommandLine& line, Output& output, const Json& facts, const std:
   output.line(line.isJson ? dumpJson(facts) : text);
 }
 
-// What releasing the key would come to.
+// Returns the effect that the release of the key would have.
 std::string fateText(const KeyRing::Entry& entry, bool isLast) {
   const std::string name = "profile " + std::to_string(entry.profileId);
   if (!entry.isKnown) {
@@ -80,7 +80,7 @@ std::string fateText(const KeyRing::Entry& entry, bool isLast) {
                               : "stay, the library has not made it");
 }
 
-// One after the other; nothing is released.
+// Reports for each key in turn the effect of its release. Nothing is released.
 ExitStatus wouldRelease(const CommandLine& line, Context& context,
                         const std::vector<int>& numbers) {
   const auto entries = context.keys->entries();
@@ -153,7 +153,7 @@ ExitStatus help(const CommandLine& line, Context& context) {
     words.insert(words.begin(), line.helpTopic);
   }
   const std::string text = CommandLine::parseInShell(words, line).help;
-  // The parser takes no notice of a word that it does not know.
+  // The parser ignores a word that it does not know.
   if (!line.helpTopic.empty() && text == CommandLine::parseInShell({"--help"}, line).help) {
     throw UsageError("help: " + quoted(line.helpTopic) + " is not a command (try help)");
   }

@@ -27,7 +27,7 @@ class Splitter {
         return;
       } else if (c == '\'' || c == '"') {
         quote = c;
-        // Also "" is a word.
+        // An empty pair of quotes is a word too.
         isInWord = true;
       } else {
         append(c);
