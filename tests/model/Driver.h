@@ -15,8 +15,8 @@
 
 namespace pavo::test::model {
 
-/// One step. What it does in detail follows from its seed and from what there is at that moment, so
-/// that a sequence makes sense also when steps are left out.
+// One step. What it does in detail follows from its seed and from what there is at that moment, so
+// that a sequence makes sense also when steps are left out.
 struct Step {
   unsigned int kind;
   std::uint32_t seed;
@@ -35,7 +35,7 @@ struct Counts {
 };
 
 struct Outcome {
-  /// What differed, after which steps; empty when nothing did.
+  // What differed, after which steps; empty when nothing did.
   std::string difference;
   std::vector<std::string> done;
   std::vector<std::string> log;  // the library's last lines
@@ -43,23 +43,23 @@ struct Outcome {
 
 struct Sequence {
   std::vector<Step> steps;
-  /// Of a hundred answers that do not reach the library: how many it waits for to the end of its
-  /// timeout, a second each.
+  // Of a hundred answers that do not reach the library: how many it waits for to the end of its
+  // timeout, a second each.
   int waitingPercent;
 };
 
 Sequence sequenceOf(std::uint64_t seed, std::size_t count, int waitingPercent);
 
-/// Runs the steps up to the first difference, and then looks at what has to hold when all is quiet.
+// Runs the steps up to the first difference, and then looks at what has to hold when all is quiet.
 Outcome run(const Sequence& sequence, Counts& counts);
 
-/// The fewest steps that still differ, found by leaving some out.
+// The fewest steps that still differ, found by leaving some out.
 Sequence shrink(Sequence sequence);
 
-/// Runs a seed; a difference comes back as text with the seed and the fewest steps that show it.
+// Runs a seed; a difference comes back as text with the seed and the fewest steps that show it.
 std::string check(std::uint64_t seed, std::size_t count, int waitingPercent, Counts& counts);
 
-/// One line.
+// One line.
 std::string textOf(const Counts& counts);
 
 }  // namespace pavo::test::model

@@ -11,11 +11,11 @@
 
 namespace pavo::test::model {
 
-/// Forgets all lines.
+// Forgets all lines.
 void clearLog();
-/// The lines since, the last few hundred.
+// The lines since, the last few hundred.
 std::vector<std::string> recentLog();
-/// Waits until the library has written exactly this line; false when it does not within the limit.
+// Waits until the library has written exactly this line; false when it does not within the limit.
 bool awaitLine(const std::string& line, std::chrono::milliseconds limit);
 
 }  // namespace pavo::test::model

@@ -17,14 +17,14 @@ class Wishes {
   int number(int below) { return static_cast<int>(dice() % static_cast<unsigned int>(below)); }
   bool chance(int percent) { return number(100) < percent; }
 
-  /// Each attribute with that probability.
+  // Each attribute with that probability.
   json wish(int percent);
   Filter filter();
-  /// As another client would create it over the control channel.
+  // As another client would create it over the control channel.
   json modemProfile();
 
-  /// Effects of the modem's faults. An answer of which the library learns at once that it is none,
-  /// one that it waits for in vain, and an indication, with what comes of it.
+  // Effects of the modem's faults. An answer of which the library learns at once that it is none,
+  // one that it waits for in vain, and an indication, with what comes of it.
   json spoiledAnswer();
   json awaitedAnswer();
   json twist(Twist& twist, int anyIndex);

@@ -20,8 +20,8 @@ struct CapturedLine {
   bool operator==(const CapturedLine&) const = default;
 };
 
-/// Installs itself as the library's log writer and uninstalls itself at the end of its life. Lines
-/// may be written by any thread.
+// Installs itself as the library's log writer and uninstalls itself at the end of its life. Lines
+// may be written by any thread.
 class CapturingLogWriter {
  public:
   CapturingLogWriter();

@@ -16,32 +16,32 @@
 namespace pavo::test {
 
 struct ChildProcessOptions {
-  /// "NAME=value" in addition to this process's environment; the later one of a name counts.
+  // "NAME=value" in addition to this process's environment; the later one of a name counts.
   std::vector<std::string> environment;
-  /// Empty: that of this process.
+  // Empty: that of this process.
   std::string workingFolder;
-  /// What the child reads from its standard input.
+  // What the child reads from its standard input.
   std::string input;
 };
 
-/// Runs a program from construction until it ends; the destructor kills it if it still runs. It
-/// dies with this process, and with the thread that started it, which therefore should be one that
-/// lasts. Its output goes to files in memory: it never blocks on a full pipe, and can be read at
-/// any time.
+// Runs a program from construction until it ends; the destructor kills it if it still runs. It
+// dies with this process, and with the thread that started it, which therefore should be one that
+// lasts. Its output goes to files in memory: it never blocks on a full pipe, and can be read at
+// any time.
 class ChildProcess {
  public:
   struct Exit {
-    /// The exit code, or -1 when a signal ended it.
+    // The exit code, or -1 when a signal ended it.
     int code = -1;
-    /// The signal, or 0.
+    // The signal, or 0.
     int signal = 0;
 
     bool operator==(const Exit&) const = default;
   };
 
-  /// @param arguments the program and its arguments; the program is found through PATH
-  /// Throws std::system_error when the process cannot be made; a program that cannot be executed
-  /// ends with code 127.
+  // @param arguments the program and its arguments; the program is found through PATH
+  // Throws std::system_error when the process cannot be made; a program that cannot be executed
+  // ends with code 127.
   explicit ChildProcess(std::vector<std::string> arguments, ChildProcessOptions options = {});
   ChildProcess(const ChildProcess&) = delete;
   ChildProcess& operator=(const ChildProcess&) = delete;
@@ -50,13 +50,13 @@ class ChildProcess {
   pid_t pid() const { return processId; }
   bool isRunning();
   void sendSignal(int signal);
-  /// How it ended; empty when it still runs after the limit.
+  // How it ended; empty when it still runs after the limit.
   std::optional<Exit> waitForExit(std::chrono::milliseconds limit = patience());
 
-  /// All that it has written so far.
+  // All that it has written so far.
   std::string output() const;
   std::string errors() const;
-  /// Waits until the output contains text; false when it ended without, or took too long.
+  // Waits until the output contains text; false when it ended without, or took too long.
   bool waitForOutput(const std::string& text, std::chrono::milliseconds limit = patience());
 
  private:

@@ -10,11 +10,11 @@
 
 namespace pavo::test {
 
-/// How long a test waits for what has to happen: 10 s, more in builds with a sanitizer. A test that
-/// waits this long has failed.
+// How long a test waits for what has to happen: 10 s, more in builds with a sanitizer. A test that
+// waits this long has failed.
 std::chrono::milliseconds patience();
 
-/// Polls until condition() holds; false when it does not within the limit. Any thread.
+// Polls until condition() holds; false when it does not within the limit. Any thread.
 bool waitUntil(const std::function<bool()>& condition,
                std::chrono::milliseconds limit = patience());
 

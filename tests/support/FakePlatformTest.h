@@ -10,9 +10,9 @@
 
 namespace pavo::test {
 
-/// Starts each test with a healthy, empty platform and ends it with a check that the library kept
-/// the platform's rules. The check stands in the destructor so that the members of a derived
-/// fixture, a Manager for example, are gone by then.
+// Starts each test with a healthy, empty platform and ends it with a check that the library kept
+// the platform's rules. The check stands in the destructor so that the members of a derived
+// fixture, a Manager for example, are gone by then.
 class FakePlatformTest : public testing::Test {
  protected:
   FakePlatformTest() { platform.reset(); }

@@ -11,7 +11,7 @@
 
 namespace pavo::test {
 
-/// The permission bits of a file; all ones when there is none.
+// The permission bits of a file; all ones when there is none.
 inline mode_t modeOf(const std::string& path) {
   struct stat status = {};
   return stat(path.c_str(), &status) == 0 ? status.st_mode & 07777u : ~mode_t{0};

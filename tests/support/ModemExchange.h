@@ -13,7 +13,7 @@
 
 namespace pavo::test {
 
-/// The request's and the response's memory are the library's and valid during the send only.
+// The request's and the response's memory are the library's and valid during the send only.
 struct ModemExchange {
   ovix_client_type client = nullptr;
   unsigned int msgId = 0;
@@ -23,7 +23,7 @@ struct ModemExchange {
   unsigned int responseLength = 0;
   unsigned int timeoutMs = 0;
 
-  /// A copy of the request; all zero when its length is not that of T.
+  // A copy of the request; all zero when its length is not that of T.
   template <typename T>
   T request() const {
     T value{};
@@ -33,7 +33,7 @@ struct ModemExchange {
     return value;
   }
 
-  /// Fills the response; nothing when its length is not that of T.
+  // Fills the response; nothing when its length is not that of T.
   template <typename T>
   void respond(const T& value) const {
     if (resp != nullptr && responseLength == sizeof value) {
@@ -41,7 +41,7 @@ struct ModemExchange {
     }
   }
 
-  /// Fills the result that opens every response; 0 is success.
+  // Fills the result that opens every response; 0 is success.
   void respondResult(std::int32_t result, std::int32_t error = 0) const {
     const ovix_response_type_v01 opening{result, error};
     if (resp != nullptr && responseLength >= sizeof opening) {
@@ -50,8 +50,8 @@ struct ModemExchange {
   }
 };
 
-/// Answers a request: fills the response and returns what ovix_client_send_msg_sync returns. Runs
-/// on the thread that sends, with no lock held, so it may block, raise callbacks and call the fake.
+// Answers a request: fills the response and returns what ovix_client_send_msg_sync returns. Runs
+// on the thread that sends, with no lock held, so it may block, raise callbacks and call the fake.
 using ModemHandler = std::function<ovix_client_error_type(ModemExchange&)>;
 
 }  // namespace pavo::test

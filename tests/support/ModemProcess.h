@@ -17,18 +17,18 @@
 namespace pavo::test {
 
 struct ModemProcessOptions {
-  /// Profiles that the modem made itself: the content of its profiles file; null for none.
+  // Profiles that the modem made itself: the content of its profiles file; null for none.
   nlohmann::json profiles;
-  /// Keeps persistent profiles over a restart.
+  // Keeps persistent profiles over a restart.
   bool keepsStore = true;
-  /// Further arguments of pavo-modem.
+  // Further arguments of pavo-modem.
   std::vector<std::string> arguments;
-  /// false: the socket's path is there, the modem not yet.
+  // false: the socket's path is there, the modem not yet.
   bool startsAtOnce = true;
 };
 
-/// Owns the folder with the modem's socket and files, and the process, which may come and go.
-/// Point OVIX_MODEM at socketPath() before the library is initialised (see ModemEnvironment).
+// Owns the folder with the modem's socket and files, and the process, which may come and go.
+// Point OVIX_MODEM at socketPath() before the library is initialised (see ModemEnvironment).
 class ModemProcess {
  public:
   explicit ModemProcess(ModemProcessOptions options = {});
@@ -39,17 +39,17 @@ class ModemProcess {
   const std::string& socketPath() const { return socket; }
   std::string storePath() const { return folder.file("store.json"); }
 
-  /// Starts it and waits until it listens; throws std::runtime_error with what it wrote when it
-  /// does not.
+  // Starts it and waits until it listens; throws std::runtime_error with what it wrote when it
+  // does not.
   void start();
-  /// Power loss: SIGKILL.
+  // Power loss: SIGKILL.
   void kill();
-  /// SIGTERM; how it ended.
+  // SIGTERM; how it ended.
   ChildProcess::Exit terminate();
   bool isRunning();
   ChildProcess& process() { return *child; }
 
-  /// Sends a verb to its control channel; throws std::runtime_error when the modem refuses it.
+  // Sends a verb to its control channel; throws std::runtime_error when the modem refuses it.
   nlohmann::json control(const std::string& verb,
                          const nlohmann::json& args = nlohmann::json::object());
 
@@ -61,7 +61,7 @@ class ModemProcess {
   std::unique_ptr<modem::ControlClient> controlClient;
 };
 
-/// Sets OVIX_MODEM for this process while it lives. Only while the process has one thread.
+// Sets OVIX_MODEM for this process while it lives. Only while the process has one thread.
 class ModemEnvironment {
  public:
   explicit ModemEnvironment(const std::string& socketPath);

@@ -10,8 +10,8 @@
 
 namespace pavo::test {
 
-/// Manager::getInstance(), which is like new again, its worker ended, when the last handle goes. So
-/// no test sees what another one in the same process has done with it.
+// Manager::getInstance(), which is like new again, its worker ended, when the last handle goes. So
+// no test sees what another one in the same process has done with it.
 inline std::shared_ptr<Manager> processWideManager() {
   return {&Manager::getInstance(), [](Manager* manager) {
             std::destroy_at(manager);

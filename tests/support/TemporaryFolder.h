@@ -9,7 +9,7 @@
 
 namespace pavo::test {
 
-/// Made empty under the system's folder for temporary files, removed with all that is in it.
+// Made empty under the system's folder for temporary files, removed with all that is in it.
 class TemporaryFolder {
  public:
   TemporaryFolder();
@@ -18,7 +18,7 @@ class TemporaryFolder {
   ~TemporaryFolder();
 
   const std::filesystem::path& path() const { return folder; }
-  /// The path of a file in it, which need not exist.
+  // The path of a file in it, which need not exist.
   std::string file(const std::string& name) const { return (folder / name).string(); }
 
  private:

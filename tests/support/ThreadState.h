@@ -11,8 +11,8 @@
 
 namespace pavo::test {
 
-/// Whether the thread of that id (gettid) waits for something. For tests of what must not go on:
-/// they wait until it either has gone on or is asleep.
+// Whether the thread of that id (gettid) waits for something. For tests of what must not go on:
+// they wait until it either has gone on or is asleep.
 inline bool isAsleep(int thread) {
   std::ifstream file("/proc/self/task/" + std::to_string(thread) + "/stat");
   const std::string stat{std::istreambuf_iterator<char>(file), {}};

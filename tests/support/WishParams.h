@@ -13,7 +13,7 @@ namespace pavo::test::model {
 ProfileParams paramsOf(const json& wish);
 FilterProfileParams paramsOf(const Filter& filter);
 
-/// A client's view of a profile as the library tells it.
+// A client's view of a profile as the library tells it.
 json viewOf(const ProfileParams& params);
 
 }  // namespace pavo::test::model

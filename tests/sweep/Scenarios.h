@@ -19,32 +19,32 @@
 
 namespace pavo::test {
 
-/// What a scenario works with.
+// What a scenario works with.
 struct Stage {
   Manager& manager;
   Util& util;
   ModemProcess& modem;
   bool isFaulted;
 
-  /// As another client; without a word when there is no such profile any more, or no modem.
+  // As another client; without a word when there is no such profile any more, or no modem.
   void edit(const std::string& verb, const nlohmann::json& args) const;
-  /// Until the library has registered with the modem, or has met the fault on its way there.
+  // Until the library has registered with the modem, or has met the fault on its way there.
   void awaitModem() const;
 };
 
 struct Scenario {
   const char* name;
-  /// What the modem begins with.
+  // What the modem begins with.
   std::vector<nlohmann::json> profiles;
   std::function<void(const Stage&)> run;
-  /// The APN names on the modem when nothing has failed.
+  // The APN names on the modem when nothing has failed.
   std::multiset<std::string> expected;
   bool startsWithoutModem = false;
-  /// The modem comes back at any moment: one run has more requests than another.
+  // The modem comes back at any moment: one run has more requests than another.
   bool racesWithTheModem = false;
 };
 
-/// Its name.
+// Its name.
 std::ostream& operator<<(std::ostream& out, const Scenario& scenario);
 
 const std::vector<Scenario>& scenarios();

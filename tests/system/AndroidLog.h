@@ -16,11 +16,11 @@ struct AndroidLogLine {
   int priority;
   std::string tag;
   std::string message;
-  /// The thread that logs.
+  // The thread that logs.
   std::thread::id thread = std::this_thread::get_id();
 };
 
-/// The process's log; any thread. It grows for the length of a test and is emptied between them.
+// The process's log; any thread. It grows for the length of a test and is emptied between them.
 class AndroidLog {
  public:
   static AndroidLog& instance();
@@ -28,13 +28,13 @@ class AndroidLog {
   void add(AndroidLogLine line);
   void clear();
 
-  /// Where the next line will stand; for linesSince and waitFor.
+  // Where the next line will stand; for linesSince and waitFor.
   std::size_t end() const;
   std::vector<AndroidLogLine> linesSince(std::size_t position) const;
   std::vector<std::string> messagesSince(std::size_t position) const;
-  /// How many lines from position on are exactly message.
+  // How many lines from position on are exactly message.
   std::size_t count(const std::string& message, std::size_t position = 0) const;
-  /// Waits until there is a line that is exactly message; false when none comes.
+  // Waits until there is a line that is exactly message; false when none comes.
   bool waitFor(const std::string& message, std::size_t position = 0) const;
 
  private:

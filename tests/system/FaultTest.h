@@ -20,17 +20,17 @@ class FaultTest : public SystemTest {
   // One profile of the modem's own that a power cycle leaves as it is.
   FaultTest();
 
-  /// Has the manager initialised again, as whoever finds that it has no modem would, and waits
-  /// until the modem knows it.
+  // Has the manager initialised again, as whoever finds that it has no modem would, and waits
+  // until the modem knows it.
   void initAgain();
-  /// Ends the faults, waits for the power, reads the modem and compares.
-  /// comesBack: the library comes back by itself; else it is initialised again.
+  // Ends the faults, waits for the power, reads the modem and compares.
+  // comesBack: the library comes back by itself; else it is initialised again.
   void recover(bool comesBack = true);
-  /// Deletes all but the modem's own profile, and reads the modem.
+  // Deletes all but the modem's own profile, and reads the modem.
   void deleteOthers();
 };
 
-/// A profile of the modem's own, in every setting of which there is something to go wrong.
+// A profile of the modem's own, in every setting of which there is something to go wrong.
 inline constexpr int ownIndex = 1;
 
 }  // namespace pavo::test

@@ -17,22 +17,22 @@
 
 namespace pavo::test {
 
-/// Profiles by index; a profile is an object of the control channel's settings.
+// Profiles by index; a profile is an object of the control channel's settings.
 using ModemTable = std::map<int, nlohmann::json>;
 
 ModemTable tableOf(ModemProcess& modem);
 
-/// In lower case, ASCII letters only, as the library keeps names.
+// In lower case, ASCII letters only, as the library keeps names.
 std::string lowered(std::string text);
 
-/// The attributes that a client reads of a profile that the modem keeps like this, the library's
-/// two flags included.
+// The attributes that a client reads of a profile that the modem keeps like this, the library's
+// two flags included.
 ProfileParams paramsOf(const nlohmann::json& profile);
 
-/// Every attribute and both flags, for comparison.
+// Every attribute and both flags, for comparison.
 std::string textOf(const ProfileParams& params);
 
-/// "<index>: <attributes>" for each profile of the table, sorted.
+// "<index>: <attributes>" for each profile of the table, sorted.
 std::vector<std::string> textsOf(const ModemTable& table);
 
 }  // namespace pavo::test

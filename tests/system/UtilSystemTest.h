@@ -23,7 +23,7 @@ class UtilSystemTest : public SystemTest {
     connect();
   }
 
-  /// Leaves just these profiles on the modem and in the cache, with indices from 1.
+  // Leaves just these profiles on the modem and in the cache, with indices from 1.
   void put(const std::vector<nlohmann::json>& profiles) {
     for (const auto& [index, profile] : table()) {
       control("delete", {{"index", index}});

@@ -26,10 +26,10 @@ class Chance {
   std::mt19937 engine{20261121};  // NOLINT(cert-msc51-cpp): every run is to be the same.
 };
 
-/// A profile of the modem's, as in a profile file. It uses few values, so that comparisons are
-/// often close, every combination of the modem's IP types, and texts that look like attributes.
+// A profile of the modem's, as in a profile file. It uses few values, so that comparisons are
+// often close, every combination of the modem's IP types, and texts that look like attributes.
 nlohmann::json anyProfile(Chance& chance);
-/// Some attributes out of the same values.
+// Some attributes out of the same values.
 ProfileParams anyParams(Chance& chance);
 
 }  // namespace pavo::test

@@ -12,15 +12,15 @@
 
 namespace pavo::test {
 
-/// The policies are the process-wide manager's, so all tests of a process share one session and one
-/// modem. Each begins with the profiles that it puts there.
+// The policies are the process-wide manager's, so all tests of a process share one session and one
+// modem. Each begins with the profiles that it puts there.
 class LibraryTest : public testing::Test {
  protected:
   LibraryTest();
 
-  /// What the modem has from now on, each in the form of a profile file's; the library knows.
+  // What the modem has from now on, each in the form of a profile file's; the library knows.
   void setProfiles(const nlohmann::json& profiles);
-  /// Waits until the library has handled everything that the modem has sent it so far.
+  // Waits until the library has handled everything that the modem has sent it so far.
   void settle();
 
   ModemProcess& modem;

@@ -223,7 +223,7 @@ class RequestTraceTest : public StartedManagerTest {
  protected:
   static constexpr std::uint8_t profileIndex = 7;
 
-  /// A key of the profile with the given index in its text: "7 token=<n>".
+  // A key of the profile with the given index in its text: "7 token=<n>".
   std::shared_ptr<IProfileKey> addSeventh() {
     platform.setNextProfileIndex(profileIndex);
     auto key = add("ims");

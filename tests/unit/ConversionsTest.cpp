@@ -36,7 +36,7 @@ constexpr std::int32_t strangers[] = {4, 254, -1, std::numeric_limits<std::int32
 
 class ConversionsTest : public testing::Test {
  protected:
-  /// What the log has got since the last time: each line has to be of the library's own kind.
+  // What the log has got since the last time: each line has to be of the library's own kind.
   Lines takeLines() {
     Lines messages;
     for (const CapturedLine& line : log.lines()) {
@@ -48,7 +48,7 @@ class ConversionsTest : public testing::Test {
     return messages;
   }
 
-  /// One line with the number.
+  // One line with the number.
   static Lines lineAbout(const std::string& what, int number) {
     return {"Unknown " + what + " " + std::to_string(number)};
   }

@@ -19,7 +19,7 @@
 namespace pavo::test {
 namespace {
 
-/// The calls of the diagnostic channel, a line each; Android log lines only when asked for.
+// The calls of the diagnostic channel, a line each; Android log lines only when asked for.
 Lines channelCalls(bool withAndroidLog = false) {
   Lines calls;
   for (const PlatformCall& call : FakePlatform::instance().calls()) {
@@ -36,7 +36,7 @@ Lines channelCalls(bool withAndroidLog = false) {
   return calls;
 }
 
-/// For a process that ends: the masks of its messages and its opening and closing of the channel.
+// For a process that ends: the masks of its messages and its opening and closing of the channel.
 void printChannel() {
   for (const PlatformCall& call : FakePlatform::instance().calls()) {
     if (call.kind == FakePlatform::Kind::DiagInit) {
@@ -49,7 +49,7 @@ void printChannel() {
   }
 }
 
-/// No writer is installed at either end, whatever the test before has left.
+// No writer is installed at either end, whatever the test before has left.
 class DiagWriterTest : public FakePlatformTest {
  protected:
   void SetUp() override {
@@ -58,8 +58,8 @@ class DiagWriterTest : public FakePlatformTest {
   }
   void TearDown() override { LogWrapper::getInstance().setLogWriter(nullptr); }
 
-  /// The worker has written the last line of its start, and is done with the writer: a call has
-  /// gone through it since.
+  // The worker has written the last line of its start, and is done with the writer: a call has
+  // gone through it since.
   bool waitUntilQuiet(Manager& manager) {
     const bool isLastLine = platform.waitFor([] {
       const Lines calls = channelCalls();

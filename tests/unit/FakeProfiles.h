@@ -23,12 +23,12 @@ class FakeProfiles final : public policy::ProfileOperations, public policy::Poli
   void log(policy::LineLevel level, const char* line) override;
 
   std::map<int, ProfileSettings> table;
-  /// As a modem that refuses every change: the operation is done, the table stays as it is.
+  // As a modem that refuses every change: the operation is done, the table stays as it is.
   bool isRefusing = false;
-  /// The operations with their answers and, with the level's letter in front, the lines for the
-  /// log.
+  // The operations with their answers and, with the level's letter in front, the lines for the
+  // log.
   Lines lines;
-  /// What the modem was asked for.
+  // What the modem was asked for.
   Lines changes;
 
  private:

@@ -19,8 +19,8 @@
 
 namespace pavo::test {
 
-/// From now on this process gets just that many more descriptors. Writes "I limited" first: with
-/// the undefined-behaviour sanitizer a first call of the log writer needs some itself.
+// From now on this process gets just that many more descriptors. Writes "I limited" first: with
+// the undefined-behaviour sanitizer a first call of the log writer needs some itself.
 inline void allowMoreFds(int count) {
   LogWrapper::log(LogLevel::Info, logTag, "limited");
   std::vector<int> opened;
@@ -36,7 +36,7 @@ inline void allowMoreFds(int count) {
   setrlimit(RLIMIT_NOFILE, &limit);
 }
 
-/// Has the library's lines written to the standard error, for the parent to read.
+// Has the library's lines written to the standard error, for the parent to read.
 inline void logToStandardError() {
   class Writer : public LogWriter {
    public:
@@ -49,7 +49,7 @@ inline void logToStandardError() {
   LogWrapper::getInstance().setLogWriter(std::make_unique<Writer>());
 }
 
-/// How often the text stands in the output of the child.
+// How often the text stands in the output of the child.
 inline std::size_t occurrences(const std::string& output, const std::string& text) {
   std::size_t count = 0;
   for (auto at = output.find(text); at != std::string::npos; at = output.find(text, at + 1)) {

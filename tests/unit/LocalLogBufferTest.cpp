@@ -112,7 +112,7 @@ class TimeZone {
 
 constexpr std::time_t someSecond = 1'700'000'000;  // 2023-11-14 22:13:20 UTC
 
-/// The line that a buffer makes at that time, on a thread that has made none before.
+// The line that a buffer makes at that time, on a thread that has made none before.
 std::string lineAt(std::time_t seconds, int microseconds) {
   const StoppedClock clock(seconds, microseconds);
   LocalLogBuffer buffer("PAVO", /*capacity=*/1);
@@ -120,7 +120,7 @@ std::string lineAt(std::time_t seconds, int microseconds) {
   return buffer.getLogs().at(0);
 }
 
-/// The lines without their stamps.
+// The lines without their stamps.
 Lines messagesOf(const Lines& lines) {
   Lines messages;
   for (const std::string& line : lines) {
@@ -320,7 +320,7 @@ class KeptLinesTest : public testing::Test {
   }
   ~KeptLinesTest() override { LocalLogBuffer::getInstance().flush(); }
 
-  /// What a client's dump shows after "Logs:", the stamps checked and removed.
+  // What a client's dump shows after "Logs:", the stamps checked and removed.
   static Lines dumpedMessages() {
     const Lines lines = Manager().dump();
     EXPECT_GE(lines.size(), 2U);

@@ -20,7 +20,7 @@ inline constexpr const char* notDeleted =
     "Error: Unable send OVIX_WDS_DELETE_PROFILE_REQ_V01 message";
 inline constexpr const char* unknown = "Error: ProfileCache: token is not present or expired";
 
-/// As the recorded lines of a descriptor's, a request's and a profile's end have them.
+// As the recorded lines of a descriptor's, a request's and a profile's end have them.
 inline constexpr const char* removingHandler = "V EventManager::removeEventHandler(int fd) EX";
 inline constexpr const char* handlingRequest = "D :77:handleClientRequest";
 inline constexpr const char* profileEnd = "D ~ModemProfile()";

@@ -25,7 +25,7 @@ constexpr LogLevel allLevels[] = {LogLevel::Verbose,       LogLevel::Debug, LogL
                                   LogLevel::Error,         LogLevel::Fatal, LogLevel::High,
                                   static_cast<LogLevel>(6)};
 
-/// The messages in the process's buffer.
+// The messages in the process's buffer.
 Lines keptMessages() {
   Lines messages;
   for (const std::string& line : LocalLogBuffer::getInstance().getLogs()) {
@@ -35,7 +35,7 @@ Lines keptMessages() {
   return messages;
 }
 
-/// No writer is installed and nothing kept, at either end.
+// No writer is installed and nothing kept, at either end.
 class LogWrapperTest : public testing::Test {
  protected:
   LogWrapperTest() { clear(); }
@@ -47,7 +47,7 @@ class LogWrapperTest : public testing::Test {
   }
 };
 
-/// What the writers of one test have done, from any thread.
+// What the writers of one test have done, from any thread.
 struct WriterCounts {
   std::atomic<int> made{0};
   std::atomic<int> destroyed{0};

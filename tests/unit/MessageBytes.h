@@ -47,7 +47,7 @@ class MessageBytes {
     return message;
   }
 
-  /// One line for each byte in which actual differs, none when the messages are the same.
+  // One line for each byte in which actual differs, none when the messages are the same.
   std::vector<std::string> differences(const MessageBytes& actual) const {
     std::vector<std::string> lines;
     if (actual.bytes.size() != bytes.size()) {
@@ -79,7 +79,7 @@ inline constexpr std::size_t createRequestSize = 3256;
 inline constexpr std::size_t modifyRequestSize = 3256;
 inline constexpr std::size_t settingsResponseSize = 3272;
 
-/// A successful settings response without a field.
+// A successful settings response without a field.
 inline MessageBytes emptySettings() { return MessageBytes(settingsResponseSize); }
 
 }  // namespace pavo::test

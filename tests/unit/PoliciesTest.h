@@ -20,14 +20,14 @@ class PoliciesTest : public testing::Test {
   using KeyPolicy = Key (*)(const policy::Run& run, const ProfileParams& params);
 
   struct Expected {
-    /// The operations and the lines, as FakeProfiles notes them.
+    // The operations and the lines, as FakeProfiles notes them.
     Lines lines = {};
-    /// What the modem is asked for.
+    // What the modem is asked for.
     Lines changes = {};
     std::string result = {};
   };
 
-  /// The modem's profiles, numbered from 1.
+  // The modem's profiles, numbered from 1.
   void put(const std::vector<ProfileSettings>& profiles) {
     table.clear();
     for (const ProfileSettings& profile : profiles) {
@@ -37,7 +37,7 @@ class PoliciesTest : public testing::Test {
     }
   }
 
-  /// Runs the policy on the table, once for each switch.
+  // Runs the policy on the table, once for each switch.
   void expect(const Policy& policy, const Expected& expected) const {
     for (const bool updateAllowed : switches) {
       SCOPED_TRACE(updateAllowed ? "updates allowed" : "updates not allowed");
@@ -50,7 +50,7 @@ class PoliciesTest : public testing::Test {
     }
   }
 
-  /// A policy that returns a key has a first and a last line besides.
+  // A policy that returns a key has a first and a last line besides.
   void expect(const std::string& name, KeyPolicy policy, const ProfileParams& wanted,
               Expected expected) const {
     Lines& lines = expected.lines;

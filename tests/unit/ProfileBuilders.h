@@ -14,7 +14,7 @@
 
 namespace pavo::test {
 
-/// A profile of the modem's table.
+// A profile of the modem's table.
 class Stored : public ProfileSettings {
  public:
   Stored& apn(std::string value) { return set(apnName, std::move(value)); }
@@ -41,7 +41,7 @@ class Stored : public ProfileSettings {
   }
 };
 
-/// What a client wants.
+// What a client wants.
 class Wanted : public ProfileParams {
  public:
   Wanted& apn(const std::string& value) { return set(&Wanted::setApnName, value); }

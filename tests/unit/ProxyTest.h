@@ -17,8 +17,8 @@
 
 namespace pavo::test {
 
-/// A proxy on an event loop that the test itself turns, so that everything happens in one order.
-/// The service is announced by platform.notify() only.
+// A proxy on an event loop that the test itself turns, so that everything happens in one order.
+// The service is announced by platform.notify() only.
 class ProxyTest : public FakePlatformTest {
  protected:
   static constexpr int subscription = 7;
@@ -31,7 +31,7 @@ class ProxyTest : public FakePlatformTest {
     proxy.emplace(loop, subscription);
     proxy->registerProfileChangedInd([this](ProfileChangedInd ind) { received.push_back(ind); });
   }
-  /// Without a word in the record.
+  // Without a word in the record.
   void open() {
     construct();
     platform.notify();
@@ -41,7 +41,7 @@ class ProxyTest : public FakePlatformTest {
   void destroy() { proxy.reset(); }
 
   Sequence recorded() const { return sequenceOf(platform.calls()); }
-  /// What has been recorded since the last call, without the lines of the loop.
+  // What has been recorded since the last call, without the lines of the loop.
   Sequence takeRecorded() {
     Sequence sequence = withoutEventLines(recorded());
     platform.clearCalls();
@@ -51,7 +51,7 @@ class ProxyTest : public FakePlatformTest {
   FakePlatform::Client client() const { return platform.clients().back(); }
   FakePlatform::Notifier notifier() const { return platform.notifiers().back(); }
 
-  /// The indications that came through, as text.
+  // The indications that came through, as text.
   Sequence deliveries() const {
     Sequence texts;
     for (const ProfileChangedInd& ind : received) {

@@ -16,8 +16,8 @@
 
 namespace pavo::test {
 
-/// A manager whose client is registered with the modem, logging to the fake's Android log. The
-/// record starts empty.
+// A manager whose client is registered with the modem, logging to the fake's Android log. The
+// record starts empty.
 class StartedManagerTest : public FakePlatformTest {
  protected:
   explicit StartedManagerTest(std::shared_ptr<Manager> theManager = std::make_shared<Manager>())
@@ -28,7 +28,7 @@ class StartedManagerTest : public FakePlatformTest {
     platform.clearCalls();
   }
 
-  /// The lines so far that begin with the text.
+  // The lines so far that begin with the text.
   std::vector<std::string> linesBeginning(const std::string& text) const {
     std::vector<std::string> found;
     for (std::string& line : platform.logMessages()) {
@@ -39,7 +39,7 @@ class StartedManagerTest : public FakePlatformTest {
     return found;
   }
 
-  /// A profile of the library's, at the modem's next index.
+  // A profile of the library's, at the modem's next index.
   std::shared_ptr<IProfileKey> add(const std::string& apnName, bool isPersistent = false,
                                    bool isIAProfile = false) {
     AddProfileParams params(isPersistent, isIAProfile);
@@ -47,7 +47,7 @@ class StartedManagerTest : public FakePlatformTest {
     return manager.addProfile(params);
   }
 
-  /// Reads the profile that the modem holds at the index, through a refresh.
+  // Reads the profile that the modem holds at the index, through a refresh.
   std::optional<ProfileParams> readFromModem(
       std::uint8_t index, const wds_get_profile_settings_resp_msg_v01& settings) {
     platform.setProfile(index, settings);

@@ -12,7 +12,7 @@
 
 namespace pavo::test {
 
-/// Dumps as the text that it was made with, and belongs to no cache.
+// Dumps as the text that it was made with, and belongs to no cache.
 class TextKey : public IProfileKey {
  public:
   explicit TextKey(std::string dumpText) : text(std::move(dumpText)) {}

@@ -11,10 +11,10 @@
 
 namespace pavo::test {
 
-/// The last event that this thread gave to the kernel, in all its bytes.
+// The last event that this thread gave to the kernel, in all its bytes.
 inline thread_local std::array<unsigned char, sizeof(epoll_event)> givenEvent{};
 
-/// Which registration from now on fails, of any thread and counted from 1; 0 for none.
+// Which registration from now on fails, of any thread and counted from 1; 0 for none.
 inline std::atomic<int> failingRegistration{0};
 
 }  // namespace pavo::test
