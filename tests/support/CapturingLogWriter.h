@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: The Pavor Authors
 // SPDX-License-Identifier: Apache-2.0
 
-// Captures the library's log lines in unit tests of single classes.
+// This writer captures the library's log lines in unit tests of single classes.
 #pragma once
 
 #include "LogLevel.h"

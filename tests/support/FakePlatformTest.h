@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: The Pavor Authors
 // SPDX-License-Identifier: Apache-2.0
 
-// The fixture of tests that run against the fake platform.
+// FakePlatformTest is the fixture of tests that run against the fake platform.
 #pragma once
 
 #include "FakePlatform.h"

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: The Pavor Authors
 // SPDX-License-Identifier: Apache-2.0
 
-// A program on a terminal of its own, driven by a test as by a user.
+// A TerminalProcess is a program on a terminal of its own. A test drives it as a user would.
 #pragma once
 
 #include "ChildProcess.h"
@@ -25,13 +25,13 @@ class TerminalProcess {
   TerminalProcess& operator=(const TerminalProcess&) = delete;
   ~TerminalProcess();
 
-  // As typed at the keyboard: "\r" is Enter, "\t" Tab, "\x03" Ctrl-C, "\x04" Ctrl-D.
+  // Types the keys as at the keyboard: "\r" is Enter, "\t" Tab, "\x03" Ctrl-C, "\x04" Ctrl-D.
   void type(const std::string& keys);
-  // Waits until it has written text after what the last successful wait found.
+  // Waits until the program has written text after the text that the last successful wait found.
   bool waitForOutput(const std::string& text);
-  // All that it has written, control sequences and echo included.
+  // Returns all that the program has written, control sequences and echo included.
   const std::string& output();
-  // How it ended; empty when it still runs after patience().
+  // Waits for the end and returns it; returns nothing when the program still runs after patience().
   std::optional<ChildProcess::Exit> waitForExit();
   pid_t pid() const { return processId; }
 
