@@ -395,8 +395,8 @@ TEST_F(ClientTest, Send_ModemThatDoesNotRead_TimesOutInBoundedTime) {
   request.profile_event_list_valid = 1;
   request.profile_event_list_len = OVIX_WDS_EVENT_LIST_MAX_V01;
   wds_result_resp_msg_v01 response{};
-  // The request is larger than any socket's buffer, so the writing itself has to wait at some
-  // point. A frame that was written in part ends the connection.
+  // The requests together are larger than any socket holds, so the writing itself has to wait at
+  // some point. A frame that was written in part ends the connection.
   int error = OVIX_CLIENT_TIMEOUT_ERROR;
   for (int i = 0; i < 500 && error == OVIX_CLIENT_TIMEOUT_ERROR; ++i) {
     error = ovix_client_send_msg_sync(client.get(), OVIX_WDS_CONFIGURE_PROFILE_EVENT_LIST_REQ_V01,

@@ -64,7 +64,7 @@ enum class Fate {
   Unanswered,           // carried out, but the library does not learn of it
   OtherSettings,        // written, or read, with otherSettings()
   PowerLostBefore,      // not carried out; the power goes and comes
-  PowerLostUnanswered,  // carried out; the power goes and comes before it is answered or told
+  PowerLostUnanswered,  // carried out; the power goes and comes before it is answered or indicated
 };
 json otherSettings();
 
