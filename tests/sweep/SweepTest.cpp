@@ -36,7 +36,7 @@ struct Victims {
   bool areOfTheStart = false;
 };
 
-// This effect makes the modem come and go, twenty times at intervals of a few milliseconds.
+// This effect makes the modem go and come twenty times, off for 5 ms and on for 5 ms each time.
 FaultEffect comesAndGoes() {
   return {"comes and goes",
           {{"power", "before"}, {"offMs", 5}, {"onMs", 5}, {"times", 20}},
