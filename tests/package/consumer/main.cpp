@@ -10,8 +10,7 @@
 #include <type_traits>
 #include <vector>
 
-// A ProfileParams converts to a filter and to a change, because the README's example passes it as
-// both.
+// A ProfileParams converts to a filter and to a change. The README's example passes it to filter().
 using pavo::ProfileParams;
 static_assert(std::is_convertible_v<const ProfileParams&, pavo::FilterProfileParams>);
 static_assert(std::is_convertible_v<const ProfileParams&, pavo::ModifyProfileParams>);
