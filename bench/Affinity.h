@@ -7,7 +7,7 @@
 
 namespace pavo::bench {
 
-// Holds the calling thread, and the threads that it starts from now on, to one processor.
+// Binds the calling thread, and the threads that it starts from now on, to one processor.
 inline void pinToCpu(int cpu) {
   cpu_set_t set;
   CPU_ZERO(&set);

@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: The Pavor Authors
 // SPDX-License-Identifier: Apache-2.0
 
-// Counts what hardly moves with the machine's noise: allocations and context switches of this
-// process, all threads.
+// This header counts allocations and context switches of this process, over all threads. These
+// numbers hardly depend on the machine's noise.
 #pragma once
 
 #include <cstdint>

@@ -1,8 +1,9 @@
 // SPDX-FileCopyrightText: The Pavor Authors
 // SPDX-License-Identifier: Apache-2.0
 
-// What the library's hand-off costs with nothing else in it: the eventfd is written under the slot
-// mutex, the worker waits in epoll, drains to EAGAIN, answers and notifies under the mutex.
+// BareHandOff measures the cost of the library's hand-off with nothing else in it. The eventfd is
+// written under the slot mutex. The worker waits in epoll, drains to EAGAIN, answers and notifies
+// under the mutex.
 #pragma once
 
 #include "base/UniqueFd.h"
@@ -20,7 +21,7 @@ class BareHandOff {
   BareHandOff& operator=(const BareHandOff&) = delete;
   ~BareHandOff();
 
-  // One round trip.
+  // Makes one round trip.
   int call(int request);
 
  private:

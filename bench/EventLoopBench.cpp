@@ -1,7 +1,8 @@
 // SPDX-FileCopyrightText: The Pavor Authors
 // SPDX-License-Identifier: Apache-2.0
 
-// Waiting for and dispatching n ready descriptors, no log writer, against epoll alone.
+// This benchmark waits for and dispatches n ready descriptors without a log writer. It compares the
+// loop with epoll alone.
 #include "EventManager.h"
 #include "LogWrapper.h"
 #include "base/UniqueFd.h"
@@ -19,7 +20,7 @@ constexpr int eventsPerWaitMax = 4;
 
 int dispatched = 0;
 
-// Leaves the descriptor readable, so that the next wait finds it again.
+// The callback leaves the descriptor readable, so that the next wait finds it again.
 void count(int /*fd*/, void* /*data*/) { ++dispatched; }
 
 std::vector<UniqueFd> readyFds(long number) {

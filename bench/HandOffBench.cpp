@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: The Pavor Authors
 // SPDX-License-Identifier: Apache-2.0
 
-// One getProfile against a bare hand-off of the same shape, both threads on one processor or on one
-// each.
+// This benchmark compares one getProfile with a bare hand-off of the same shape. Both threads run
+// on one processor, or each on its own.
 #include <pavo/Manager.h>
 
 #include "Affinity.h"

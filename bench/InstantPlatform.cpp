@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: The Pavor Authors
 // SPDX-License-Identifier: Apache-2.0
 
-// The platform's functions as cheap as they can be: the service is there at once, every request
-// succeeds at once, creates get the next index, and log lines go nowhere.
+// These are the platform's functions at the lowest possible cost. The service is there at once and
+// every request succeeds at once. Creates get the next index, and log lines are dropped.
 #include "diag_lsm.h"
 #include "ovix_client.h"
 #include "wds_v01.h"

@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: The Pavor Authors
 // SPDX-License-Identifier: Apache-2.0
 
-// Init, one call, destroy against the life of a bare loop: thread, epoll, eventfd, one round trip,
-// join.
+// This benchmark compares init, one call and destruction with the life of a bare loop: thread,
+// epoll, eventfd, one round trip, join.
 #include <pavo/Manager.h>
 
 #include "BareHandOff.h"

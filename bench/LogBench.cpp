@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: The Pavor Authors
 // SPDX-License-Identifier: Apache-2.0
 
-// A log line that is kept, with a writer that drops it, against the same line made the plain way;
-// and a line that reaches nobody.
+// This benchmark compares a kept log line, with a writer that drops it, with the same line made the
+// plain way. It also measures a line that reaches no writer and no buffer.
 #include "LogWrapper.h"
 #include "NullWriter.h"
 
@@ -22,7 +22,7 @@ namespace {
 
 constexpr std::size_t linesMax = 201;
 
-// vsnprintf, localtime, strftime, a bounded deque.
+// The plain way is vsnprintf, localtime, strftime and a bounded deque.
 __attribute__((format(printf, 1, 2))) void plainLine(const char* format, ...) {
   static std::deque<std::string> lines;
   static std::mutex mutex;

@@ -9,7 +9,7 @@
 
 namespace pavo::bench {
 
-// Takes every line and drops it.
+// This writer takes every line and drops it.
 class NullWriter : public LogWriter {
  public:
   void write(LogLevel /*level*/, std::string /*tag*/, std::string /*message*/) override {}

@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: The Pavor Authors
 // SPDX-License-Identifier: Apache-2.0
 
-// A refresh, per profile, against one bare request to the same modem: the emulated one in a process
-// of its own, holding as many profiles as a modem can.
+// This benchmark compares a refresh, per profile, with one bare request to the same modem. The
+// modem is the emulated one in a process of its own, with as many profiles as a modem can hold.
 #include <pavo/Manager.h>
 
 #include "LogWrapper.h"
@@ -21,7 +21,7 @@ namespace {
 
 constexpr int profileCount = 255;
 
-// One modem for the whole run; it ends with this process.
+// Returns the one modem of the whole run. It ends with this process.
 test::ModemProcess& fullModem() {
   static test::ModemProcess& modem = []() -> test::ModemProcess& {
     test::ModemProcessOptions options;

@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: The Pavor Authors
 // SPDX-License-Identifier: Apache-2.0
 
-// An APN list of either format with any content: read, each entry mapped to a profile, and looked
-// through for mistakes. Whatever is wrong with it comes out as lines.
+// This target reads an APN list of either format with any content, maps each entry to a profile,
+// and checks the list for mistakes. Every mistake in it must come out as lines.
 #include "Errors.h"
 #include "lists/ApnCheck.h"
 #include "lists/ApnFile.h"

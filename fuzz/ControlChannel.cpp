@@ -1,8 +1,9 @@
 // SPDX-FileCopyrightText: The Pavor Authors
 // SPDX-License-Identifier: Apache-2.0
 
-// Requests to the modem's control channel, one a line: verbs, arguments and what is none. Every one
-// is answered in one frame that says whether it was done, and the modem goes on serving.
+// This target sends requests to the modem's control channel, one a line: verbs, arguments and
+// invalid text. The modem must answer each in one frame that says whether it was done, and must
+// continue to serve.
 #include "tests/modem/RawClient.h"
 #include "tests/modem/ServedModem.h"
 #include "wire/Frame.h"
@@ -18,7 +19,7 @@ namespace {
 
 using nlohmann::json;
 
-// A modem that is told to wait does so; the fuzzer does not.
+// Returns whether the request asks the modem to wait. The fuzzer does not send such requests.
 bool asksForTime(const std::string& request) {
   return request.find("Ms\"") != std::string::npos || request.find("times\"") != std::string::npos;
 }

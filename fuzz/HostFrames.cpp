@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: The Pavor Authors
 // SPDX-License-Identifier: Apache-2.0
 
-// What a modem may put on a client's connection: the input is sent as it is in answer to a request,
-// and then the modem hangs up. The messaging library has to answer its caller and to let go.
+// This target sends the input unchanged as a modem's answer to a request, and then the modem hangs
+// up. The messaging library has to answer its caller and to release the client.
 #include "host/RawModem.h"
 #include "ovix_client.h"
 #include "support/TemporaryFolder.h"
@@ -19,7 +19,7 @@ using pavo::test::RawFrame;
 using pavo::test::RawModem;
 using pavo::test::RawPeer;
 
-// Reads the whole indication, so that a sanitizer sees what is not there.
+// Reads the whole indication, so that a sanitizer detects missing bytes.
 void onIndication(ovix_client_type client, unsigned int id, void* bytes, unsigned int length,
                   void* /*data*/) {
   wds_profile_changed_ind_msg_v01 message{};
@@ -29,7 +29,7 @@ void onIndication(ovix_client_type client, unsigned int id, void* bytes, unsigne
 
 void onError(ovix_client_type /*client*/, ovix_client_error_type /*error*/, void* /*data*/) {}
 
-// The modem's socket, named for the messaging library.
+// Returns the path of the modem's socket, and names it for the messaging library.
 const std::string& socketPath() {
   static const pavo::test::TemporaryFolder folder;
   static const std::string path = [] {
@@ -43,7 +43,8 @@ const std::string& socketPath() {
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  // Asked for before there is a modem to be asked about it, but of the modem of that path.
+  // The service object is requested before there is a modem that could be asked for it, but for the
+  // modem of that path.
   static const std::string& path = socketPath();
   static const ovix_service_object_type service = wds_get_service_object_internal_v01(1, 257, 6);
   const Bytes answer(data, data + size);

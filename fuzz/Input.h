@@ -1,7 +1,8 @@
 // SPDX-FileCopyrightText: The Pavor Authors
 // SPDX-License-Identifier: Apache-2.0
 
-// The bytes of one fuzzed input, taken from the front. When they are used up, everything is zero.
+// An Input holds the bytes of one fuzzed input, taken from the front. When they are used up, every
+// value is zero.
 #pragma once
 
 #include <algorithm>
@@ -25,7 +26,7 @@ class Input {
     return static_cast<std::int32_t>(number16() | static_cast<std::uint32_t>(number16()) << 16);
   }
 
-  // At most that many bytes.
+  // Returns at most that many bytes.
   std::vector<std::uint8_t> bytes(std::size_t most) {
     const std::size_t count = std::min(most, static_cast<std::size_t>(end - at));
     std::vector<std::uint8_t> taken(at, at + count);
@@ -39,7 +40,7 @@ class Input {
     return {taken.begin(), taken.end()};
   }
 
-  // Writes pieces of the input over a structure, anywhere.
+  // Writes pieces of the input over a structure, at any offset.
   template <typename Structure>
   void scribbleOn(Structure& structure) {
     auto* const bytesOf = reinterpret_cast<std::uint8_t*>(&structure);

@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: The Pavor Authors
 // SPDX-License-Identifier: Apache-2.0
 
-// ovix_client_message_decode with any message, any kind and any bytes, into a structure of the
-// right size or of any other.
+// This target calls ovix_client_message_decode with any message, any kind and any bytes, into a
+// structure of the right size or of any other.
 #include "Input.h"
 #include "host/RawModem.h"
 #include "ovix_client.h"
@@ -50,7 +50,7 @@ ovix_client_type openedClient() {
   return client;
 }
 
-// Ends before the modem that it is connected to.
+// The client ends before the modem that it is connected to.
 struct OpenClient {
   const ovix_client_type handle = openedClient();
   ~OpenClient() { ovix_client_release(handle); }
@@ -68,7 +68,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   if (input.byte() % 8 == 7) {
     message = {input.byte() % 4, input.number16(), input.number16()};
   }
-  // On the heap and of that very size: a byte beyond is an error that the sanitizer sees.
+  // The bytes are on the heap in memory of exactly their size, so the sanitizer detects a read
+  // beyond them.
   const std::vector<std::uint8_t> bytes = input.rest();
   std::vector<std::uint8_t> structure(message.size);
   ovix_client_message_decode(client.handle, message.kind, message.id, bytes.data(),

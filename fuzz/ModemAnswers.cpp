@@ -1,9 +1,9 @@
 // SPDX-FileCopyrightText: The Pavor Authors
 // SPDX-License-Identifier: Apache-2.0
 
-// Whole answers to the list and settings requests, and indications, as no modem should send them:
-// lengths, flags, enumerations and texts of the structures are the input's. The library reads them
-// into its cache, and clients look at everything there.
+// This target sends whole answers to the list and settings requests, and indications, as no modem
+// should send them. The lengths, flags, enumerations and texts of the structures come from the
+// input. The library reads them into its cache, and clients read everything there.
 #include <pavo/Manager.h>
 
 #include "FakePlatform.h"
@@ -21,7 +21,7 @@ using pavo::fuzz::Input;
 using pavo::test::FakePlatform;
 using pavo::test::ModemExchange;
 
-// Whatever a profile's index, one of a few answers.
+// Each profile gets one of this many answers, whatever its index.
 constexpr std::size_t differentSettings = 4;
 
 template <typename Response>
@@ -62,7 +62,7 @@ void lookAt(pavo::Manager& manager, Input& input) {
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   Input input(data, size);
   wds_get_profile_list_resp_msg_v01 list{};
-  // Mostly few, for speed, and sometimes more than fit.
+  // The number is mostly small, for speed, and sometimes larger than the structure has room for.
   const unsigned int few = input.byte();
   list.profile_list_len =
       few < 0xF0 ? few % 8 : input.number16() % (OVIX_WDS_PROFILE_LIST_MAX_V01 + 2U);

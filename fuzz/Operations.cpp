@@ -1,8 +1,9 @@
 // SPDX-FileCopyrightText: The Pavor Authors
 // SPDX-License-Identifier: Apache-2.0
 
-// Any sequence of public operations with any parameters, while the modem refuses, keeps silent, and
-// is edited by others. Nothing may crash or hang, and the platform's rules are kept.
+// This target runs any sequence of public operations with any parameters, while the modem refuses,
+// stays silent, and is edited by other clients. Nothing may crash or hang, and the library must
+// keep the platform's rules.
 #include <pavo/Manager.h>
 #include <pavo/Util.h>
 
@@ -128,7 +129,7 @@ class Caller {
     const Key key = anyKey();
     if (input.flag() && key != nullptr) {
       key->registerExpirationListener([text = input.text()] {
-        // Refused: it runs on the worker.
+        // The call is refused, because it runs on the worker.
         pavo::Manager::getInstance().filter(pavo::FilterProfileParams());
       });
     } else if (!keys.empty()) {

@@ -1,7 +1,8 @@
 // SPDX-FileCopyrightText: The Pavor Authors
 // SPDX-License-Identifier: Apache-2.0
 
-// Profiles as clients may describe them: each attribute present or not, with any value.
+// This header makes profiles as clients may describe them: each attribute is present or not, with
+// any value.
 #pragma once
 
 #include <pavo/FilterProfileParams.h>
@@ -10,7 +11,7 @@
 
 namespace pavo::fuzz {
 
-// Mostly values that have a name, so that policies get beyond the first comparison.
+// Returns mostly values that have a name, so that policies get beyond the first comparison.
 inline int numberFrom(Input& input) {
   const int small = input.byte();
   return small == 0xFF ? input.number32() : small % 8;
@@ -20,7 +21,7 @@ inline void fill(ProfileParams& params, Input& input) {
   const unsigned int present = input.number16();
   const auto has = [present](int bit) { return (present >> bit & 1U) != 0; };
   if (has(0)) {
-    // A few names that come again, or any text.
+    // The name is one of a few that come again, or any text.
     static constexpr const char* names[] = {"ims", "IMS", "internet", "", "sos", "Inter"};
     const unsigned int name = input.byte();
     params.setApnName(name < 0xF0 ? names[name % 6] : input.text());

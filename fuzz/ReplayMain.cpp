@@ -1,7 +1,8 @@
 // SPDX-FileCopyrightText: The Pavor Authors
 // SPDX-License-Identifier: Apache-2.0
 
-// Runs a fuzz target over the files and folders that are given, once each: a corpus as a test.
+// This program runs a fuzz target over the given files and folders, once each, so that a corpus is
+// a test.
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
@@ -35,7 +36,7 @@ bool replay(const std::filesystem::path& path) {
     std::fprintf(stderr, "cannot read %s\n", path.c_str());
     return false;
   }
-  // For who looks after a crash.
+  // The path shows which input led to a crash.
   std::fprintf(stderr, "%s\n", path.c_str());
   LLVMFuzzerTestOneInput(reinterpret_cast<const std::uint8_t*>(bytes.data()), bytes.size());
   return true;

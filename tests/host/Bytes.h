@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: The Pavor Authors
 // SPDX-License-Identifier: Apache-2.0
 
-// Encoded messages and frames, put together by hand from what docs/modem-messages.md says. Tests
-// compare what the messaging library makes of them with this, so nothing here uses its code.
+// This header builds encoded messages and frames by hand from the layout in docs/modem-messages.md.
+// Tests compare the messaging library's encoding with these bytes, so nothing here uses its code.
 #pragma once
 
 #include <cstdint>

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: The Pavor Authors
 // SPDX-License-Identifier: Apache-2.0
 
-// The life of a client against a modem that does what a test wants: opening, sending, timeouts, the
+// These tests cover the life of a client against a scripted modem: opening, sending, timeouts, the
 // end of the connection, release.
 #include "HostTest.h"
 #include "Recorder.h"
@@ -25,7 +25,7 @@ class ClientTest : public HostTest {};
 
 Bytes profileChanged(unsigned index) { return field(0x10, u32(0) + u8(index) + u32(3)); }
 
-// Answers with the index that was asked about as error code.
+// Answers with the requested index as error code.
 void echoIndex(RawPeer& peer, const RawFrame& request) {
   peer.respond(request, result(/*code=*/1, /*error=*/request.payload.at(7)));
 }
@@ -83,7 +83,8 @@ TEST_F(ClientTest, Open_HelloThatIsNone_Fails) {
 }
 
 TEST_F(ClientTest, Open_ModemThatHangsUpInsteadOfHello_Fails) {
-  // The second frame that it takes for its hello's answer never comes: half a header, then silence.
+  // The client takes a second frame as the answer to its hello, and that frame never comes: only
+  // half a header arrives.
   RawModem modem(path, RawModem::succeed, Bytes(6, 0));
   std::thread hangUp([&] {
     EXPECT_TRUE(waitUntil([&] { return modem.lastPeer() != nullptr; }));
@@ -131,7 +132,8 @@ TEST_F(ClientTest, Hello_JoiningARunningModem_HasNotWaited) {
   EXPECT_EQ(modem.hellos().back(), u8(0));
 }
 
-// Between the look for the service and the opening it may be away; nobody would try again.
+// The modem may be away between the search for the service and the opening, and no caller would try
+// again.
 TEST_F(ClientTest, Open_ModemComesMeanwhile_Succeeds) {
   ovix_client_type client = nullptr;
   auto opened = std::async(std::launch::async, [&] { return tryOpen(client); });
@@ -152,7 +154,7 @@ TEST_F(ClientTest, Hello_AfterAFailedAttempt_HasWaitedOnce) {
 
 TEST_F(ClientTest, Hello_AfterALostConnection_HasWaited) {
   RawModem modem(path);
-  Events errors;  // Outlives the client, whose callbacks end with it.
+  Events errors;  // The record outlives the client, whose callbacks end with it.
   const Handle lost = openClient();
   ovix_client_register_error_cb(lost.get(), recordError, &errors);
   modem.lastPeer()->hangUp();
@@ -188,7 +190,7 @@ TEST_F(ClientTest, Open_ModemRefuses_AnswersItsCode) {
     EXPECT_EQ(tryOpen(client), code);
     EXPECT_EQ(client, nullptr);
   }
-  // A refused client has been without the service.
+  // A refused client has seen an absence of the service, so its next hello says so.
   RawModem modem(path);
   openClient();
   EXPECT_EQ(modem.hellos().back(), u8(1));
@@ -393,8 +395,8 @@ TEST_F(ClientTest, Send_ModemThatDoesNotRead_TimesOutInBoundedTime) {
   request.profile_event_list_valid = 1;
   request.profile_event_list_len = OVIX_WDS_EVENT_LIST_MAX_V01;
   wds_result_resp_msg_v01 response{};
-  // More than any socket holds, so that writing itself has to wait at some point. A frame that was
-  // written in part ends the connection.
+  // The requests together are larger than any socket holds, so the writing itself has to wait at
+  // some point. A frame that was written in part ends the connection.
   int error = OVIX_CLIENT_TIMEOUT_ERROR;
   for (int i = 0; i < 500 && error == OVIX_CLIENT_TIMEOUT_ERROR; ++i) {
     error = ovix_client_send_msg_sync(client.get(), OVIX_WDS_CONFIGURE_PROFILE_EVENT_LIST_REQ_V01,
@@ -456,7 +458,7 @@ INSTANTIATE_TEST_SUITE_P(
 
 TEST_F(ClientTest, ErrorCallback_LossBeforeRegistration_IsToldAtRegistration) {
   RawModem modem(path);
-  Events errors;  // Outlives the client, whose callbacks end with it.
+  Events errors;  // The record outlives the client, whose callbacks end with it.
   const Handle client = openClient();
   modem.lastPeer()->hangUp();
   ASSERT_TRUE(waitUntil([&] { return sendDelete(client.get(), 1) != OVIX_CLIENT_NO_ERROR; }));
@@ -468,7 +470,7 @@ TEST_F(ClientTest, ErrorCallback_LossBeforeRegistration_IsToldAtRegistration) {
 
 TEST_F(ClientTest, ErrorCallback_ModemGoneWhileIdle_IsTold) {
   auto modem = std::make_unique<RawModem>(path);
-  Events errors;  // Outlives the client, whose callbacks end with it.
+  Events errors;  // The record outlives the client, whose callbacks end with it.
   const Handle client = openClient();
   ovix_client_register_error_cb(client.get(), recordError, &errors);
   modem.reset();
@@ -477,7 +479,7 @@ TEST_F(ClientTest, ErrorCallback_ModemGoneWhileIdle_IsTold) {
 
 TEST_F(ClientTest, ErrorCallback_Release_IsNoError) {
   const RawModem modem(path);
-  Events errors;  // Outlives the client, whose callbacks end with it.
+  Events errors;  // The record outlives the client, whose callbacks end with it.
   Handle client = openClient();
   ovix_client_register_error_cb(client.get(), recordError, &errors);
   client.release();
@@ -556,7 +558,8 @@ TEST_F(ClientTest, Indication_SlowCallback_HoldsUpNoRequest) {
   EXPECT_TRUE(indications.waitFor(11));
 }
 
-// A modem that indicates more than its client's callback, which waits at a gate, has taken.
+// The modem indicates more than its client's callback has taken, because the callback waits at a
+// gate.
 class ClientFloodTest : public ClientTest {
  protected:
   static constexpr size_t waitingMax = 16384;
@@ -569,7 +572,7 @@ class ClientFloodTest : public ClientTest {
     };
   }
 
-  // Returns when the library has taken all of them, behind one that blocks.
+  // Returns when the library has taken all indications, queued behind one whose callback blocks.
   void flood(size_t count) {
     const size_t before = indications.all().size();
     modem.lastPeer()->indicate(blocking, {});
@@ -584,7 +587,7 @@ class ClientFloodTest : public ClientTest {
 
   RawModem modem{path};
   std::array<Gate, 2> gates;
-  size_t passed = 0;  // of the callbacks' thread
+  size_t passed = 0;  // used by the callbacks' thread only
   Indications indications;
   Handle client = openClient(recordIndication, &indications);
 };
@@ -668,7 +671,7 @@ TEST_F(ClientTest, Release_Handles_AreNeverUsedAgain) {
 
 TEST_F(ClientTest, Release_DuringACallback_WaitsForItAndDropsTheRest) {
   RawModem modem(path);
-  std::counting_semaphore<> permits(0);  // for a callback each
+  std::counting_semaphore<> permits(0);  // one permit for each callback
   std::atomic<bool> ended{false};
   Indications indications;
   indications.inside = [&](const Indication&) {
@@ -686,10 +689,10 @@ TEST_F(ClientTest, Release_DuringACallback_WaitsForItAndDropsTheRest) {
     EXPECT_TRUE(ended);
     return error;
   });
-  // The request fails when the release is under way, which has to wait now.
+  // The request fails as soon as the release is under way. The release has to wait now.
   ASSERT_TRUE(waitUntil([&] { return sendDelete(client, 1) != OVIX_CLIENT_NO_ERROR; }));
   EXPECT_EQ(release.wait_for(std::chrono::milliseconds(0)), std::future_status::timeout);
-  // More may begin before the release comes to the queue.
+  // More callbacks may begin before the release reaches the queue.
   ASSERT_TRUE(waitUntil([&] {
     permits.release();
     return release.wait_for(std::chrono::milliseconds(100)) == std::future_status::ready;
@@ -758,7 +761,7 @@ TEST_F(ClientTest, Release_FromTwoThreadsDuringACallback_BothWait) {
   modem.lastPeer()->indicate(0xA8, profileChanged(1));
   ASSERT_TRUE(indications.waitFor(1));
   const auto releaseIt = [&] {
-    // Whoever comes after the other is done may find the handle unknown.
+    // The handle may be unknown to the second release when the first has ended.
     const int error = ovix_client_release(client);
     EXPECT_TRUE(ended) << error;
   };

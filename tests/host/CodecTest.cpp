@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: The Pavor Authors
 // SPDX-License-Identifier: Apache-2.0
 
-// What the structures become on the way to the modem and what its messages become on the way back,
-// byte by byte.
+// These tests compare, byte by byte, the messages that are made of structures and the structures
+// that are made of messages.
 #include "HostTest.h"
 #include "Layouts.h"
 
@@ -11,7 +11,8 @@ namespace {
 
 class CodecTest : public HostTest {
  protected:
-  // Sends a structure; what arrives at the modem, and the structure of the response.
+  // Sends a structure. Returns the bytes that arrive at the modem, and the structure of the
+  // response.
   Bytes encode(unsigned id, Bytes structure, size_t responseSize = 8) {
     Bytes response(responseSize);
     const int error = ovix_client_send_msg_sync(client.get(), id, structure.data(), size(structure),
@@ -34,14 +35,14 @@ class CodecTest : public HostTest {
   }
 
   Bytes decode(int kind, unsigned id, const Bytes& encoded, size_t structureSize) {
-    Bytes structure(structureSize, 0xEE);  // It has to be cleared.
+    Bytes structure(structureSize, 0xEE);  // The decoder has to clear it.
     const int error = ovix_client_message_decode(client.get(), kind, id, encoded.data(),
                                                  size(encoded), structure.data(), size(structure));
     EXPECT_EQ(error, OVIX_CLIENT_NO_ERROR);
     return structure;
   }
 
-  // A message with exactly one setting.
+  // Returns a message with exactly one setting.
   static std::pair<Bytes, Bytes> withSetting(const SettingsMessage& message, const Setting& setting,
                                              const Bytes& value) {
     Bytes structure(message.size);
@@ -51,7 +52,7 @@ class CodecTest : public HostTest {
     return {structure, message.encodedStart + field(setting.tag, value)};
   }
 
-  // A message with all settings, each different.
+  // Returns a message with all settings, each with a different value.
   static std::pair<Bytes, Bytes> withAll(const SettingsMessage& message) {
     Bytes structure(message.size);
     Bytes encoded = message.encodedStart;

@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: The Pavor Authors
 // SPDX-License-Identifier: Apache-2.0
 
-// Without a modem's name the library talks to the one inside the process, and the two statements of
-// the messages, its tables and the modem's, have to agree.
+// If no modem is named, the library uses the modem inside the process. The library's tables and the
+// modem's state the messages twice, and the two statements have to agree.
 #include "HostTest.h"
 #include "Recorder.h"
 
@@ -84,8 +84,8 @@ TEST_F(EmbeddedTest, Send_CreateReadListDelete_AgreesWithTheModem) {
 }
 
 TEST_F(EmbeddedTest, Send_CreateAfterRegistration_IsIndicated) {
-  // Says whatever an earlier test of this process left to be said of waiting, so that the client
-  // below is told of no profile-ready event.
+  // An earlier test of this process may have left an absence to be reported. This client reports
+  // it, so the client below receives no profile-ready event.
   openClient();
   Indications indications;
   Handle client = openClient(recordIndication, &indications);

@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: The Pavor Authors
 // SPDX-License-Identifier: Apache-2.0
 
-// What the tests of the messaging library share: the environment variable that names the modem,
-// handles that release themselves, and one way to open a client.
+// The tests of the messaging library share this header: the environment variable that names the
+// modem, handles that release themselves, and one way to open a client.
 #pragma once
 
 #include "RawModem.h"
@@ -21,7 +21,7 @@
 
 namespace pavo::test {
 
-// An environment variable for the length of a scope; none when value is null.
+// Sets an environment variable for the length of a scope, or unsets it when value is null.
 class ScopedVariable {
  public:
   ScopedVariable(const char* variable, const char* value) : name(variable) {
@@ -49,7 +49,7 @@ class ScopedVariable {
   bool wasSet = false;
 };
 
-// Owns a client or a notifier.
+// A Handle owns a client or a notifier.
 class Handle {
  public:
   Handle() = default;
@@ -62,7 +62,7 @@ class Handle {
   ~Handle() { release(); }
 
   ovix_client_type get() const { return handle; }
-  // The handle is then someone else's to release.
+  // Returns the handle; the caller has to release it.
   ovix_client_type disown() { return std::exchange(handle, nullptr); }
   ovix_client_error_type release() {
     return handle == nullptr ? 0 : ovix_client_release(std::exchange(handle, nullptr));
@@ -72,8 +72,8 @@ class Handle {
   ovix_client_type handle = nullptr;
 };
 
-// OVIX_MODEM for the length of a scope (none when path is null), and the service of that modem,
-// which is asked for before there is a modem to be asked about it.
+// Sets OVIX_MODEM for the length of a scope (unset when path is null), and holds the service of
+// that modem. The service object is requested before there is a modem that could be asked for it.
 class ScopedModem {
  public:
   explicit ScopedModem(const char* path)
@@ -83,7 +83,7 @@ class ScopedModem {
   ScopedModem& operator=(const ScopedModem&) = delete;
   ~ScopedModem() { current = outer; }
 
-  // That of the innermost scope.
+  // Returns the service of the innermost scope.
   static ovix_service_object_type service() { return current; }
 
  private:
@@ -111,7 +111,7 @@ inline Handle openClient(ovix_client_ind_cb callback = nullptr, void* data = nul
 
 inline constexpr unsigned longTimeoutMs = 30000;
 
-// Sends a delete request for one profile index, the simplest there is.
+// Sends a delete request for one profile index, the simplest request that there is.
 inline ovix_client_error_type sendDelete(ovix_client_type client, uint8_t index,
                                          unsigned timeoutMs = longTimeoutMs,
                                          wds_delete_profile_resp_msg_v01* response = nullptr) {
@@ -123,7 +123,7 @@ inline ovix_client_error_type sendDelete(ovix_client_type client, uint8_t index,
                                    sizeof request, response, sizeof *response, timeoutMs);
 }
 
-// A test with a place for a modem's socket, named by OVIX_MODEM; nobody listens there yet.
+// This fixture has a path for a modem's socket, named by OVIX_MODEM. No modem listens there yet.
 class HostTest : public ::testing::Test {
  protected:
   TemporaryFolder folder;

@@ -1,8 +1,9 @@
 // SPDX-FileCopyrightText: The Pavor Authors
 // SPDX-License-Identifier: Apache-2.0
 
-// The C structures of the messages, stated a second time as plain numbers: where a field's flag and
-// value are, and what its tag is. Nothing here knows the structures' declarations.
+// This header states the C structures of the messages a second time as plain numbers: the offsets
+// of a field's flag and value, and the field's tag. Nothing here knows the structures'
+// declarations.
 #pragma once
 
 #include "Bytes.h"
@@ -21,8 +22,8 @@ struct Setting {
   unsigned tag;
   size_t flagAt[3];  // by Form
   size_t valueAt[3];
-  size_t width;    // of a number
-  size_t textMax;  // 0: a number
+  size_t width;    // the width of a number
+  size_t textMax;  // 0 for a number
 
   Bytes sample() const {
     Bytes bytes;
@@ -61,7 +62,8 @@ inline const std::vector<Setting> settings{
 };
 // clang-format on
 
-// A message that carries settings: its structure and what stands before the settings in it.
+// A SettingsMessage is a message that carries settings: its structure and the fields before the
+// settings.
 struct SettingsMessage {
   const char* name;
   Form form;

@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: The Pavor Authors
 // SPDX-License-Identifier: Apache-2.0
 
-// Messages that no modem should send, in every place where one can arrive. None may be taken, and
-// none may do harm.
+// These tests send messages that no modem should send, in every place where one can arrive. The
+// library must reject each of them, and none may do harm.
 #include "HostTest.h"
 #include "Layouts.h"
 
@@ -75,7 +75,7 @@ const std::vector<Malformed> malformedMessages{
 class MalformedTest : public HostTest, public ::testing::WithParamInterface<Malformed> {
  protected:
   int decode(int kind, unsigned id, const Bytes& encoded, Bytes& structure) {
-    // In memory of exactly its size, so that a sanitizer sees a read behind it.
+    // The memory has exactly the size of the message, so a sanitizer detects a read behind it.
     const auto exact = std::make_unique<uint8_t[]>(encoded.size());
     std::copy(encoded.begin(), encoded.end(), exact.get());
     return ovix_client_message_decode(client.get(), kind, id, exact.get(),
@@ -83,7 +83,7 @@ class MalformedTest : public HostTest, public ::testing::WithParamInterface<Malf
                                       static_cast<unsigned>(structure.size()));
   }
 
-  // What the modem answers every request with.
+  // The modem answers every request with these bytes.
   Bytes answer = success();
   RawModem modem{path,
                  [this](RawPeer& peer, const RawFrame& request) { peer.respond(request, answer); }};

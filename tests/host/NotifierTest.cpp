@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: The Pavor Authors
 // SPDX-License-Identifier: Apache-2.0
 
-// The notifier: told when the modem comes, goes and comes back.
+// These tests check that the notifier reports when the modem comes, goes and comes back.
 #include "HostTest.h"
 #include "Recorder.h"
 
@@ -89,7 +89,7 @@ TEST_F(NotifierTest, Register_WhatListensIsNoModem_IsNotTold) {
   Events events;
   const Handle notifier = makeNotifier();
   listen(notifier, events);
-  // It has been tried more than once.
+  // The notifier has tried more than once.
   ASSERT_TRUE(waitUntil([&] { return wrong->hellos().size() >= 3; }));
   EXPECT_TRUE(events.all().empty());
   wrong.reset();

@@ -92,7 +92,7 @@ RawModem::RawModem(const std::string& socketPath, Handler requestHandler, const 
 }
 
 RawModem::~RawModem() {
-  // A shut down listener fails its accept().
+  // After the shutdown of the listener, accept() fails.
   ::shutdown(listener, SHUT_RDWR);
   accepter.join();
   for (const auto& peer : peers) {

@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: The Pavor Authors
 // SPDX-License-Identifier: Apache-2.0
 
-// A modem that is nothing but frames: it says hello and leaves everything else to the test. Serves
-// each connection on a thread of its own until it is destroyed.
+// A RawModem is a modem that handles frames only: it answers hellos and leaves everything else to
+// the test. It serves each connection on a thread of its own until it is destroyed.
 #pragma once
 
 #include "Bytes.h"
@@ -30,12 +30,12 @@ class RawPeer {
   RawPeer& operator=(const RawPeer&) = delete;
   ~RawPeer();
 
-  // Whatever bytes; false when the other end is gone.
+  // Sends any bytes. Returns false when the other end is gone.
   bool send(const Bytes& bytes);
   bool respond(const RawFrame& request, const Bytes& payload);
   bool indicate(unsigned messageId, const Bytes& payload);
   void hangUp();
-  // False at the end of the connection.
+  // Returns false at the end of the connection.
   bool receive(RawFrame& frame);
 
  private:
@@ -46,7 +46,7 @@ class RawPeer {
 
 class RawModem {
  public:
-  // Called for each frame after the hello.
+  // The handler is called for each frame after the hello.
   using Handler = std::function<void(RawPeer&, const RawFrame&)>;
 
   static void succeed(RawPeer& peer, const RawFrame& request);
@@ -60,13 +60,13 @@ class RawModem {
                     const Bytes& helloAnswer = hello());
   RawModem(const RawModem&) = delete;
   RawModem& operator=(const RawModem&) = delete;
-  // Ends all connections; the path is gone.
+  // Ends all connections and removes the path.
   ~RawModem();
 
   std::vector<RawFrame> requests();
-  // The payloads of the hellos, in order.
+  // Returns the payloads of the hellos, in order.
   std::vector<Bytes> hellos();
-  // The connection made last of those that have said hello.
+  // Returns the latest connection that has said hello.
   std::shared_ptr<RawPeer> lastPeer();
 
  private:

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: The Pavor Authors
 // SPDX-License-Identifier: Apache-2.0
 
-// Records the callbacks of a handle, and lets a test wait for them or do something inside them.
+// A Recorder records the callbacks of a handle, and lets a test wait for them or act inside them.
 #pragma once
 
 #include "Bytes.h"
@@ -19,7 +19,8 @@ namespace pavo::test {
 template <typename Record>
 class Recorder {
  public:
-  // Set before the first callback can come; runs inside each, after it was recorded.
+  // Set this before the first callback can come. It runs inside each callback, after the record was
+  // made.
   std::function<void(const Record&)> inside;
 
   void add(const Record& record) {
@@ -38,7 +39,7 @@ class Recorder {
     return records;
   }
 
-  // False when there are still fewer after a long time.
+  // Returns false when there are still fewer after a long time.
   bool waitFor(size_t count) {
     std::unique_lock lock(mutex);
     return changed.wait_for(lock, patience(), [&] { return records.size() >= count; });
@@ -52,7 +53,7 @@ class Recorder {
 
 struct Event {
   ovix_client_type handle;
-  int code;  // of a notification the event, of an error the error
+  int code;  // the event of a notification, the error of an error
   std::thread::id thread;
 };
 using Events = Recorder<Event>;
@@ -79,17 +80,18 @@ inline void recordIndication(ovix_client_type handle, unsigned messageId, void* 
   static_cast<Indications*>(indications)->add({handle, messageId, {first, first + length}});
 }
 
-// A gate that a callback waits at until the test opens it.
+// A callback waits at a Gate until the test opens it.
 class Gate {
  public:
   void open() {
-    // Told under the lock: who has passed may destroy the gate.
+    // The notification happens under the lock, because a thread that has passed may destroy the
+    // gate.
     const std::lock_guard lock(mutex);
     isOpen = true;
     changed.notify_all();
   }
 
-  // False when it stays closed for a long time.
+  // Returns false when the gate stays closed for a long time.
   bool pass() {
     std::unique_lock lock(mutex);
     return changed.wait_for(lock, patience(), [this] { return isOpen; });

@@ -1,8 +1,9 @@
 // SPDX-FileCopyrightText: The Pavor Authors
 // SPDX-License-Identifier: Apache-2.0
 
-// Answers that the messaging library hands on unjudged, as one that trusts its modem would: they
-// arrive as the modem said, and nothing is written behind the structure.
+// These tests send answers that the messaging library passes on unchecked, as a library that trusts
+// its modem would. The values arrive as the modem sent them, and nothing is written behind the
+// structure.
 #include "HostTest.h"
 
 #include <cstring>
@@ -10,12 +11,12 @@
 namespace pavo::test {
 namespace {
 
-constexpr size_t nameAt = 9;  // of a settings response
+constexpr size_t nameAt = 9;  // the offset in a settings response
 constexpr size_t nameBytes = OVIX_WDS_PROFILE_NAME_MAX_V01 + 1;
 
 class UncheckedTest : public HostTest {
  protected:
-  // Sends a request for settings or for the list; what the structure holds then.
+  // Sends a request for settings or for the list, and returns the structure that was filled.
   template <typename Request, typename Response>
   ovix_client_error_type ask(unsigned id, Response& response) {
     Request request{};

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: The Pavor Authors
 // SPDX-License-Identifier: Apache-2.0
 
-// A client in a shared object of its own.
+// This client is a shared object of its own.
 #include <pavo/Manager.h>
 
 extern "C" PAVO_API const void* clientInstance() { return &pavo::Manager::getInstance(); }

@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: The Pavor Authors
 // SPDX-License-Identifier: Apache-2.0
 
-// A program that is not linked to the library: all of it comes with the clients that it loads,
-// given as arguments. Ends with 0 when they have the same manager.
+// This program is not linked to the library. The library comes only with the clients that the
+// program loads, given as arguments. It ends with 0 when all clients have the same manager.
 #include <dlfcn.h>
 
 #include <cstdio>

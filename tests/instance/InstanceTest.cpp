@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: The Pavor Authors
 // SPDX-License-Identifier: Apache-2.0
 
-// The manager of a process is one, although getInstance() is compiled into every client of it.
+// A process has one manager, although getInstance() is compiled into each of its clients.
 #include <pavo/Manager.h>
 
 #include <dlfcn.h>

@@ -30,7 +30,8 @@ class Difference : public std::runtime_error {
   using std::runtime_error::runtime_error;
 };
 
-// Indices beyond the table, whose deletion changes nothing and leaves a line in the log.
+// These indices are beyond the table. The deletion of such a profile changes nothing and leaves a
+// line in the log.
 constexpr int fenceFirst = 202;
 constexpr int fenceCount = 53;
 
@@ -44,21 +45,21 @@ void require(const char* what, const Value& actual, const Value& expected) {
   }
 }
 
-// The real thing and its model, side by side.
+// A Session runs the library and its model side by side.
 class Session {
  public:
   Session(Counts& theCounts, int theWaitingPercent)
       : counts(theCounts), waitingPercent(theWaitingPercent), environment(modem.socketPath()) {}
 
   void begin() {
-    // One profile, for the token that the counter has come to.
+    // One profile is enough to learn the counter's current token.
     const json profile = {{"apn", "internet"}, {"pdpType", "V4V6"}, {"persistent", true}};
     modem.control("create", profile);
     world.createByOther(profile);
     manager.init(/*subscription=*/1, /*useAndroidLog=*/true);
     awaitRegistration();
     settle();
-    // Reads everything; the model takes the tokens that are given out from there on.
+    // The library reads everything. The model counts its tokens from there on.
     manager.refresh(PDC_REFRESH_COMPLETED);
     World known;
     known.table = world.table;
@@ -71,13 +72,13 @@ class Session {
 
   std::string perform(const Step& step);
   void verify();
-  // The modem is well, nobody edits: what holds then, whatever there was before.
+  // Ends the faults and edits, and then checks the rules that hold whatever happened before.
   void endQuietly();
-  // What is counted at the end.
+  // Adds this session's numbers to the counts.
   void count();
 
  private:
-  // Each says what it does.
+  // Each action returns a description of its work.
   using Action = std::string (Session::*)(Wishes&);
   struct Kind {
     Action action;
@@ -122,7 +123,7 @@ class Session {
     clearLog();
     const int index = fenceFirst + fence++ % fenceCount;
     const std::string line = "ProfileCache: onIndication < " + std::to_string(index) + " Delete";
-    // What follows one that cannot be decoded waits for the next one's wake-up.
+    // Indications behind one that cannot be decoded wait for the wake-up of the next.
     const std::chrono::milliseconds limit(isSpoiled ? 50 : 1000);
     const bool isSettled = waitUntil([&] {
       return modem.control("indicate", {{"event", 2}, {"index", index}})["told"] > 0 &&
@@ -132,14 +133,15 @@ class Session {
       throw Difference("the library no longer hears the modem");
     }
     isSpoiled = false;
-    // Goes through the worker, which is then done with the event.
+    // This call goes through the worker, which has then finished the event.
     manager.getProfile(nullptr);
   }
 
   std::vector<json> heard() {
     return modem.control("transcript", {{"since", transcriptEnd}})["entries"];
   }
-  // What the step's fault has put off, which is to be over when the step is.
+  // Waits for the answers and effects that the step's fault has delayed, so that they end with the
+  // step.
   void awaitLateOnes() {
     if (!std::exchange(isLate, false)) {
       return;
@@ -162,7 +164,7 @@ class Session {
     modem.control("clear");
   }
 
-  // "token: profile" for each entry, as Manager::dump has them, and what is pending.
+  // Returns "token: profile" for each entry, as Manager::dump has them, or the pending changes.
   std::vector<std::string> dumpPart(const char* from, const char* to) {
     const std::vector<std::string> lines = manager.dump();
     const auto begin = std::find(lines.begin(), lines.end(), from);
@@ -208,7 +210,7 @@ class Session {
     return std::next(world.table.begin(), wishes.number(static_cast<int>(world.table.size())))
         ->first;
   }
-  // What an operation has returned against what the model says that it returns.
+  // Compares the result of an operation with the model's result.
   void requireKey(int number, const Key& key, bool isExpected) {
     require("whether there is a key", key != nullptr, isExpected);
     if (key != nullptr) {
@@ -226,11 +228,12 @@ class Session {
   Util util;
   World world;
   std::map<int, Key> keys;
-  int lastNumber = 0;  // of keys and listeners
+  int lastNumber = 0;  // the last number of a key or a listener
   std::map<int, int> runs;
   std::uint64_t transcriptEnd = 0;
   int fence = 0;
-  // What the step's fault does beyond the model: something comes later, or spoils a wake-up.
+  // These flags hold the consequences of the step's fault outside the model: a delay, or a spoiled
+  // wake-up.
   bool isLate = false;
   bool isTakenUpLate = false;
   bool isSpoiled = false;
@@ -312,7 +315,7 @@ std::string Session::filterProfiles(Wishes& wishes) {
     requireKey(number, key, true);
     text += " " + std::to_string(number);
   }
-  // Some of them are let go at once.
+  // Keys above this number are dropped at once.
   while (keys.size() > 2 * World::capacityDefault) {
     const int number = keys.begin()->first;
     world.drop(number);
@@ -360,7 +363,7 @@ std::string Session::registerListener(Wishes& wishes) {
   }
   const int listener = ++lastNumber;
   world.listen(listener, *key);
-  // Runs on the worker, and the driver looks when that is done.
+  // The listener runs on the worker, and the driver reads the number when the worker is done.
   keys.at(*key)->registerExpirationListener([this, listener] { ++runs[listener]; });
   return "listener " + std::to_string(listener) + " on " + named(key);
 }
@@ -413,7 +416,7 @@ std::string Session::deleteByOther(Wishes& wishes) {
 std::string Session::raiseEvent(Wishes& wishes) {
   const int index = anyIndex(wishes);
   auto event = static_cast<Event>(1 + wishes.number(5));
-  // A second entry of one profile: which of them a refused read would hit is the map's order.
+  // If one profile has two entries, the order of the map decides which of them a refused read hits.
   const bool isCached = std::any_of(world.cache.begin(), world.cache.end(), [&](const auto& entry) {
     return entry.second != nullptr && entry.second->id == index;
   });
@@ -425,8 +428,8 @@ std::string Session::raiseEvent(Wishes& wishes) {
   return "the modem raises event " + std::to_string(event) + " for " + std::to_string(index);
 }
 
-// Faults after which the library hears of nothing that it does not expect: they may be met at any
-// time, also in the middle of a policy.
+// After these faults the library receives no indication that it does not expect. They may therefore
+// take effect at any time, also in the middle of a policy.
 std::string Session::failNext(Wishes& wishes) {
   static constexpr std::array messages = {"create-profile", "modify-profile", "delete-profile",
                                           "profile-settings", "profile-list"};
@@ -451,8 +454,8 @@ std::string Session::failNext(Wishes& wishes) {
   return "the modem's next fault: " + effect.dump();
 }
 
-// An edit of the library's own goes wrong. The modem tells of what it has done all the same, so
-// that only one request is made until the library has heard of it.
+// Makes an edit of the library's own under a fault. The modem still indicates the edit if it was
+// carried out, so only one request is made until the library has handled the indication.
 std::string Session::editUnderFault(Wishes& wishes) {
   struct Edit {
     const char* message;
@@ -492,7 +495,7 @@ std::string Session::editUnderFault(Wishes& wishes) {
   return done + " under " + text;
 }
 
-// What the modem tells of an edit, or of its own, goes wrong.
+// Puts a fault on an indication, either of an edit or of the modem's own.
 std::string Session::twistIndication(Wishes& wishes) {
   static constexpr std::array<Action, 9> actions = {
       &Session::addProfile,    &Session::modifyProfile, &Session::deleteProfile,
@@ -564,7 +567,7 @@ std::string Session::attach(Wishes& wishes) {
 std::string Session::maintain(Wishes& wishes) {
   std::vector<json> list;
   std::list<ProfileParams> params;
-  // Names are taken in the order of a hash set.
+  // The names come in the order of a hash set.
   std::unordered_set<std::string> names;
   for (int i = 0, count = 1 + wishes.number(3); i < count; ++i) {
     list.push_back(wishes.wish(/*percent=*/40));
@@ -628,7 +631,7 @@ void Session::endQuietly() {
   forgetFaults();
   completeRefresh(unused);
   verify();
-  // Without the model: the cache is the modem's table.
+  // This check does not use the model: the cache must equal the modem's table.
   World fresh;
   const json shown = modem.control("show");
   for (json profile : shown["profiles"]) {

@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: The Pavor Authors
 // SPDX-License-Identifier: Apache-2.0
 
-// Runs random sequences of everything that a caller, other clients and the modem can do, on the
-// real library and a modem's process, and holds both against the model after every step.
+// The driver runs random sequences of the actions of a caller, other clients and the modem, on the
+// real library and a modem's process. It compares both with the model after every step.
 #pragma once
 
 #include "World.h"
@@ -15,8 +15,8 @@
 
 namespace pavo::test::model {
 
-/// One step. What it does in detail follows from its seed and from what there is at that moment, so
-/// that a sequence makes sense also when steps are left out.
+// A Step is one step of a sequence. Its details follow from its seed and from the state at that
+// moment, so a sequence stays valid when steps are left out.
 struct Step {
   unsigned int kind;
   std::uint32_t seed;
@@ -29,13 +29,13 @@ struct Counts {
   std::uint64_t powerCycles = 0;
   std::uint64_t faultyRequests = 0;
   std::uint64_t faultyIndications = 0;
-  std::uint64_t timeouts = 0;  // answers that the library waited for in vain
+  std::uint64_t timeouts = 0;  // answers for which the library waited in vain
   std::uint64_t listenerRuns = 0;
   std::map<LeftBehind, std::uint64_t> leftBehind;
 };
 
 struct Outcome {
-  /// What differed, after which steps; empty when nothing did.
+  // Describes the difference and the steps before it; empty when there was none.
   std::string difference;
   std::vector<std::string> done;
   std::vector<std::string> log;  // the library's last lines
@@ -43,23 +43,23 @@ struct Outcome {
 
 struct Sequence {
   std::vector<Step> steps;
-  /// Of a hundred answers that do not reach the library: how many it waits for to the end of its
-  /// timeout, a second each.
+  // The percentage of the lost answers for which the library waits until its timeout, a second
+  // each.
   int waitingPercent;
 };
 
 Sequence sequenceOf(std::uint64_t seed, std::size_t count, int waitingPercent);
 
-/// Runs the steps up to the first difference, and then looks at what has to hold when all is quiet.
+// Runs the steps up to the first difference, and then checks the rules that hold when all is quiet.
 Outcome run(const Sequence& sequence, Counts& counts);
 
-/// The fewest steps that still differ, found by leaving some out.
+// Returns the fewest steps that still differ, found by leaving some out.
 Sequence shrink(Sequence sequence);
 
-/// Runs a seed; a difference comes back as text with the seed and the fewest steps that show it.
+// Runs a seed. A difference is returned as text with the seed and the fewest steps that show it.
 std::string check(std::uint64_t seed, std::size_t count, int waitingPercent, Counts& counts);
 
-/// One line.
+// Returns the counts as one line.
 std::string textOf(const Counts& counts);
 
 }  // namespace pavo::test::model

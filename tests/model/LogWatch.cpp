@@ -20,7 +20,7 @@ namespace {
 
 constexpr std::size_t linesMax = 400;
 
-// Never destroyed: the library logs until the very end of the process.
+// The lines are never destroyed, because the library logs until the very end of the process.
 struct Lines {
   std::mutex mutex;
   std::condition_variable added;

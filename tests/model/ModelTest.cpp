@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: The Pavor Authors
 // SPDX-License-Identifier: Apache-2.0
 
-// Two hundred random sequences, each of three hundred steps (a tenth of the sequences in builds
-// with a sanitizer), in ten tests so that they run side by side.
+// These tests run two hundred random sequences of three hundred steps each (a tenth of the
+// sequences in builds with a sanitizer). They are ten tests so that they run side by side.
 #include "Driver.h"
 #include "system/Stress.h"
 

@@ -1,7 +1,8 @@
 // SPDX-FileCopyrightText: The Pavor Authors
 // SPDX-License-Identifier: Apache-2.0
 
-// Runs the model's random sequences without end, or for a time, and says how far it has come.
+// This program runs the model's random sequences without end, or for a time, and reports its
+// progress.
 //   soak [SECONDS [FIRST_SEED]]
 #include "Driver.h"
 

@@ -13,7 +13,7 @@ namespace {
 constexpr std::array apnNames = {"internet", "ims", "IMS", "Mms.Net", "sos", ""};
 constexpr int unknownMessage = 0x00A9;
 constexpr int unknownIndex = 200;
-// Beyond what the library waits for an answer.
+// This delay is longer than the library waits for an answer.
 constexpr int lateMs = 1600;
 constexpr std::array typeSets = {0x1U, 0x2U, 0x40U, 0x41U, 0x200U, 0x8005U, 0U};
 
@@ -128,11 +128,11 @@ json Wishes::twist(Twist& twist, int anyIndex) {
       twist.index = chance(50) ? unknownIndex : anyIndex;
       return {{"index", twist.index}};
     case 4:
-      // Whatever it is, the library reads everything again.
+      // The library reads everything again for each of these events.
       twist.kind = Twist::Kind::OtherEvent;
       return {{"event", oneOf(events)}};
     default:
-      // The worker is at its request until the answer is there.
+      // The worker is busy with its request until the answer is there.
       twist.kind = Twist::Kind::InItsPlace;
       return {{"early", true}};
   }

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: The Pavor Authors
 // SPDX-License-Identifier: Apache-2.0
 
-// Random profiles, from few values, so that they match, differ and clash.
+// This header makes random profiles from few values, so that they match, differ and clash.
 #pragma once
 
 #include "WishParams.h"
@@ -17,14 +17,14 @@ class Wishes {
   int number(int below) { return static_cast<int>(dice() % static_cast<unsigned int>(below)); }
   bool chance(int percent) { return number(100) < percent; }
 
-  /// Each attribute with that probability.
+  // Returns a wish that has each attribute with that probability.
   json wish(int percent);
   Filter filter();
-  /// As another client would create it over the control channel.
+  // Returns a profile as another client would create it over the control channel.
   json modemProfile();
 
-  /// Effects of the modem's faults. An answer of which the library learns at once that it is none,
-  /// one that it waits for in vain, and an indication, with what comes of it.
+  // These functions return effects of the modem's faults: an answer that the library recognises at
+  // once as invalid, an answer for which it waits in vain, and an indication with its consequences.
   json spoiledAnswer();
   json awaitedAnswer();
   json twist(Twist& twist, int anyIndex);

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: The Pavor Authors
 // SPDX-License-Identifier: Apache-2.0
 
-// What tests look at in the modem's messages.
+// This header reads the fields of the modem's messages that tests compare.
 #pragma once
 
 #include "modem/core/FieldReader.h"
@@ -39,7 +39,7 @@ inline Result resultOf(std::span<const uint8_t> response) {
           static_cast<ErrorCode>(numberFrom(value->subspan(4)))};
 }
 
-// The index in the response to a create; 0 when there is none.
+// Returns the index in the response to a create; 0 when there is none.
 inline uint8_t createdIndexOf(std::span<const uint8_t> response) {
   const auto id = FieldReader(response).bytes(tagAnswer);
   return id && id->size() == 5 ? (*id)[4] : 0;
@@ -49,7 +49,7 @@ inline Profile settingsOf(std::span<const uint8_t> response) {
   return readSettings(FieldReader(response));
 }
 
-// An indication as "event/index", such as "create/1".
+// Returns an indication as "event/index", such as "create/1".
 inline std::string eventOf(std::span<const uint8_t> indication) {
   static constexpr const char* names[] = {"0",      "create",       "delete",
                                           "modify", "subscription", "ready"};

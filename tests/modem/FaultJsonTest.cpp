@@ -25,7 +25,7 @@ using testing::Not;
 
 class FaultRoundTrip : public testing::TestWithParam<const char*> {};
 
-// What is told of a pending fault can be said again.
+// The JSON of a pending fault can be parsed again.
 TEST_P(FaultRoundTrip, ToJson_OfAParsedFault_IsWhatWasParsed) {
   const json said = json::parse(GetParam());
   EXPECT_EQ(toJson(faultFromJson(said)), said);
@@ -187,7 +187,7 @@ TEST(FaultScript, FromJson_TooManyFaults_IsRefused) {
   EXPECT_THROW(faultScriptFromJson({{"faults", json(faultsMax + 1, fault)}}), Error);
 }
 
-// The sweeps go through every effect that there is.
+// The sweeps use FaultEffects, which must list every effect.
 
 std::set<std::string> namesIn(const std::vector<FaultEffect>& effects, Subject subject) {
   std::set<std::string> names;

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: The Pavor Authors
 // SPDX-License-Identifier: Apache-2.0
 
-// A modem with faults and a client that gets their effects.
+// This fixture has a modem with faults and a client on which their effects show.
 #pragma once
 
 #include "Answers.h"
@@ -30,7 +30,7 @@ class FaultTest : public testing::Test {
   }
   nlohmann::json profiles() { return control.call("show")["profiles"]; }
 
-  // Makes a request and returns what comes before its answer: "create/1" for an indication,
+  // Makes a request and returns the frames before its answer: "create/1" for an indication,
   // "response" for an answer.
   std::vector<std::string> kindsUntilNow() {
     const uint32_t last =
@@ -44,7 +44,7 @@ class FaultTest : public testing::Test {
   }
   void expectNothingUntilNow() { EXPECT_EQ(kindsUntilNow(), std::vector<std::string>{}); }
 
-  // One request of each kind, about profile 1. The delete comes last.
+  // Returns one request of each kind, about profile 1. The delete comes last.
   static std::vector<std::pair<MessageId, Payload>> everyRequest() {
     return {{MessageId::IndicationRegister, registerRequest()},
             {MessageId::ConfigureEvents, eventListRequest({}, /*isOn=*/false)},

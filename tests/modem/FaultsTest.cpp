@@ -27,7 +27,7 @@ std::string taken(Faults& faults, Subject subject) {
   return effect ? effect->name() : "nothing";
 }
 
-// Which of the next subjects meet a fault: one letter each.
+// Returns one letter for each of the next subjects: X when a fault takes effect on it.
 std::string pattern(Faults& faults, Subject subject, int count) {
   std::string met;
   for (int i = 0; i < count; ++i) {
@@ -113,14 +113,14 @@ TEST(Faults, Take_SameSeed_MeetsTheSameSubjects) {
   Faults one;
   Faults two;
   add(one, chance);
-  // Where it stands among others does not matter to a fault with a seed of its own.
+  // A fault with a seed of its own does not depend on its place among other faults.
   add(two, {{"message", 1}, {"silent", true}, {"probability", 0.5}});
   add(two, chance);
   EXPECT_EQ(pattern(one, request(MessageId::ProfileList), 200),
             pattern(two, request(MessageId::ProfileList), 200));
 }
 
-// What comes of the dice is the same on every machine and in every build: scripts are kept.
+// A seed gives the same results on every machine and in every build, because scripts are kept.
 TEST(Faults, Take_KnownSeed_MeetsTheKnownSubjects) {
   Faults faults;
   add(faults, {{"message", "any"}, {"silent", true}, {"probability", 0.5}, {"seed", 1}});

@@ -1,7 +1,8 @@
 // SPDX-FileCopyrightText: The Pavor Authors
 // SPDX-License-Identifier: Apache-2.0
 
-// What registered clients are told when a fault befalls an indication.
+// These tests show the indications that registered clients receive when a fault takes effect on
+// one.
 #include "FaultTest.h"
 
 #include <gmock/gmock.h>
@@ -17,14 +18,14 @@ class IndicationFaultTest : public FaultTest {
  protected:
   IndicationFaultTest() { client.registerForAll(); }
 
-  // The payload of the next frame, which has to be an indication.
+  // Returns the payload of the next frame, which must be an indication.
   Payload nextIndication(MessageId messageId = MessageId::ProfileChanged) {
     const auto frame = client.receive();
     EXPECT_TRUE(frame && frame->kind == FrameKind::Indication &&
                 MessageId{frame->messageId} == messageId);
     return frame ? frame->payload : Payload{};
   }
-  // A subscription change, which changes no profile.
+  // Raises a subscription change, which changes no profile.
   void raise() { control.call("indicate", {{"event", 4}, {"index", 9}}); }
 };
 

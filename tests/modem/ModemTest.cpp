@@ -52,7 +52,7 @@ Profile everySetting() {
           .clat = uint8_t{1}};
 }
 
-// A modem with two clients; the other one is registered for all events.
+// This modem has two clients. The other client is registered for all events.
 class ModemTest : public testing::Test {
  protected:
   void SetUp() override { startModem(4); }

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: The Pavor Authors
 // SPDX-License-Identifier: Apache-2.0
 
-// Payloads of requests, for tests.
+// This header makes payloads of requests for tests.
 #pragma once
 
 #include "modem/core/FieldWriter.h"

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: The Pavor Authors
 // SPDX-License-Identifier: Apache-2.0
 
-// The modem as a process: its command line, its socket file, its end.
+// These tests cover the modem as a process: its command line, its socket file and its end.
 #include "Answers.h"
 #include "ChildProcess.h"
 #include "Deadline.h"
@@ -70,12 +70,13 @@ class ProcessTest : public testing::Test {
   TemporaryFolder folder;
 };
 
-// How a connection to a modem ended for a process of another user.
+// An Outcome is the result of a connection to a modem by a process of another user.
 enum class Outcome { HungUp, Answered, Broken, NotConnected, NotTheOther };
 
 constexpr uid_t anotherUser = 65534;
 
-// In the child: nothing but system calls. Closes the descriptor when all is said.
+// This function runs in the child and makes system calls only. It closes saidFd when it has sent
+// all bytes.
 Outcome connectAndSend(const sockaddr_un& address, const std::vector<uint8_t>& bytes, int saidFd) {
   if (setresuid(anotherUser, anotherUser, anotherUser) != 0) {
     return Outcome::NotTheOther;
@@ -84,7 +85,7 @@ Outcome connectAndSend(const sockaddr_un& address, const std::vector<uint8_t>& b
   if (connect(fd, reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0) {
     return Outcome::NotConnected;
   }
-  // The modem may have hung up already.
+  // The modem may have hung up already, so the result is ignored.
   send(fd, bytes.data(), bytes.size(), MSG_NOSIGNAL);
   close(saidFd);
   char answer = 0;
@@ -92,7 +93,7 @@ Outcome connectAndSend(const sockaddr_un& address, const std::vector<uint8_t>& b
   return count == 0 ? Outcome::HungUp : count > 0 ? Outcome::Answered : Outcome::Broken;
 }
 
-// The modem finds the connection when the frame is on it.
+// The modem is stopped meanwhile, so it finds the connection with the frame already on it.
 Outcome connectAsAnotherUser(ChildProcess& modem, const std::string& path, const Frame& frame) {
   sockaddr_un address = {};
   address.sun_family = AF_UNIX;
@@ -115,7 +116,7 @@ Outcome connectAsAnotherUser(ChildProcess& modem, const std::string& path, const
   return static_cast<Outcome>(WEXITSTATUS(status));
 }
 
-// Runs to its end and tells what it complained of.
+// Runs the program to its end, expects the exit code, and returns the error output.
 std::string complaintOf(const Words& words, int code) {
   ChildProcess process(words);
   const auto exit = process.waitForExit();
@@ -371,7 +372,7 @@ TEST_F(ProcessTest, Connect_ProcessOfAnotherUser_IsHungUpOnAndToldInOneLine) {
   }
   ChildProcess process(command());
   ASSERT_TRUE(isReady(process));
-  // Neither the folder's mode nor the socket's keeps it out.
+  // The permissions of the folder and of the socket let the other user in.
   const auto all = std::filesystem::perms::all;
   std::filesystem::permissions(folder.path(), all);
   std::filesystem::permissions(socketPath(), all);
@@ -427,7 +428,7 @@ TEST_F(ProcessTest, Connect_MoreThanThereIsRoomFor_IsALineASecondAtMost) {
 
 class ReplayProcessTest : public ProcessTest {
  protected:
-  // The client's part of the recorded session.
+  // Makes the client's requests of the recorded session.
   void makeRequests(const std::string& apn) const {
     RawClient client = newClient();
     client.registerForAll();

@@ -52,7 +52,7 @@ void RawClient::sendBytes(std::span<const uint8_t> bytes) {
   while (!bytes.empty()) {
     const ssize_t count = ::send(fd.get(), bytes.data(), bytes.size(), MSG_NOSIGNAL);
     if (count < 0 && errno != EINTR) {
-      return;  // The modem hung up; receive() will tell.
+      return;  // The modem hung up; receive() will show it.
     }
     bytes = bytes.subspan(count > 0 ? static_cast<size_t>(count) : 0);
   }

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: The Pavor Authors
 // SPDX-License-Identifier: Apache-2.0
 
-// A client that speaks the modem's protocol with nothing between it and the bytes.
+// A RawClient is a client that reads and writes the bytes of the modem's protocol directly.
 #pragma once
 
 #include "Payloads.h"
@@ -24,25 +24,26 @@ class RawClient {
  public:
   explicit RawClient(UniqueFd connected) : fd(std::move(connected)) {}
 
-  // Exchanges hellos; the boot number, or nothing when the modem hung up.
+  // Exchanges hellos. Returns the boot number, or nothing when the modem hung up.
   std::optional<uint32_t> hello(bool sawAbsence = false);
   // Registers for the events of all profiles.
   void registerForAll();
 
-  // The payload of the response; indications that come before it are kept. Empty when the modem
-  // hung up.
+  // Returns the payload of the response, or an empty one when the modem hung up. Indications that
+  // come before the response are kept.
   Payload request(MessageId message, const Payload& payload);
 
   uint32_t send(FrameKind kind, MessageId message, const Payload& payload);
   void sendBytes(std::span<const uint8_t> bytes);
-  // The next frame of whatever kind; nothing when the modem hung up or keeps silent for too long.
+  // Returns the next frame of any kind, or nothing when the modem hung up or stays silent for too
+  // long.
   std::optional<Frame> receive();
-  // True when nothing but the end of the stream comes.
+  // Returns true when only the end of the stream comes.
   bool isHungUp();
 
-  // The next indication as "create/1", waiting for it; "none" when none comes.
+  // Waits for the next indication and returns it as "create/1"; returns "none" when none comes.
   std::string nextEvent();
-  // The indications until now. Makes a round trip, so nothing that the modem sent is missed.
+  // Returns the indications until now. It makes a round trip, so it misses no earlier indication.
   std::vector<std::string> eventsUntilNow();
 
   int get() const { return fd.get(); }

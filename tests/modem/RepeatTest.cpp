@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: The Pavor Authors
 // SPDX-License-Identifier: Apache-2.0
 
-// A run is repeated from its seed and its script.
+// These tests repeat a run from its seed and its script.
 #include "Answers.h"
 #include "ServedModem.h"
 
@@ -22,7 +22,7 @@ const json script = json::parse(R"({"seed": 20, "faults": [
     {"indication": "create", "probability": 0.3, "reordered": true},
     {"message": "any", "nth": 60, "power": "before"}]})");
 
-// The transcript of a client that does the same each time.
+// Returns the transcript of a client that makes the same requests each time.
 json transcriptOf(uint64_t seed) {
   Service::Options options;
   options.script = faultScriptFromJson(script);

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: The Pavor Authors
 // SPDX-License-Identifier: Apache-2.0
 
-// A trace, served again to clients on the wire.
+// These tests serve a trace again to clients on the wire.
 #include "Answers.h"
 #include "Deadline.h"
 #include "FaultTest.h"
@@ -22,7 +22,7 @@ using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
 
-// Serves sessions on a thread of its own, and keeps what it complains of.
+// Serves sessions on a thread of its own, and keeps the replay's complaints.
 class ServedReplay {
  public:
   explicit ServedReplay(const std::string& path)
@@ -41,7 +41,7 @@ class ServedReplay {
     server.adopt(std::move(modemsEnd));
     return ControlClient(clientsEnd.release());
   }
-  // After this the counts stand still.
+  // Ends the replay. The counts do not change any more after this.
   const Replay& end() {
     server.stop();
     if (thread.joinable()) {
@@ -69,7 +69,8 @@ class ServedReplay {
 
 class ReplayTest : public testing::Test {
  protected:
-  // Everything that record does with a client of a modem is in the trace when it is done.
+  // Runs work with a client of a modem. All that work does with the client is in the trace when
+  // this returns.
   void record(const std::function<void(ServedModem& modem, RawClient& client)>& work) {
     Service::Options options;
     options.trace = std::make_unique<TraceWriter>(path);
@@ -130,7 +131,7 @@ TEST_F(ReplayTest, IndicationOfAnothersEdit_ComesBetweenTheSameRequests) {
   RawClient client = replay.connect();
   client.hello();
   client.registerForAll();
-  // Nobody waits for them here: they have to come before the next answer.
+  // The test does not wait for the indications here: they must come before the next answer.
   EXPECT_EQ(settingsOf(client.request(MessageId::ProfileSettings, profileRequest(1))).apn,
             "operator");
   EXPECT_EQ(client.nextEvent(), "create/1");

@@ -1,7 +1,8 @@
 // SPDX-FileCopyrightText: The Pavor Authors
 // SPDX-License-Identifier: Apache-2.0
 
-// What a client meets, on the wire, when a fault befalls its request or the answer to it.
+// These tests show the effects of a fault on a request or on its answer, on the client's side of
+// the wire.
 #include "Answers.h"
 #include "FaultTest.h"
 
@@ -55,7 +56,7 @@ TEST_F(RequestFaultTest, Doubled_Answer_ComesTwice) {
   EXPECT_EQ(profiles().size(), 1u);
 }
 
-// Both requests at once, so that the second has certainly come before the first one is due.
+// Both requests are sent at once, so the second has certainly arrived before the first one is due.
 class RequestFaultLate : public RequestFaultTest {
  protected:
   static constexpr uint32_t late = 101;
@@ -98,7 +99,7 @@ TEST_F(RequestFaultLate, LateMs_ClientLeavesMeanwhile_IsDropped) {
   fail({{"message", "any"}, {"lateMs", 50}});
   client.send(FrameKind::Request, MessageId::CreateProfile, createRequest({}));
   client.close();
-  // A modem that still serves has got over it.
+  // The modem has survived if it still serves.
   RawClient other = served.newClient();
   fail({{"message", "any"}, {"lateMs", 100}});
   EXPECT_EQ(resultOf(other.request(MessageId::ProfileList, {})), success);
@@ -134,7 +135,7 @@ TEST_P(RequestFaultSpoiled, Undecodable_EveryAnswer_CannotBeRead) {
     const Payload answer = client.request(messageId, payload);
     try {
       const FieldReader fields(answer);
-      // A field that is too wide is found out by whoever reads that field.
+      // A field that is too wide is detected only when that field is read.
       EXPECT_EQ(std::string(GetParam().how), "wide");
       EXPECT_EQ(fields.bytes(tagResult)->size(), 9u);
     } catch (const Refusal& refusal) {

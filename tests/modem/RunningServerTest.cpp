@@ -20,7 +20,7 @@ void (*handlerOf(int signal))(int) {
   return action.sa_handler;
 }
 
-// Ends the process that runs it with code 0 when all is as it should be.
+// Ends the process with code 0 when the signal handler was removed.
 void runAndRaiseAfterwards(int signal) {
   {
     Server server(Server::Options{});
@@ -28,7 +28,7 @@ void runAndRaiseAfterwards(int signal) {
     server.stop();
     runServer(server, service, "a path", noDescriptor);
   }
-  // A handler that were still there would stop a server that is gone.
+  // A handler that was still installed would stop a server that no longer exists.
   const bool isIgnored = handlerOf(signal) == SIG_IGN;
   std::raise(signal);
   std::_Exit(isIgnored ? 0 : 1);

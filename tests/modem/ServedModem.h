@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: The Pavor Authors
 // SPDX-License-Identifier: Apache-2.0
 
-// A modem served by a thread of the test, reached through socket pairs.
+// A ServedModem is a modem that a thread of the test serves, reached through socket pairs.
 #pragma once
 
 #include "RawClient.h"
@@ -22,7 +22,7 @@ class ServedModem {
   static std::pair<UniqueFd, UniqueFd> makePair();
   void adopt(UniqueFd socket) { server.adopt(std::move(socket)); }
   UniqueFd connect();
-  // One that has exchanged hellos.
+  // Returns a client that has exchanged hellos.
   RawClient newClient(bool sawAbsence = false);
   ControlClient newControl() { return ControlClient(connect().release()); }
 

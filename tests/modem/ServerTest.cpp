@@ -248,7 +248,7 @@ TEST(Server, FaultDelay_ClientLeavesMeanwhile_IsDropped) {
   ServedModem served;
   ControlClient control = served.newControl();
   control.call("fail", {{"message", "any"}, {"delayMs", 200}, {"count", 2}});
-  // All is said and the connection ended before the modem sees any of it.
+  // The client has sent everything and ended its side before the modem sees the connection.
   auto [modemsEnd, clientsEnd] = ServedModem::makePair();
   RawClient client(std::move(clientsEnd));
   client.sendBytes(encodeFrame({FrameKind::Hello, 0, 0, {0}}));
@@ -256,7 +256,7 @@ TEST(Server, FaultDelay_ClientLeavesMeanwhile_IsDropped) {
   client.endSending();
   served.adopt(std::move(modemsEnd));
   ASSERT_TRUE(waitUntil([&] { return control.call("faults")["faults"][0]["count"] == 1; }));
-  // A request that is delayed after the first one is answered after it would have been due.
+  // A request that is delayed later is also answered later, when the first one has been due.
   EXPECT_EQ(resultOf(served.newClient().request(MessageId::ProfileList, {})), success);
   EXPECT_THAT(control.call("show")["profiles"], IsEmpty());
 }

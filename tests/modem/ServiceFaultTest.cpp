@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: The Pavor Authors
 // SPDX-License-Identifier: Apache-2.0
 
-// What somebody who asks for the service meets when a fault befalls the hello.
+// These tests show the effects of a fault on the hello, on the side of the client that sends it.
 #include "FaultTest.h"
 #include "wire/Hello.h"
 
@@ -23,7 +23,7 @@ class ServiceFaultTest : public FaultTest {
     return frame && frame->kind == FrameKind::Hello ? decodeHelloAnswer(frame->payload)
                                                     : std::nullopt;
   }
-  // 0: welcome.
+  // Returns 0 when the client is welcome.
   int refusalOf(Purpose purpose) {
     RawClient fresh = saying(purpose);
     const auto answer = answerTo(fresh);
@@ -56,7 +56,7 @@ TEST_F(ServiceFaultTest, Refuse_Nth_CountsHellos) {
 TEST_F(ServiceFaultTest, Silent_Open_IsNotAnswered) {
   fail({{"service", "open"}, {"silent", true}});
   RawClient silent = saying(Purpose::Open);
-  // Its request is answered, and nothing came before that.
+  // The next request is answered, and no frame came before that answer.
   const uint32_t transaction = silent.send(FrameKind::Request, MessageId::ProfileList, {});
   const auto frame = silent.receive();
   ASSERT_TRUE(frame);

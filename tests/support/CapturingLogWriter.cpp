@@ -11,7 +11,8 @@
 
 namespace pavo::test {
 
-// Shared with the sink, which another thread may still be writing with when it is uninstalled.
+// The sink shares these lines: another thread may still be writing through it when it is
+// uninstalled.
 struct CapturingLogWriter::Lines {
   std::mutex mutex;
   std::vector<CapturedLine> lines;

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: The Pavor Authors
 // SPDX-License-Identifier: Apache-2.0
 
-// Captures the library's log lines in unit tests of single classes.
+// This writer captures the library's log lines in unit tests of single classes.
 #pragma once
 
 #include "LogLevel.h"
@@ -20,8 +20,8 @@ struct CapturedLine {
   bool operator==(const CapturedLine&) const = default;
 };
 
-/// Installs itself as the library's log writer and uninstalls itself at the end of its life. Lines
-/// may be written by any thread.
+// Installs itself as the library's log writer and uninstalls itself at the end of its life. Lines
+// may be written by any thread.
 class CapturingLogWriter {
  public:
   CapturingLogWriter();

@@ -77,7 +77,7 @@ struct Plan {
   int errorsFd;
 };
 
-// In the forked child, where only system calls are safe.
+// This function runs in the forked child, where only system calls are safe.
 [[noreturn]] void execute(const Plan& plan) {
   prctl(PR_SET_PDEATHSIG, SIGKILL);
   const bool isOrphan = getppid() != plan.parent;

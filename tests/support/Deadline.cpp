@@ -20,8 +20,8 @@ constexpr std::chrono::milliseconds patienceTime{30'000};
 constexpr std::chrono::milliseconds patienceTime{10'000};
 #endif
 
-// A condition that takes long to come about is asked for less often: many tests ask another
-// process, which has better things to do.
+// A condition that takes long to become true is polled less often. Many tests poll another process,
+// and every poll takes time from its work.
 constexpr std::chrono::milliseconds pollInterval{1};
 constexpr std::chrono::milliseconds pollIntervalOfTheLong{5};
 constexpr int pollsBeforeItIsLong = 50;

@@ -30,7 +30,7 @@ void copyField(std::uint8_t fromValid, const Value& from, std::uint8_t& toValid,
   }
 }
 
-// The messages hold the same fields at different places, so they are copied by name.
+// The messages hold the same fields at different offsets, so the fields are copied by name.
 template <typename Request>
 void copySettings(const Request& from, FakeModem::Settings& to) {
 #define COPY(field) copyField(from.field##_valid, from.field, to.field##_valid, to.field)

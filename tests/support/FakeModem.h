@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: The Pavor Authors
 // SPDX-License-Identifier: Apache-2.0
 
-// The modem behind the fake platform: a profile table that answers requests.
+// FakeModem is the modem behind the fake platform: a profile table that answers requests.
 #pragma once
 
 #include "ModemExchange.h"
@@ -15,7 +15,8 @@
 
 namespace pavo::test {
 
-/// Settings are kept as the response of a read. FakePlatform owns it and guards it by its mutex.
+// Settings are kept as the response of a read. FakePlatform owns this object and guards it by its
+// mutex.
 class FakeModem {
  public:
   using Settings = wds_get_profile_settings_resp_msg_v01;
@@ -25,10 +26,10 @@ class FakeModem {
     wds_profile_event_enum_v01 event;
   };
 
-  /// Answers the request, and tells which changes a real modem would indicate after it.
+  // Answers the request, and returns the changes that a real modem would indicate after it.
   std::vector<Change> answer(const ModemExchange& exchange);
 
-  /// The index that the next create gets; those after count up from it, past used ones.
+  // Sets the index that the next create gets. Later creates count up from it and skip used indices.
   void setNextIndex(std::uint8_t index) { nextIndex = index; }
   void set(std::uint8_t index, const Settings& settings) { profiles[index] = settings; }
   void erase(std::uint8_t index) { profiles.erase(index); }

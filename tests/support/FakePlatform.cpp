@@ -51,7 +51,7 @@ std::vector<std::uint8_t> copyBytes(const void* bytes, std::size_t size) {
   return first == nullptr ? std::vector<std::uint8_t>() : std::vector(first, first + size);
 }
 
-// The library only passes the pointer on.
+// Returns the address of the one service object. The library only passes the pointer on.
 ovix_service_object_type theServiceObject() {
   static const char object = 0;
   return reinterpret_cast<ovix_service_object_type>(&object);
@@ -71,7 +71,7 @@ struct Behaviour {
   std::function<void(const std::string&)> logHook;
   std::map<unsigned int, std::deque<ModemHandler>> next;
   std::map<unsigned int, ModemHandler> every;
-  // By the number of the send since the reset.
+  // The key is the number of the send since the reset.
   std::map<std::size_t, ModemHandler> nth;
   std::size_t sends = 0;
 };
@@ -82,15 +82,15 @@ struct FakePlatform::State {
   mutable std::mutex mutex;
   std::condition_variable changed;
 
-  // All below is guarded by mutex.
+  // The mutex guards all members below.
 
-  // Counts changes, so that a waiter sees the one that came between its look and its wait.
+  // This number counts changes, so that a waiter notices a change between its check and its wait.
   std::uint64_t version = 0;
   Behaviour behaviour;
   FakeModem modem;
 
-  // Handles are numbers that are never used twice in a process: what an earlier test left behind
-  // cannot be taken for this test's.
+  // No handle is used twice in a process, so a handle left over from an earlier test cannot be
+  // mistaken for one of this test.
   std::uintptr_t lastHandle = 0x1000;
   std::uintptr_t lastHandleBeforeReset = 0x1000;
   std::vector<Notifier> notifiers;
@@ -98,7 +98,8 @@ struct FakePlatform::State {
   std::vector<std::pair<ovix_client_type, std::thread::id>> callbacksRunning;
 
   std::vector<PlatformCall> recorded;
-  // Changes when recorded is emptied: a send in progress then has nothing to complete.
+  // This number changes when `recorded` is emptied: a send in progress then has no record to
+  // complete.
   std::uint64_t recordNumber = 0;
   std::size_t sendsInProgress = 0;
   std::vector<std::string> misuses;
@@ -148,7 +149,7 @@ struct FakePlatform::State {
     return found == holders.end() ? nullptr : &*found;
   }
 
-  // Null is a legal argument of a send, and answered by an error.
+  // A send may legally pass null; the fake answers it with an error.
   Client* findClient(const char* function, ovix_client_type handle) {
     Client* const client = findLive(clients, handle);
     if (client == nullptr && handle != nullptr && !isLeftOver(handle)) {
@@ -392,7 +393,8 @@ bool FakePlatform::indicate(unsigned int msgId, const void* bytes, unsigned int 
   bool called = false;
   for (const Client& client : clients()) {
     called |= call(client.handle, [&] {
-      // A copy each, of just that size: the buffer is the callback's during the call only.
+      // Each callback gets a copy of exactly this size, because its buffer is valid during the call
+      // only.
       std::vector<std::uint8_t> buffer = copyBytes(bytes, length);
       client.indicationCallback(client.handle, msgId, bytes == nullptr ? nullptr : buffer.data(),
                                 length, client.indicationData);
@@ -613,7 +615,7 @@ ovix_client_error_type FakePlatform::notifierInit(ovix_service_object_type servi
                                                   ovix_client_type* notifier) {
   const std::lock_guard lock(state->mutex);
   state->expectZeroed("the notifier's parameter block", osParams, sizeof *osParams);
-  // The block is the library's to use; who uses it again has to clear it.
+  // The block belongs to the library, which has to clear it before using it again.
   std::memset(osParams, 0xA5, sizeof *osParams);
   const ovix_client_error_type result = state->behaviour.notifierInitResult;
   if (result == OVIX_CLIENT_NO_ERROR || state->behaviour.failedInitMakesNotifier) {
@@ -682,7 +684,7 @@ ovix_client_error_type FakePlatform::clientInit(ovix_service_info* serviceInfo,
   }
   const ovix_client_error_type result = state->behaviour.clientInitResult;
   const ovix_client_type handle = state->newHandle();
-  // Set even when it fails: a caller must not take it for a client then.
+  // The handle is set even when the call fails: a caller must not take it for a client then.
   *client = handle;
   if (result == OVIX_CLIENT_NO_ERROR) {
     state->clients.push_back({.handle = handle,
@@ -913,7 +915,7 @@ int Diag_LSM_DeInit(void) {
   return 1;
 }
 
-// The format is the library's "|%s| %s": a tag and a message.
+// The library's format is "|%s| %s": a tag and a message.
 void msg_sprintf(const diag_msg_descriptor* descriptor, ...) {
   va_list arguments;
   va_start(arguments, descriptor);

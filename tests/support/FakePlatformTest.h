@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: The Pavor Authors
 // SPDX-License-Identifier: Apache-2.0
 
-// The fixture of tests that run against the fake platform.
+// FakePlatformTest is the fixture of tests that run against the fake platform.
 #pragma once
 
 #include "FakePlatform.h"
@@ -10,9 +10,9 @@
 
 namespace pavo::test {
 
-/// Starts each test with a healthy, empty platform and ends it with a check that the library kept
-/// the platform's rules. The check stands in the destructor so that the members of a derived
-/// fixture, a Manager for example, are gone by then.
+// Starts each test with a healthy, empty platform and ends it with a check that the library kept
+// the platform's rules. The check stands in the destructor so that the members of a derived
+// fixture, a Manager for example, are gone by then.
 class FakePlatformTest : public testing::Test {
  protected:
   FakePlatformTest() { platform.reset(); }

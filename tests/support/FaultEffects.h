@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: The Pavor Authors
 // SPDX-License-Identifier: Apache-2.0
 
-// Lists of every effect that a fault of the modem can have, for tests that go through all of them,
-// and the functions that set a fault.
+// This header lists every effect that a fault of the modem can have, for tests that go through all
+// of them. It also has the functions that set a fault.
 #pragma once
 
 #include "ModemProcess.h"
@@ -16,46 +16,46 @@
 
 namespace pavo::test {
 
-/// A fault's effect, without its selector and its trigger.
+// A fault's effect, without its selector and its trigger.
 struct FaultEffect {
-  /// A description for test output, such as "cut to 4 bytes".
+  // A description for test output, such as "cut to 4 bytes".
   std::string name;
-  /// The arguments that ask for it.
+  // The control-channel arguments that select this effect.
   nlohmann::json args;
-  /// false: the client waits for the answer until its timeout.
+  // If false, the client waits for the answer until its timeout.
   bool isInTime = true;
 };
 
 std::ostream& operator<<(std::ostream& out, const FaultEffect& effect);
 
-/// The modem's names of everything that can have a fault.
+// Returns the modem's names of all messages that can have a fault.
 const std::vector<std::string>& faultMessages();
 const std::vector<std::string>& faultIndications();
 const std::vector<std::string>& faultOccasions();
 
-/// Every effect that fits a message of faultMessages(), or "any" of them.
+// Returns every effect that fits a message of faultMessages(), or "any" of them.
 std::vector<FaultEffect> effectsOnMessage(const std::string& message);
-/// Every effect that fits an indication.
+// Returns every effect that fits an indication.
 std::vector<FaultEffect> effectsOnIndication();
-/// Every effect that fits a hello.
+// Returns every effect that fits a hello.
 std::vector<FaultEffect> effectsOnOccasion();
 
-/// Builds the arguments of one fault:
-///   Fault::onMessage("create-profile").nth(3).with(effect.args)
+// Builds the arguments of one fault:
+//   Fault::onMessage("create-profile").nth(3).with(effect.args)
 class Fault {
  public:
   static Fault onMessage(const std::string& message) { return {"message", message}; }
   static Fault onIndication(const std::string& event) { return {"indication", event}; }
   static Fault onOccasion(const std::string& occasion) { return {"service", occasion}; }
 
-  /// Begins with this one of the selected subjects.
+  // Makes the fault begin with the selected subject at this place.
   Fault& nth(int place) { return set("nth", place); }
   Fault& count(int times) { return set("count", times); }
   Fault& probability(double chance, std::uint64_t seed) {
     return set("probability", chance).set("seed", seed);
   }
 
-  /// The arguments of the modem's verb "fail", and an element of a script.
+  // Returns the arguments of the modem's verb "fail", also usable as an element of a script.
   nlohmann::json with(const nlohmann::json& effect) const;
 
  private:
@@ -68,11 +68,11 @@ class Fault {
   nlohmann::json args;
 };
 
-/// Adds a fault to those that the modem has.
+// Adds a fault to the modem's faults.
 void setFault(ModemProcess& modem, const nlohmann::json& fault);
-/// Replaces the faults that the modem has by those of a script.
+// Replaces the modem's faults by those of a script.
 void setScript(ModemProcess& modem, std::uint64_t seed, const std::vector<nlohmann::json>& faults);
-/// Returns whether all faults are used up.
+// Returns whether all faults are used up.
 bool areFaultsUsedUp(ModemProcess& modem);
 void clearFaults(ModemProcess& modem);
 

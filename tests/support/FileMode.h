@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: The Pavor Authors
 // SPDX-License-Identifier: Apache-2.0
 
-// Who may read and write a file.
+// This header reads the permissions of a file.
 #pragma once
 
 #include <sys/stat.h>
@@ -11,7 +11,7 @@
 
 namespace pavo::test {
 
-/// The permission bits of a file; all ones when there is none.
+// Returns the permission bits of a file; all ones when there is no such file.
 inline mode_t modeOf(const std::string& path) {
   struct stat status = {};
   return stat(path.c_str(), &status) == 0 ? status.st_mode & 07777u : ~mode_t{0};

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: The Pavor Authors
 // SPDX-License-Identifier: Apache-2.0
 
-// A request in the hands of the fake modem.
+// A ModemExchange is a request that the fake modem is handling.
 #pragma once
 
 #include "ovix_client.h"
@@ -13,7 +13,7 @@
 
 namespace pavo::test {
 
-/// The request's and the response's memory are the library's and valid during the send only.
+// The library owns the memory of the request and the response. It is valid during the send only.
 struct ModemExchange {
   ovix_client_type client = nullptr;
   unsigned int msgId = 0;
@@ -23,7 +23,7 @@ struct ModemExchange {
   unsigned int responseLength = 0;
   unsigned int timeoutMs = 0;
 
-  /// A copy of the request; all zero when its length is not that of T.
+  // Returns a copy of the request, all zero when its length is not that of T.
   template <typename T>
   T request() const {
     T value{};
@@ -33,7 +33,7 @@ struct ModemExchange {
     return value;
   }
 
-  /// Fills the response; nothing when its length is not that of T.
+  // Fills the response. Does nothing when the response's length is not that of T.
   template <typename T>
   void respond(const T& value) const {
     if (resp != nullptr && responseLength == sizeof value) {
@@ -41,7 +41,7 @@ struct ModemExchange {
     }
   }
 
-  /// Fills the result that opens every response; 0 is success.
+  // Fills the result that opens every response; 0 is success.
   void respondResult(std::int32_t result, std::int32_t error = 0) const {
     const ovix_response_type_v01 opening{result, error};
     if (resp != nullptr && responseLength >= sizeof opening) {
@@ -50,8 +50,9 @@ struct ModemExchange {
   }
 };
 
-/// Answers a request: fills the response and returns what ovix_client_send_msg_sync returns. Runs
-/// on the thread that sends, with no lock held, so it may block, raise callbacks and call the fake.
+// A ModemHandler answers a request: it fills the response and returns the result of
+// ovix_client_send_msg_sync. It runs on the sending thread with no lock held, so it may block,
+// raise callbacks and call the fake.
 using ModemHandler = std::function<ovix_client_error_type(ModemExchange&)>;
 
 }  // namespace pavo::test

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: The Pavor Authors
 // SPDX-License-Identifier: Apache-2.0
 
-// The emulated modem in a process of its own, for one test.
+// A ModemProcess is the emulated modem in a process of its own, for one test.
 #pragma once
 
 #include "ChildProcess.h"
@@ -17,18 +17,19 @@
 namespace pavo::test {
 
 struct ModemProcessOptions {
-  /// Profiles that the modem made itself: the content of its profiles file; null for none.
+  // The profiles that the modem made itself: the content of its profiles file, or null for no file.
   nlohmann::json profiles;
-  /// Keeps persistent profiles over a restart.
+  // If true, the modem keeps persistent profiles over a restart.
   bool keepsStore = true;
-  /// Further arguments of pavo-modem.
+  // These are further arguments of pavo-modem.
   std::vector<std::string> arguments;
-  /// false: the socket's path is there, the modem not yet.
+  // If false, the socket's path exists, but the modem does not run yet.
   bool startsAtOnce = true;
 };
 
-/// Owns the folder with the modem's socket and files, and the process, which may come and go.
-/// Point OVIX_MODEM at socketPath() before the library is initialised (see ModemEnvironment).
+// Owns the process, which may be stopped and started again, and the folder with the modem's socket
+// and files. Point OVIX_MODEM at socketPath() before the library is initialised (see
+// ModemEnvironment).
 class ModemProcess {
  public:
   explicit ModemProcess(ModemProcessOptions options = {});
@@ -39,17 +40,18 @@ class ModemProcess {
   const std::string& socketPath() const { return socket; }
   std::string storePath() const { return folder.file("store.json"); }
 
-  /// Starts it and waits until it listens; throws std::runtime_error with what it wrote when it
-  /// does not.
+  // Starts the process and waits until it listens. If it does not listen, this throws
+  // std::runtime_error with the output of the process.
   void start();
-  /// Power loss: SIGKILL.
+  // Simulates a power loss with SIGKILL.
   void kill();
-  /// SIGTERM; how it ended.
+  // Ends the process with SIGTERM and returns how it ended.
   ChildProcess::Exit terminate();
   bool isRunning();
   ChildProcess& process() { return *child; }
 
-  /// Sends a verb to its control channel; throws std::runtime_error when the modem refuses it.
+  // Sends a verb to the modem's control channel; throws std::runtime_error when the modem refuses
+  // it.
   nlohmann::json control(const std::string& verb,
                          const nlohmann::json& args = nlohmann::json::object());
 
@@ -61,7 +63,8 @@ class ModemProcess {
   std::unique_ptr<modem::ControlClient> controlClient;
 };
 
-/// Sets OVIX_MODEM for this process while it lives. Only while the process has one thread.
+// Sets OVIX_MODEM for this process while this object lives. Use it only while the process has one
+// thread.
 class ModemEnvironment {
  public:
   explicit ModemEnvironment(const std::string& socketPath);

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: The Pavor Authors
 // SPDX-License-Identifier: Apache-2.0
 
-// The process-wide Manager in the hands of one test.
+// This header lends the process-wide Manager to one test.
 #pragma once
 
 #include <pavo/Manager.h>
@@ -10,8 +10,8 @@
 
 namespace pavo::test {
 
-/// Manager::getInstance(), which is like new again, its worker ended, when the last handle goes. So
-/// no test sees what another one in the same process has done with it.
+// Returns Manager::getInstance(). When the last handle is dropped, the worker ends and the instance
+// is like new again, so no test sees what another test in the same process has done with it.
 inline std::shared_ptr<Manager> processWideManager() {
   return {&Manager::getInstance(), [](Manager* manager) {
             std::destroy_at(manager);

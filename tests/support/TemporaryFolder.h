@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: The Pavor Authors
 // SPDX-License-Identifier: Apache-2.0
 
-// A folder that is gone after the test.
+// A TemporaryFolder is removed after the test.
 #pragma once
 
 #include <filesystem>
@@ -9,7 +9,8 @@
 
 namespace pavo::test {
 
-/// Made empty under the system's folder for temporary files, removed with all that is in it.
+// The folder is made empty under the system's folder for temporary files and removed with its
+// contents.
 class TemporaryFolder {
  public:
   TemporaryFolder();
@@ -18,7 +19,7 @@ class TemporaryFolder {
   ~TemporaryFolder();
 
   const std::filesystem::path& path() const { return folder; }
-  /// The path of a file in it, which need not exist.
+  // Returns the path of a file in the folder. The file need not exist.
   std::string file(const std::string& name) const { return (folder / name).string(); }
 
  private:

@@ -20,7 +20,7 @@ namespace pavo::test {
 
 TerminalProcess::TerminalProcess(std::vector<std::string> arguments,
                                  const std::vector<std::string>& environment) {
-  // env(1) sets the variables, so that nothing but system calls happens in the fork.
+  // env(1) sets the variables, so the forked child makes system calls only.
   std::vector<std::string> command{"env", "TERM=xterm"};
   command.insert(command.end(), environment.begin(), environment.end());
   command.insert(command.end(), arguments.begin(), arguments.end());
@@ -75,7 +75,7 @@ const std::string& TerminalProcess::output() {
 
 std::optional<ChildProcess::Exit> TerminalProcess::waitForExit() {
   waitUntil([&] {
-    // A program that nobody reads would wait for ever.
+    // The program would wait for ever if its output were not read.
     readAll();
     int status = 0;
     if (!exit && waitpid(processId, &status, WNOHANG) == processId) {

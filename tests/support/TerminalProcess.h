@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: The Pavor Authors
 // SPDX-License-Identifier: Apache-2.0
 
-// A program on a terminal of its own, driven by a test as by a user.
+// A TerminalProcess is a program on a terminal of its own. A test drives it as a user would.
 #pragma once
 
 #include "ChildProcess.h"
@@ -14,24 +14,24 @@
 
 namespace pavo::test {
 
-/// Runs a program with all three standard descriptors on a new pseudo-terminal, from construction
-/// until it ends; the destructor kills it if it still runs. Not thread-safe.
+// Runs a program with all three standard descriptors on a new pseudo-terminal, from construction
+// until it ends; the destructor kills it if it still runs. Not thread-safe.
 class TerminalProcess {
  public:
-  /// @param environment "NAME=value" in addition to this process's; TERM is xterm
+  // @param environment "NAME=value" in addition to this process's; TERM is xterm
   explicit TerminalProcess(std::vector<std::string> arguments,
                            const std::vector<std::string>& environment = {});
   TerminalProcess(const TerminalProcess&) = delete;
   TerminalProcess& operator=(const TerminalProcess&) = delete;
   ~TerminalProcess();
 
-  /// As typed at the keyboard: "\r" is Enter, "\t" Tab, "\x03" Ctrl-C, "\x04" Ctrl-D.
+  // Types the keys as at the keyboard: "\r" is Enter, "\t" Tab, "\x03" Ctrl-C, "\x04" Ctrl-D.
   void type(const std::string& keys);
-  /// Waits until it has written text after what the last successful wait found.
+  // Waits until the program has written text after the text that the last successful wait found.
   bool waitForOutput(const std::string& text);
-  /// All that it has written, control sequences and echo included.
+  // Returns all that the program has written, control sequences and echo included.
   const std::string& output();
-  /// How it ended; empty when it still runs after patience().
+  // Waits for the end and returns it; returns nothing when the program still runs after patience().
   std::optional<ChildProcess::Exit> waitForExit();
   pid_t pid() const { return processId; }
 

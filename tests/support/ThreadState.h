@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: The Pavor Authors
 // SPDX-License-Identifier: Apache-2.0
 
-// What the kernel says of this process's threads.
+// This header reads the kernel's state of this process's threads.
 #pragma once
 
 #include <filesystem>
@@ -11,8 +11,8 @@
 
 namespace pavo::test {
 
-/// Whether the thread of that id (gettid) waits for something. For tests of what must not go on:
-/// they wait until it either has gone on or is asleep.
+// Returns whether the thread of that id (gettid) is asleep. Tests that a thread must not continue
+// use it: they wait until the thread either has continued or is asleep.
 inline bool isAsleep(int thread) {
   std::ifstream file("/proc/self/task/" + std::to_string(thread) + "/stat");
   const std::string stat{std::istreambuf_iterator<char>(file), {}};

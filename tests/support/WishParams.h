@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: The Pavor Authors
 // SPDX-License-Identifier: Apache-2.0
 
-// What World calls a wish, as the library's records.
+// These functions convert between the wishes of World and the library's records.
 #pragma once
 
 #include <pavo/FilterProfileParams.h>
@@ -13,7 +13,7 @@ namespace pavo::test::model {
 ProfileParams paramsOf(const json& wish);
 FilterProfileParams paramsOf(const Filter& filter);
 
-/// A client's view of a profile as the library tells it.
+// Returns a client's view of a profile, read from the library's record.
 json viewOf(const ProfileParams& params);
 
 }  // namespace pavo::test::model

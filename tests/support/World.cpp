@@ -14,12 +14,12 @@ constexpr const char* ours = "pavo_profile";
 constexpr const char* oursForAttach = "pavo_profile_ia";
 constexpr Token noToken = ~Token{0};
 
-// The attributes that a wish and a profile hold alike.
+// A wish and a profile hold these attributes under the same names.
 constexpr std::array same = {"user",     "password",       "auth",        "class",
                              "clat",     "maxPdnPerBlock", "maxPdnTimer", "pdnWaitInterval",
                              "disabled", "emergency"};
 
-// The client's bit and the modem's bit of each type.
+// Each pair holds the client's bit and the modem's bit of a type.
 constexpr std::array<std::pair<unsigned int, std::uint64_t>, 13> typeBits = {{{0x1, 0x1},
                                                                               {0x2, 0x4},
                                                                               {0x4, 0x10},
@@ -50,13 +50,13 @@ std::optional<int> homeOf(const json& profile) {
   return overriding && *overriding != 0 ? overriding : bitsIn(profile, "pdpType");
 }
 
-// Only when both networks have one, and the same.
+// Returns a type only when both networks have one and the two are equal.
 std::optional<int> commonRoamOf(const json& profile) {
   const auto lte = bitsIn(profile, "lteRoam");
   return lte == bitsIn(profile, "umtsRoam") ? lte : std::nullopt;
 }
 
-// What a filter is held against.
+// Returns the roaming type with which a filter is compared.
 std::optional<int> matchedRoamOf(const json& profile) {
   return profile.contains("lteRoam") || profile.contains("umtsRoam") ? commonRoamOf(profile)
                                                                      : bitsIn(profile, "pdpType");
@@ -67,8 +67,8 @@ bool fits(int wanted, std::optional<int> held, bool mayBeLess, bool mayBeMore) {
                   (mayBeMore && (*held & ~wanted) == 0));
 }
 
-// What of the modem's IP types a wish changes: a home type of its own needs an override, and one
-// that is there is taken back when the two are the same again.
+// Adds the changes of the modem's IP types that a wish needs. A home type that differs from the
+// roaming type needs an override. An existing override is removed when the two are equal again.
 void planIpTypes(const json& wish, const json& profile, json& changes) {
   const auto home = wish.contains("home") ? bitsIn(wish, "home") : homeOf(profile);
   const auto roam = wish.contains("roam") ? bitsIn(wish, "roam") : commonRoamOf(profile);
@@ -91,7 +91,7 @@ void planIpTypes(const json& wish, const json& profile, json& changes) {
   }
 }
 
-// What a wish changes of a profile as the cache knows it; empty for nothing.
+// Returns the changes that a wish makes to a profile as the cache knows it; empty for no change.
 json changesOf(const json& wish, const json& profile) {
   json changes = json::object();
   for (const char* const name : same) {
@@ -242,7 +242,7 @@ std::string dumpText(const Picture* picture) {
   return text;
 }
 
-// The modem.
+// The functions of this group are the modem.
 
 Fate World::ask(const std::string& message) {
   requests.push_back(message);
@@ -389,9 +389,9 @@ void World::forgetFaults() {
   twist.reset();
 }
 
-// What is left behind.
+// The functions of this group account for profiles that are left behind.
 
-// The first one counts.
+// Only the first excuse of a profile counts.
 void World::excuse(int index, LeftBehind why) {
   const auto found = made.find(index);
   if (found != made.end() && !found->second.excuse) {
@@ -418,7 +418,7 @@ std::vector<int> World::account() {
   return unexplained;
 }
 
-// The cache.
+// The functions of this group are the cache.
 
 Picture* World::find(std::optional<int> key) const {
   const auto known = key ? keys.find(*key) : keys.end();
@@ -426,7 +426,7 @@ Picture* World::find(std::optional<int> key) const {
   return entry != cache.end() ? entry->second.get() : nullptr;
 }
 
-// Its listeners run, those whose keys are alive.
+// The listeners of the picture run if their keys are alive.
 void World::forget(std::shared_ptr<Picture> picture) {
   if (picture == nullptr) {
     return;
@@ -507,7 +507,7 @@ void World::hear(int index, Event event) {
   }
 }
 
-// A client's operations.
+// The functions of this group are a client's operations.
 
 Token World::addedToken(const json& wish, bool isPersistent, bool isIA) {
   if (isRefreshing) {
@@ -552,7 +552,7 @@ bool World::modifyToken(Token token, const json& wish) {
     picture->profile.update(changes);
     pending.push_back({picture->id, modified});
   }
-  // Also when the modem has refused.
+  // The operation also succeeds when the modem has refused.
   return true;
 }
 
@@ -669,7 +669,8 @@ void World::refresh(bool isStarted) {
   }
 }
 
-// The policies. The keys of what they only look at come and go again without a trace.
+// The functions of this group are the policies. A policy's keys to profiles that it only reads are
+// dropped again and leave no trace.
 
 std::vector<Token> World::look(Filter filter, const std::vector<Token>& order) const {
   return this->filter(filter, order);

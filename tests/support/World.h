@@ -1,12 +1,12 @@
 // SPDX-FileCopyrightText: The Pavor Authors
 // SPDX-License-Identifier: Apache-2.0
 
-// What a caller, the library's cache and the modem have to hold, told in plain words and much more
-// simply than the library does it: no threads, no messages, no structures. The modem answers at
-// once, and what it tells of its changes is heard at the end of the step (settle).
+// World models the state that a caller, the library's cache and the modem must have. It is much
+// simpler than the library: it has no threads, no messages and no structures. The modem answers at
+// once, and its indications are handled at the end of the step (settle).
 //
-// Profiles are JSON objects: a modem's one has the members of the modem's control channel, what a
-// client wants ("wish") has home, roam and types (the client's bits) in place of the modem's.
+// Profiles are JSON objects. A modem's profile has the members of the modem's control channel. A
+// client's wish ("wish") has home, roam and types (the client's bits) in place of the modem's.
 #pragma once
 
 #include <nlohmann/json.hpp>
@@ -33,7 +33,7 @@ std::uint64_t modemTypes(unsigned int clientTypes);
 unsigned int clientTypes(std::uint64_t modemTypes);
 std::string lowered(std::string text);
 
-// What a filter asks for, beside the attributes of a wish.
+// A Filter holds the criteria of a filter, beside the attributes of a wish.
 struct Filter {
   json wish = json::object();
   unsigned int criteria = 0;
@@ -42,7 +42,8 @@ struct Filter {
   std::optional<bool> isIA = {};
 };
 
-// The cache's picture of one profile. It ends when it is replaced, forgotten or read again.
+// A Picture is the cache's picture of one profile. It ends when it is replaced, forgotten or read
+// again.
 struct Picture {
   int id = 0;
   json profile;
@@ -53,25 +54,25 @@ struct Picture {
 
 enum Event : int { created = 1, deleted = 2, modified = 3, subscriptionChanged = 4, ready = 5 };
 
-// Why a non-persistent profile of the library's is still there without a key.
+// LeftBehind is the reason why a non-persistent profile of the library still exists without a key.
 enum class LeftBehind { ReadAgain, RefusedByModem, RefusedDuringRefresh, Unanswered, ToldGone };
 
-// What becomes of a request that meets a fault.
+// Fate is the result of a request on which a fault takes effect.
 enum class Fate {
   AsUsual,              // the answer comes, late or twice
   Refused,              // not carried out
   Unanswered,           // carried out, but the library does not learn of it
   OtherSettings,        // written, or read, with otherSettings()
   PowerLostBefore,      // not carried out; the power goes and comes
-  PowerLostUnanswered,  // carried out; the power goes and comes before it is answered or told
+  PowerLostUnanswered,  // carried out; the power goes and comes before it is answered or indicated
 };
 json otherSettings();
 
-// What becomes of an indication that meets a fault.
+// Twist is the change of an indication on which a fault takes effect.
 struct Twist {
   enum class Kind { InItsPlace, Lost, Doubled, Late, OtherIndex, OtherEvent };
   Kind kind = Kind::Lost;
-  int passes = 0;  // how many it lets go by first
+  int passes = 0;  // how many indications pass before the fault
   int index = 0;
   Event event = ready;
 };
@@ -86,14 +87,14 @@ class World {
   bool remove(std::optional<int> key);
   std::optional<json> get(std::optional<int> key) const;
   bool match(const Filter& filter, std::optional<int> key) const;
-  // The tokens of the pictures that match, in the order given.
+  // Returns the tokens of the pictures that match, in the order given.
   std::vector<Token> filter(const Filter& filter, const std::vector<Token>& order) const;
   void keep(int key, Token token);
   void drop(int key);
   void listen(int listener, int key);
   void refresh(bool isStarted);
 
-  // The policies: the key of what they return, or none.
+  // Each policy assigns the key to the profile that it returns, or to none.
   bool setupDataCall(int key, const json& wish, const std::vector<Token>& order);
   bool emergency(int key, const json& wish, const std::vector<Token>& order);
   bool matchAttach(int id, const json& wish, const std::vector<Token>& order);
@@ -102,27 +103,30 @@ class World {
   void typesByName(const std::vector<json>& wishes, const std::vector<std::string>& names,
                    const std::vector<Token>& order);
 
-  // Others, and the modem itself. False when the modem refuses.
+  // These functions are edits by other clients and by the modem. They return false when the modem
+  // refuses.
   bool createByOther(json profile);
   bool modifyByOther(int index, const json& changes);
   bool deleteByOther(int index);
   void raise(int index, Event event);
   void powerCycle();
 
-  // Faults: of the next request of that name, of an indication.
+  // These functions set faults: of the next request of that name, and of an indication.
   void failNext(const std::string& message, Fate fate) { fates.push_back({message, fate}); }
   void twistNext(const Twist& how) { twist = how; }
   void forgetFaults();
-  // Two entries of one profile: which of them a failed read hits is the order of a hash map.
+  // Returns whether one profile has two entries. Then the order of a hash map decides which of them
+  // a failed read hits.
   bool hasTwins() const;
 
   void settle();
-  // Counts what is left behind; the indices of what nobody can explain.
+  // Counts the profiles that are left behind, and returns the indices of those without a known
+  // reason.
   std::vector<int> account();
 
   int capacity = capacityDefault;  // of the table
   std::map<int, json> table;
-  std::map<Token, std::shared_ptr<Picture>> cache;  // null: what could not be read
+  std::map<Token, std::shared_ptr<Picture>> cache;  // null: a profile that could not be read
   Token nextToken = 0;
   std::deque<std::pair<int, Event>> pending;
   bool isRefreshing = false;
@@ -132,7 +136,7 @@ class World {
   std::map<int, int> runs;                    // of each listener
   std::map<LeftBehind, int> leftBehind;
   int powerCycles = 0;
-  int faultyRequests = 0;  // and those that were met
+  int faultyRequests = 0;  // the number of faults that took effect
   int faultyIndications = 0;
 
  private:
@@ -169,9 +173,9 @@ class World {
   std::map<int, Made> made;
 };
 
-// The client's view of a modem's profile: a wish, with name.
+// Returns the client's view of a modem's profile: a wish, with name.
 json clientView(const json& profile);
-// The cache's line of a profile in Manager::dump.
+// Returns the cache's line of a profile in Manager::dump.
 std::string dumpText(const Picture* picture);
 
 }  // namespace pavo::test::model

@@ -32,7 +32,7 @@ void Stage::edit(const std::string& verb, const json& args) const {
   try {
     modem.control(verb, args);
   } catch (const std::runtime_error&) {
-    // It may be in the way of the fault.
+    // The edit may fail because of the fault.
   }
 }
 
@@ -146,7 +146,7 @@ const std::vector<Scenario>& scenarios() {
        [](const Stage& stage) {
          AddProfileParams params(wanted("internet"), /*isPersistent=*/true, /*isIAProfile=*/false);
          const Key key = stage.manager.addProfile(params);
-         // What the network has granted.
+         // The modem stores the type that the network has granted.
          stage.edit("modify", {{"index", 1}, {"pdpType", "V4"}});
          stage.util.findOrCreateProfileForSetupDataCall(wanted("internet"));
          ModifyProfileParams change(wanted("internet"));

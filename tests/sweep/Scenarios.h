@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: The Pavor Authors
 // SPDX-License-Identifier: Apache-2.0
 
-// What happens in the life of a data-call service, as a list of scenarios to go through.
+// This header lists the scenarios in the life of a data-call service.
 #pragma once
 
 #include <pavo/Manager.h>
@@ -19,32 +19,33 @@
 
 namespace pavo::test {
 
-/// What a scenario works with.
+// A Stage holds the objects that a scenario works with.
 struct Stage {
   Manager& manager;
   Util& util;
   ModemProcess& modem;
   bool isFaulted;
 
-  /// As another client; without a word when there is no such profile any more, or no modem.
+  // Edits as another client. It ignores a refusal, because the profile or the modem may be gone.
   void edit(const std::string& verb, const nlohmann::json& args) const;
-  /// Until the library has registered with the modem, or has met the fault on its way there.
+  // Waits until the library has registered with the modem, or the fault has stopped the
+  // registration.
   void awaitModem() const;
 };
 
 struct Scenario {
   const char* name;
-  /// What the modem begins with.
+  // The profiles with which the modem begins.
   std::vector<nlohmann::json> profiles;
   std::function<void(const Stage&)> run;
-  /// The APN names on the modem when nothing has failed.
+  // The APN names on the modem when nothing has failed.
   std::multiset<std::string> expected;
   bool startsWithoutModem = false;
-  /// The modem comes back at any moment: one run has more requests than another.
+  // If true, the modem comes back at any moment, so the number of requests differs between runs.
   bool racesWithTheModem = false;
 };
 
-/// Its name.
+// Writes the scenario's name.
 std::ostream& operator<<(std::ostream& out, const Scenario& scenario);
 
 const std::vector<Scenario>& scenarios();

@@ -1,10 +1,11 @@
 // SPDX-FileCopyrightText: The Pavor Authors
 // SPDX-License-Identifier: Apache-2.0
 
-// Scenarios in the life of a data-call service. In each the nth message to the modem, the nth
-// indication from it and the nth one who asks for its service fail in every way there is, for n =
-// 1, 2, 3, ... until the scenario runs clean. Every caller is answered; and when the modem is well
-// again, a refresh makes the library know what the modem knows.
+// Each test runs a scenario in the life of a data-call service with a fault. The fault hits the nth
+// message to the modem, the nth indication from it or the nth hello of a client. Every effect is
+// tried for n = 1, 2, 3, ... until the scenario runs without the fault taking effect. Every caller
+// must be answered. When the modem is well again, a refresh must make the library's view equal to
+// the modem's table.
 #include <pavo/Manager.h>
 #include <pavo/Util.h>
 
@@ -25,32 +26,33 @@ namespace {
 using nlohmann::json;
 using Effects = std::vector<FaultEffect>;
 
-// Whom the faults befall, and what they do.
+// Victims are the subjects on which the faults take effect, with the effects to try.
 struct Victims {
-  const char* kind;  // as the modem's transcript calls them
+  const char* kind;  // the kind's name in the modem's transcript
   Fault first;
   Effects effects;
-  // They are there when the library starts, and what they meet can be its end: then it has to be
-  // initialised again.
+  // If true, the subjects occur at the start of the library, and a fault can end the start. Then
+  // the library has to be initialised again.
   bool areOfTheStart = false;
 };
 
-// What else happens to a modem: it comes and goes, a hundred times in a second.
+// This effect makes the modem go and come twenty times, off for 5 ms and on for 5 ms each time.
 FaultEffect comesAndGoes() {
   return {"comes and goes",
           {{"power", "before"}, {"offMs", 5}, {"onMs", 5}, {"times", 20}},
           /*isInTime=*/false};
 }
 
-// Those whose victims wait for long, or the others.
+// Returns the effects with a long wait, or the others.
 Effects waiting(bool areLong, Effects effects) {
   effects.push_back(comesAndGoes());
   std::erase_if(effects, [&](const FaultEffect& one) { return one.isInTime == areLong; });
   return effects;
 }
 
-// What a scenario is to meet of them: all. A sanitizer makes a scenario several times as long, so
-// there each meets about a third, the next one another third.
+// Returns the effects that a scenario has to try: all of them in an ordinary build. A sanitizer
+// makes a scenario several times as long, so there each scenario tries about a third, and the next
+// one another third.
 Effects shareOf(const Scenario& scenario, const Effects& effects) {
   const auto all = std::span(scenarios());
   const auto isThis = [&](const Scenario& one) { return one.name == scenario.name; };
@@ -69,7 +71,7 @@ class SweepTest : public SystemTest, public testing::WithParamInterface<Scenario
  protected:
   SweepTest() { manager = processWideManager(); }
 
-  // Once without a fault, then with each.
+  // Runs the scenario once without a fault, then with each effect.
   void sweep(const Victims& victims) {
     const Scenario& scenario = GetParam();
     SCOPED_TRACE(scenario.name);
@@ -90,8 +92,9 @@ class SweepTest : public SystemTest, public testing::WithParamInterface<Scenario
   }
 
  private:
-  // How many it has met. Goes on until nobody is left to meet, but not before there were as many
-  // attempts as there is somebody without a fault: a run that is a race may have fewer.
+  // Returns how often the fault took effect. It tries each n until the fault finds no subject any
+  // more, and at least as many as there are subjects without a fault. A run that is a race may have
+  // fewer subjects.
   int sweepEffect(const Victims& victims, const FaultEffect& effect, int atLeast) {
     int met = 0;
     for (int nth = 1; !HasFailure(); ++nth) {
@@ -105,7 +108,7 @@ class SweepTest : public SystemTest, public testing::WithParamInterface<Scenario
     return met;
   }
 
-  // Whether the fault has met anybody.
+  // Runs the scenario, and returns whether the fault took effect.
   bool perform(const Victims& victims, const FaultEffect& effect, int nth) {
     const Scenario& scenario = GetParam();
     const bool isFaulted = !effect.args.is_null();
@@ -115,7 +118,7 @@ class SweepTest : public SystemTest, public testing::WithParamInterface<Scenario
       setFault(modem, Fault(victims.first).nth(nth).with(effect.args));
     }
     if (scenario.startsWithoutModem) {
-      // Until the scenario switches it on.
+      // The modem stays off until the scenario switches it on.
       control("power-cycle", {{"offMs", 3'600'000}});
     }
     Util util;
@@ -125,13 +128,14 @@ class SweepTest : public SystemTest, public testing::WithParamInterface<Scenario
       manager->init(0, /*useAndroidLog=*/true);
     }
     if (!scenario.startsWithoutModem && victims.areOfTheStart) {
-      // The modem is told of the former connection's end, and after that of no other.
+      // The round trip makes the modem handle the end of the former connection. No other end
+      // follows.
       control("show");
       stage.awaitModem();
       refresh();
     }
     scenario.run(stage);
-    // It may still be on its way back.
+    // The modem may still be on its way back.
     stage.awaitModem();
     seen = countOf(victims.kind) - before;
     const bool isMet = isFaulted && areFaultsUsedUp(modem);
@@ -153,7 +157,8 @@ class SweepTest : public SystemTest, public testing::WithParamInterface<Scenario
     log.clear();
   }
 
-  // The modem is well again; what it still owes is not to come in between.
+  // Makes the modem well again, and waits for its delayed messages so that they do not come in
+  // between.
   void recover(const Victims& victims, const FaultEffect& effect, bool isMet) {
     clearFaults(modem);
     if (effect.name == comesAndGoes().name) {
@@ -161,10 +166,10 @@ class SweepTest : public SystemTest, public testing::WithParamInterface<Scenario
     }
     ASSERT_TRUE(waitUntil([&] { return control("show")["on"] == true; }));
     if (isMet && (effect.args.contains("delayMs") || effect.args.contains("lateMs"))) {
-      // A power cycle forgets what was to come later.
+      // A power cycle drops delayed messages, so wait for them first.
       waitUntil([&] { return isNothingOwed(effect); }, lateAnswerPatience);
     }
-    // A registration that failed is not repeated before the modem comes again.
+    // A failed registration is not repeated before the modem comes again.
     if (!victims.areOfTheStart && !isRegistered(registrationPatience)) {
       control("power-cycle");
     }
@@ -176,7 +181,7 @@ class SweepTest : public SystemTest, public testing::WithParamInterface<Scenario
     expectCacheEqualsTable();
   }
 
-  // Again when it fails: on a busy machine the modem's answer may come too late.
+  // Repeats the start when it fails: on a busy machine the modem's answer may come too late.
   void start() {
     ASSERT_TRUE(waitUntil([&] {
       manager->init(0, /*useAndroidLog=*/true);
@@ -188,8 +193,8 @@ class SweepTest : public SystemTest, public testing::WithParamInterface<Scenario
     return waitUntil([&] { return control("show")["registered"] == 1; }, limit);
   }
 
-  // Until it has stayed on over many looks: each shows that the modem has had its turn, however
-  // busy the machine is, and would have gone in it.
+  // Waits until the power has stayed on over many polls. Each poll shows that the modem has run,
+  // however busy the machine is, and could have lost its power.
   void awaitPower() {
     json before;
     int same = 0;
@@ -231,11 +236,11 @@ class SweepTest : public SystemTest, public testing::WithParamInterface<Scenario
   static constexpr std::chrono::milliseconds startPatience{4000};
   static constexpr std::chrono::milliseconds lateAnswerPatience{2000};
 
-  int seen = 0;  // how many of them the last run had
+  int seen = 0;  // the number of subjects in the last run
   int runs = 0;
 };
 
-// A process each.
+// Each of these suites has a process of its own.
 class InTime : public SweepTest {};
 class TimingOut : public SweepTest {};
 class Indications : public SweepTest {};

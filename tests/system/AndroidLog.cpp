@@ -18,7 +18,8 @@ namespace pavo::test {
 
 namespace {
 
-// What the library cuts a line to, and some room to notice when it does not.
+// This is the length of the longest line of the library and some room, to notice a line that is not
+// cut.
 constexpr std::size_t messageCharsMax = 1023;
 
 }  // namespace
@@ -28,7 +29,7 @@ struct AndroidLog::Lines {
   std::vector<AndroidLogLine> all;
 };
 
-// Never destroyed: the library logs until the very end of the process.
+// `lines` is never destroyed, because the library logs until the very end of the process.
 AndroidLog::AndroidLog() : lines(*new Lines) {}
 
 AndroidLog& AndroidLog::instance() {

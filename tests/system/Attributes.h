@@ -1,7 +1,8 @@
 // SPDX-FileCopyrightText: The Pavor Authors
 // SPDX-License-Identifier: Apache-2.0
 
-// The attributes of a profile, each with values, and what the modem keeps of them.
+// This header lists the attributes of a profile with test values, and the settings that the modem
+// keeps for them.
 #pragma once
 
 #include <pavo/ProfileParams.h>
@@ -17,30 +18,30 @@ namespace pavo::test {
 struct AttributeCase {
   std::string description;
   std::function<void(ProfileParams&)> set;
-  /// The settings of the modem's profile that it makes, as the control channel shows them.
+  // The settings of the resulting modem profile, as the control channel shows them.
   nlohmann::json settings;
-  /// false: the modem keeps something else than what was set, so that reading it again changes what
-  /// the library knows.
+  // If false, the modem keeps another value than the one that was set, so reading the profile again
+  // changes the library's view.
   bool isKeptWhole = true;
 };
 
-/// Every attribute but the IP types, with ordinary values and those at its limits.
+// Returns every attribute but the IP types, with ordinary values and those at its limits.
 std::vector<AttributeCase> attributeCases();
 
 struct IpTypeCase {
   IPType home;
   IPType roam;
-  /// Whether the client gives it.
+  // Whether the client sets the home type.
   bool hasHome;
   bool hasRoam;
-  /// What the modem is asked to keep when the profile is created.
+  // The settings that the modem is asked to keep when the profile is created.
   nlohmann::json settings;
 
   std::string description() const;
   void set(ProfileParams& params) const;
 };
 
-/// Every combination of a home and a roaming type, absent ones included.
+// Returns every combination of a home and a roaming type, absent ones included.
 std::vector<IpTypeCase> ipTypeCases();
 
 }  // namespace pavo::test

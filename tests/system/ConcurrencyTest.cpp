@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: The Pavor Authors
 // SPDX-License-Identifier: Apache-2.0
 
-// What happens to callers that overlap, start, stop and call at the wrong moment: no hang, no race,
-// nothing lost.
+// These tests let callers overlap, start, stop and call at the wrong moment. No call may hang, race
+// or lose anything.
 #include <pavo/Manager.h>
 
 #include "SystemTest.h"
@@ -38,9 +38,9 @@ class ConcurrencyTest : public SystemTest {
  protected:
   ConcurrencyTest() : SystemTest({.profiles = nullptr, .arguments = {"--capacity", "200"}}) {}
 
-  // Runs a scenario on an empty table; again when the machine was so busy that the modem did not
-  // answer a request within its second, which leaves nothing that could be foretold. Returns where
-  // its log begins.
+  // Runs a scenario on an empty table. The scenario is repeated when the machine was so busy that
+  // the modem did not answer a request within its second, because then the outcome cannot be
+  // predicted. Returns the position at which the scenario's log begins.
   std::size_t runInTime(const std::function<void()>& scenario) {
     constexpr int attemptsMax = 3;
     std::size_t position = 0;
@@ -61,7 +61,8 @@ class ConcurrencyTest : public SystemTest {
     return position;
   }
 
-  // Another client that edits one profile of its own, without a pause for as long as this lives.
+  // An Editor is another client that edits one profile of its own, without a pause, while the
+  // object lives.
   class Editor {
    public:
     explicit Editor(const std::string& socketPath)
@@ -82,7 +83,7 @@ class ConcurrencyTest : public SystemTest {
       }
     }
 
-    // What the library has to catch up with when the test is done.
+    // This limits the edits that the library has to catch up with when the test is done.
     static constexpr int editsMax = rounds(20'000);
 
     modem::ControlClient client;
@@ -183,7 +184,7 @@ TEST_F(ConcurrencyTest, SixteenCallers_EveryOperationAtOnce_LoseNothing) {
   EXPECT_EQ(failures, 0);
   EXPECT_THAT(table(), IsEmpty());
   settle();
-  // Each indication was one that the library's own change had announced, but for settle's own.
+  // Apart from settle's own indications, the library's own changes had announced each one.
   EXPECT_EQ(log.count("ProfileCache: updating cache due to indication!", position),
             fencesSince(position));
   expectCacheEqualsTable();

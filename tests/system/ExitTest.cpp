@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: The Pavor Authors
 // SPDX-License-Identifier: Apache-2.0
 
-// How a process that uses the library ends: at once, cleanly, whatever it still holds.
+// A process that uses the library must end at once and cleanly, whatever it still holds.
 #include "SystemTest.h"
 
 #include <csignal>
@@ -54,7 +54,7 @@ class ExitTest : public SystemTest {
 TEST_F(ExitTest, KeyInAGlobal_ConstructedBeforeTheManager_IsHarmless) {
   start("key-in-global-before");
   expectEndsCleanly();
-  // The worker was gone when the key was dropped.
+  // The worker had ended when the key was dropped, so the profile stayed.
   EXPECT_EQ(table().size(), 1u);
 }
 
@@ -133,7 +133,7 @@ TEST_F(ExitTest, ThreadsInTheMiddleOfCalls_DoNotHoldTheProcess) {
   for (int i = 0; i < rounds(10); ++i) {
     start("busy-callers");
     expectEndsCleanly();
-    // The threads have taken their keys with them.
+    // The threads never dropped their keys, so a power cycle removes the profiles.
     control("power-cycle");
   }
 }

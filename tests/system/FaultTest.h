@@ -1,9 +1,9 @@
 // SPDX-FileCopyrightText: The Pavor Authors
 // SPDX-License-Identifier: Apache-2.0
 
-// Tests of the real library against a modem with faults: whatever it meets, every caller is
-// answered, and when the modem is well again, a refresh makes the library know what the modem
-// knows.
+// These tests run the real library against a modem with faults. Every caller must be answered,
+// whatever the fault. When the modem is well again, a refresh must make the library's view equal to
+// the modem's table.
 #pragma once
 
 #include <pavo/Manager.h>
@@ -17,20 +17,21 @@ namespace pavo::test {
 
 class FaultTest : public SystemTest {
  protected:
-  // One profile of the modem's own that a power cycle leaves as it is.
+  // The modem starts with one profile of its own. A power cycle leaves this profile as it is.
   FaultTest();
 
-  /// Has the manager initialised again, as whoever finds that it has no modem would, and waits
-  /// until the modem knows it.
+  // Initialises the manager again, as a client does when it finds that it has no modem, and waits
+  // until the modem knows the manager.
   void initAgain();
-  /// Ends the faults, waits for the power, reads the modem and compares.
-  /// comesBack: the library comes back by itself; else it is initialised again.
+  // Ends the faults, waits for the power, reads the modem and compares. If comesBack is true, the
+  // library recovers by itself; otherwise it is initialised again.
   void recover(bool comesBack = true);
-  /// Deletes all but the modem's own profile, and reads the modem.
+  // Deletes all profiles but the modem's own, and reads the modem.
   void deleteOthers();
 };
 
-/// A profile of the modem's own, in every setting of which there is something to go wrong.
+// This is the index of the modem's own profile, in which every setting that a fault can damage is
+// set.
 inline constexpr int ownIndex = 1;
 
 }  // namespace pavo::test

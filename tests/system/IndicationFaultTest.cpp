@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: The Pavor Authors
 // SPDX-License-Identifier: Apache-2.0
 
-// Every effect that a fault can have on every indication.
+// These tests apply every effect that a fault can have to every indication.
 #include "FaultTest.h"
 
 #include <algorithm>
@@ -15,7 +15,8 @@ using nlohmann::json;
 const std::string undecodable = "Unable to decode the nr status ind message";
 const std::string seen = "ProfileCache: onIndication < ";
 
-// What the library logs of an indication of this event for this index that meets the effect.
+// Returns the library's log line for an indication of this event and index on which the effect
+// acts.
 std::string lineOf(const std::string& effect, const std::string& event, int index) {
   static const std::map<std::string, std::string> fixed = {
       {"the valid flag down", "Profile changed ind TLV is not valid"},
@@ -55,7 +56,7 @@ class IndicationFaultTest : public FaultTest, public testing::WithParamInterface
     refresh();
   }
 
-  // Brings the indication about; the index that it is for.
+  // Makes the modem send the indication. Returns the index that the indication is for.
   int raise(const std::string& event) {
     if (event == "create") {
       return control("create", {{"apn", "operator"}})["index"];
@@ -112,7 +113,7 @@ class OwnIndicationFaultTest : public FaultTest {
   }
 };
 
-// The indications that the library expects of its own edits.
+// This test covers the indications that the library expects of its own edits.
 TEST_F(OwnIndicationFaultTest, EveryEffect_OnWhatAnAddBringsAbout_IsSurvived) {
   for (const char* event : {"create", "modify"}) {
     for (const FaultEffect& effect : effectsOnIndication()) {

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: The Pavor Authors
 // SPDX-License-Identifier: Apache-2.0
 
-// A program that defines the platform's functions itself, with the real libpavor.so.
+// This test runs a program that defines the platform's functions itself, with the real libpavor.so.
 #include "SystemTest.h"
 
 namespace pavo::test {

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: The Pavor Authors
 // SPDX-License-Identifier: Apache-2.0
 
-// What holding and dropping keys does to the modem's table.
+// These tests show how holding and dropping keys changes the modem's table.
 #include <pavo/Manager.h>
 
 #include "SystemTest.h"

@@ -45,8 +45,9 @@ class AbsentModemTest : public ModemLifeTest {
                        .arguments = {},
                        .startsAtOnce = false}) {}
 
-  // As many a client at boot, the test looks for the modem before it is there. The library may look
-  // only when it has come, and then its return would be news to nobody.
+  // Like many a client at boot, the test looks for the modem before it is there. Otherwise the
+  // library may look only after the modem has come, and then no client of the process has seen an
+  // absence.
   static void missTheModem() {
     ovix_service_info info{};
     EXPECT_NE(ovix_client_get_any_service(wds_get_service_object_internal_v01(1, 257, 6), &info),
@@ -260,7 +261,8 @@ TEST_F(PresentModemTest, PowerCycle_WithOperationsUnderWay_EndsInAgreement) {
     caller.join();
   }
   settle();
-  // Keys of the power-cycles' time are unknown, so their profiles stay until somebody deletes them.
+  // Keys from the time of the power cycles are unknown, so their profiles stay until they are
+  // deleted.
   refresh();
   expectCacheEqualsTable();
 }
@@ -289,7 +291,7 @@ TEST_F(PresentModemTest, Stop_ModemProcessFrozen_TimesOutAndGoesOnWhenItThaws) {
   modem.process().sendSignal(SIGSTOP);
   EXPECT_EQ(manager->addProfile(transientProfile("frozen")), nullptr);
   modem.process().sendSignal(SIGCONT);
-  // The modem carries out what it was sent before it froze, and tells of it.
+  // The modem carries out the requests that it was sent before it froze, and indicates the change.
   ASSERT_TRUE(waitUntil([&] { return table().size() == 1; }));
   expectCacheEqualsTable();
 }

@@ -17,7 +17,7 @@ namespace {
 
 using nlohmann::json;
 
-// The library's bit and the modem's bit of each APN type.
+// Each pair holds the library's bit and the modem's bit of an APN type.
 constexpr std::array<std::pair<unsigned int, std::uint64_t>, 13> apnTypes = {{
     {DEFAULT, 0x1},
     {MMS, 0x4},
@@ -64,7 +64,7 @@ std::optional<IPType> homeType(const json& profile) {
   return profile.contains("pdpType") ? std::optional(ipType(profile["pdpType"])) : std::nullopt;
 }
 
-// The two networks have to agree.
+// Returns a type only when the two networks agree.
 std::optional<IPType> roamType(const json& profile) {
   const std::string lte = profile.value("lteRoam", "UNSPECIFIED");
   return lte != "UNSPECIFIED" && lte == profile.value("umtsRoam", "UNSPECIFIED")
@@ -93,7 +93,7 @@ ModemTable tableOf(ModemProcess& modem) {
 }
 
 ProfileParams paramsOf(const json& profile) {
-  FilterProfileParams params;  // the record whose flags can be set
+  FilterProfileParams params;  // only this record lets its flags be set
   with<std::string>(profile, "apn", [&](const auto& v) { params.setApnName(lowered(v)); });
   with<std::string>(profile, "user", [&](const auto& v) { params.setUserName(v); });
   with<std::string>(profile, "password", [&](const auto& v) { params.setPassword(v); });

@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: The Pavor Authors
 // SPDX-License-Identifier: Apache-2.0
 
-// The modem's profile table as its control channel shows it, and what a client of the library has
-// to see of it.
+// A ModemTable is the modem's profile table as its control channel shows it. The functions compute
+// a library client's expected view of it.
 #pragma once
 
 #include <pavo/ProfileParams.h>
@@ -17,22 +17,22 @@
 
 namespace pavo::test {
 
-/// Profiles by index; a profile is an object of the control channel's settings.
+// The table holds profiles by index. A profile is an object of the control channel's settings.
 using ModemTable = std::map<int, nlohmann::json>;
 
 ModemTable tableOf(ModemProcess& modem);
 
-/// In lower case, ASCII letters only, as the library keeps names.
+// Returns the text in lower case, changing ASCII letters only, as the library keeps names.
 std::string lowered(std::string text);
 
-/// The attributes that a client reads of a profile that the modem keeps like this, the library's
-/// two flags included.
+// Returns the attributes that a client reads of such a modem profile, the library's two flags
+// included.
 ProfileParams paramsOf(const nlohmann::json& profile);
 
-/// Every attribute and both flags, for comparison.
+// Returns every attribute and both flags as a text for comparison.
 std::string textOf(const ProfileParams& params);
 
-/// "<index>: <attributes>" for each profile of the table, sorted.
+// Returns "<index>: <attributes>" for each profile of the table, sorted.
 std::vector<std::string> textsOf(const ModemTable& table);
 
 }  // namespace pavo::test

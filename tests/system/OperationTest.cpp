@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: The Pavor Authors
 // SPDX-License-Identifier: Apache-2.0
 
-// Each operation, from a client's call to the modem's table and back.
+// These tests follow each operation from a client's call to the modem's table and back.
 #include <pavo/Manager.h>
 
 #include "Attributes.h"
@@ -22,7 +22,7 @@ class OperationTest : public SystemTest {
  protected:
   OperationTest() { connect(); }
 
-  // The only profile of the table, without its name and persistence.
+  // Returns the only profile of the table, without its name and persistence.
   json onlySettings() {
     const ModemTable profiles = table();
     EXPECT_EQ(profiles.size(), 1u);
@@ -82,7 +82,7 @@ TEST_F(OperationTest, Add_EveryAttribute_ReadsBackAsTheModemKeepsIt) {
     c.set(params);
     const Key key = add(params);
     if (!c.isKeptWhole) {
-      // What the modem has cut is known when it is read again.
+      // The library learns what the modem has cut when it reads the profile again.
       refresh();
     }
     expectCacheEqualsTable();
@@ -101,7 +101,7 @@ TEST_F(OperationTest, Modify_EveryAttribute_ChangesOnlyThatSetting) {
     EXPECT_TRUE(manager->modifyProfile(change, key));
     EXPECT_EQ(table().at(key->getProfileId()), expected);
     if (!c.isKeptWhole) {
-      // What the modem has cut is known when it is read again.
+      // The library learns what the modem has cut when it reads the profile again.
       control("modify", {{"index", key->getProfileId()}});
     }
     expectCacheEqualsTable();
@@ -139,7 +139,7 @@ TEST_F(OperationTest, Add_EveryCombinationOfIpTypes_ArrivesInTheTable) {
 TEST_F(OperationTest, Add_EveryCombinationOfKnownIpTypes_ReadsBackAsGiven) {
   for (const IpTypeCase& c : ipTypeCases()) {
     if ((c.hasHome && c.home == IPType::UNKNOWN) || (c.hasRoam && c.roam == IPType::UNKNOWN)) {
-      continue;  // The modem has no such type: it is another one when it is read again.
+      continue;  // The modem has no such type, so a read returns another one.
     }
     SCOPED_TRACE(c.description());
     AddProfileParams params = emptyProfile();

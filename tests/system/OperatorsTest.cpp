@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: The Pavor Authors
 // SPDX-License-Identifier: Apache-2.0
 
-// The policies on the access points of real operators, held against the expected state.
+// These tests run the policies on the access points of real operators and compare with the model.
 #include "UtilSystemTest.h"
 #include "WishParams.h"
 #include "lists/ApnFile.h"
@@ -23,7 +23,7 @@ using Wishes = std::vector<json>;
 
 constexpr const char* operatorList = "/usr/share/mobile-broadband-provider-info/apns-conf.xml";
 
-// The list says nothing of IP types, so they take turns.
+// The list contains no IP types, so these take turns.
 constexpr const char* ipTypeTurns[] = {"V4", "V6", "V4V6"};
 
 std::map<std::string, std::vector<ApnEntry>> entriesByOperator() {
@@ -51,19 +51,19 @@ std::set<std::string> namesOf(const std::vector<ApnEntry>& entries) {
   return names;
 }
 
-// A few operators of every kind that makes a difference.
+// Returns a few operators, one for each property that makes a difference.
 std::map<std::string, std::vector<ApnEntry>> chosenOperators() {
   using Entries = std::vector<ApnEntry>;
   const std::function<bool(const Entries&)> kinds[] = {
-      // One name in two spellings.
+      // The operator has one name in two spellings.
       [](const Entries& e) { return valuesOf(e, "apn").size() > namesOf(e).size(); },
-      // One name several times.
+      // The operator has one name several times.
       [](const Entries& e) { return e.size() > namesOf(e).size(); },
-      // Several names with the same types.
+      // The operator has several names with the same types.
       [](const Entries& e) { return e.size() > valuesOf(e, "type").size() + 2; },
-      // Several credentials.
+      // The operator has several credentials.
       [](const Entries& e) { return valuesOf(e, "user").size() > 2; },
-      // Many types in one entry.
+      // The operator has many types in one entry.
       [](const Entries& e) {
         const std::set<std::string> types = valuesOf(e, "type");
         return std::any_of(types.begin(), types.end(), [](const std::string& t) {
@@ -89,7 +89,7 @@ std::map<std::string, std::vector<ApnEntry>> chosenOperators() {
   return chosen;
 }
 
-// What a client wants of the operator's access points; the last has no name.
+// Returns a client's wishes for the operator's access points; the last wish has no name.
 Wishes wishesOf(const std::vector<ApnEntry>& entries) {
   Wishes wishes;
   for (const ApnEntry& entry : entries) {
@@ -111,8 +111,8 @@ Wishes wishesOf(const std::vector<ApnEntry>& entries) {
   return wishes;
 }
 
-// Most of the access points are on the modem already, as the operator's own, with types in another
-// order than they are wanted.
+// Returns the profiles that are on the modem already: most of the access points, as the operator's
+// own, with the types in another order than in the wishes.
 std::vector<json> storedOf(const Wishes& wishes) {
   std::vector<json> stored;
   for (std::size_t i = 0; i < wishes.size(); ++i) {
@@ -134,7 +134,7 @@ std::vector<json> storedOf(const Wishes& wishes) {
 
 class OperatorsTest : public UtilSystemTest {
  protected:
-  // The world's profiles in the order in which filters find them.
+  // Returns the world's profiles in the order in which filters find them.
   std::vector<model::Token> order(const World& world) {
     std::vector<model::Token> tokens;
     for (const Key& key : manager->filter(FilterProfileParams())) {
@@ -156,7 +156,7 @@ class OperatorsTest : public UtilSystemTest {
     world.refresh(/*isStarted=*/false);
     Util util;
     util.setProfileUpdateAllowed(isUpdateAllowed);
-    // A data call's profile goes with its key.
+    // A data call's profile is deleted with its key.
     std::vector<Key> keys;
     std::list<ProfileParams> all;
     std::unordered_set<std::string> names;

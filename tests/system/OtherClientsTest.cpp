@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: The Pavor Authors
 // SPDX-License-Identifier: Apache-2.0
 
-// Edits by others: by the modem itself, and by another process that uses the library.
+// These tests cover edits by the modem itself and by another process that uses the library.
 #include <pavo/Manager.h>
 
 #include "SystemTest.h"
@@ -86,7 +86,7 @@ TEST_F(OtherClientsTest, Edits_ManyByAnother_LeaveCacheAndTableEqual) {
 }
 
 TEST_F(OtherClientsTest, Edits_FasterThanTheLibraryReads_AreRightAfterARefresh) {
-  // A profile that is gone before it could be read leaves an entry without one.
+  // If a profile is deleted before the library could read it, its entry has no profile.
   for (int round = 0; round < 200; ++round) {
     const int index = control("create", {{"apn", "apn" + std::to_string(round)}})["index"];
     control("modify", {{"index", index}, {"user", "user" + std::to_string(round)}});
@@ -127,7 +127,7 @@ TEST_F(OtherClientsTest, SubscriptionChange_WithNewProfiles_ReplacesEverything) 
   EXPECT_FALSE(manager->getProfile(key)) << "keys do not live over a change of subscription";
 }
 
-// The other process, which does what its arguments say, one after the other.
+// The other process carries out its arguments one after the other.
 class TwoProcessesTest : public OtherClientsTest {
  protected:
   ChildProcess& startPeer(std::vector<std::string> commands) {
@@ -226,7 +226,7 @@ TEST_F(TwoProcessesTest, Traffic_FromFourProcessesAtOnce_LeavesCacheAndTableEqua
   for (ChildProcess* peer : started) {
     expectSucceeds(*peer);
   }
-  // Indications of one index that several processes take in turn cannot be told apart.
+  // Indications of one index that several processes use in turn cannot be told apart.
   settle();
   refresh();
   expectCacheEqualsTable();

@@ -1,8 +1,9 @@
 // SPDX-FileCopyrightText: The Pavor Authors
 // SPDX-License-Identifier: Apache-2.0
 
-// Killing the modem's process at any moment, under load: whatever it has answered for is there
-// again when it starts, and what it had not answered yet is there as a whole or not at all.
+// These tests kill the modem's process at any moment, under load. When the modem starts again,
+// every edit that it has answered must be in its table. An edit that it had not answered must be
+// there as a whole or not at all.
 #include <pavo/Manager.h>
 
 #include "SystemTest.h"
@@ -21,13 +22,13 @@ namespace {
 
 using nlohmann::json;
 
-// One client that creates, modifies and deletes persistent profiles of its own APN without pause,
-// and knows what each of them has to be.
+// A Writer is a client that creates, modifies and deletes persistent profiles of its own APN
+// without a pause. It remembers the expected state of each.
 class Writer {
  public:
   explicit Writer(std::string theApn) : apn(std::move(theApn)) {}
 
-  // Until the modem is gone.
+  // Edits until the modem is gone.
   void write(const std::string& socket) {
     try {
       modem::ControlClient client(socket);
@@ -35,11 +36,11 @@ class Writer {
         step(client);
       }
     } catch (const std::exception&) {
-      // Killed; what was under way is noted.
+      // The modem was killed; the edit under way is recorded in the members.
     }
   }
 
-  // Compares with the modem's table, and takes over what became of the edit that was under way.
+  // Compares with the modem's table, and takes over the result of the edit that was under way.
   void verify(const ModemTable& table) {
     std::map<int, std::string> found;
     for (const auto& [at, profile] : table) {
@@ -91,7 +92,8 @@ class Writer {
     }
   }
 
-  // What there is when the edit under way was carried out. Of a create the index is not known.
+  // Returns the expected table if the edit under way was carried out. The index of a create is not
+  // known, so it is taken from the table found.
   std::map<int, std::string> ifDone(const std::map<int, std::string>& found) const {
     std::map<int, std::string> expected = answered;
     int at = index;
@@ -133,7 +135,7 @@ TEST_F(PowerLossTest, Kill_UnderLoadOverAndOver_WhatWasAnsweredForIsThere) {
   for (const char* const apn : {"one", "two", "three"}) {
     writers.push_back(std::make_unique<Writer>(apn));
   }
-  // The library is a client like the others.
+  // The library edits persistent profiles like the other clients.
   std::set<std::string> added;
   for (int round = 0; round < rounds(200); ++round) {
     const std::string apn = "own" + std::to_string(round % 8);

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: The Pavor Authors
 // SPDX-License-Identifier: Apache-2.0
 
-// The phases of a configuration refresh.
+// These tests cover the phases of a configuration refresh.
 #include <pavo/Manager.h>
 
 #include "SystemTest.h"
@@ -143,8 +143,8 @@ TEST_F(RefreshTest, Completed_ListRefused_LeavesTheCacheEmpty) {
 }
 
 TEST_F(RefreshTest, Completed_EveryReadRefusedInTurn_LosesOnlyThatProfile) {
-  // Faults are met in the order in which they were added: the nth read is the one that fails when
-  // those before it are given an answer that is late by nothing.
+  // Faults take effect in the order in which they were added. To make the nth read fail, the reads
+  // before it get a fault that delays the answer by zero milliseconds.
   for (int failing = 0; failing < 3; ++failing) {
     SCOPED_TRACE(failing);
     if (failing > 0) {

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: The Pavor Authors
 // SPDX-License-Identifier: Apache-2.0
 
-// What a client sees when the modem refuses, keeps silent or answers late.
+// These tests show a client's view when the modem refuses, stays silent or answers late.
 #include <pavo/Manager.h>
 
 #include "SystemTest.h"
@@ -20,7 +20,8 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::StartsWith;
 
-// How long a modem request may take, less what a clock may be off; and when a late answer comes.
+// sendTimeout is how long a modem request may take, less the error of a clock. A late answer comes
+// after lateMs.
 constexpr milliseconds sendTimeout{990};
 constexpr int lateMs = 2500;
 
@@ -131,8 +132,8 @@ TEST_F(RefusalTest, Delete_OfAnIndexThatTheModemNoLongerHas_AnswersFalse) {
   const Key key = add(transientProfile("ims"));
   const Key other = add(transientProfile("other"));
   settle();
-  // The worker waits for the modem while another client deletes, so that the delete indication and
-  // the delete request are both there when it is free again.
+  // The worker waits for the modem while another client deletes, so the delete indication and the
+  // delete request are both queued when it is free again.
   control("fail", {{"message", "modify-profile"}, {"delayMs", 300}});
   std::thread busy([&] { manager->modifyProfile(renamed("renamed"), other); });
   ASSERT_TRUE(waitUntil([&] { return control("faults")["faults"].empty(); }));
@@ -231,7 +232,7 @@ TEST_F(RefusalTest, Delete_LateAnswer_IsNoticed) {
 
 TEST_F(RefusalTest, Refresh_LateAnswer_IsNotTakenForThatOfTheNextRequest) {
   const Key key = add(transientProfile("ims"));
-  // The list comes while the next requests are under way, which it must not answer.
+  // The list arrives while the next requests are under way, and it must not count as their answer.
   control("fail", {{"message", "profile-list"}, {"delayMs", 1300}});
   refresh();
   control("fail", {{"message", "profile-list"}, {"delayMs", 600}});
@@ -267,7 +268,7 @@ TEST_F(RefusalTest, CreateIndication_ReadRefused_LeavesAnEntryWithoutAProfile) {
 }
 
 TEST_F(RefusalTest, PersistentProfile_StoreNotWritable_IsRefused) {
-  // A folder in the place of the store's file cannot be replaced by it.
+  // Replacing the store's file fails when a folder stands in its place.
   std::filesystem::remove(modem.storePath());
   std::filesystem::create_directory(modem.storePath());
   std::ofstream(modem.storePath() + "/stays");
@@ -278,7 +279,7 @@ TEST_F(RefusalTest, PersistentProfile_StoreNotWritable_IsRefused) {
 }
 
 TEST_F(RefusalTest, EveryRequestOfAScenarioInTurn_CacheAndTableAgreeAfterwards) {
-  // Fails the nth request for n = 0, 1, 2, ... until the scenario meets no fault any more.
+  // Fails the nth request for n = 0, 1, 2, ... until the scenario triggers no fault any more.
   bool metFault = true;
   int nth = 0;
   for (; metFault; ++nth) {

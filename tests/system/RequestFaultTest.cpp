@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: The Pavor Authors
 // SPDX-License-Identifier: Apache-2.0
 
-// Every effect that a fault can have on every message that the library sends.
+// These tests apply every effect that a fault can have to every message that the library sends.
 #include "FaultTest.h"
 
 #include <algorithm>
@@ -11,7 +11,7 @@
 namespace pavo::test {
 namespace {
 
-// The request's lines in the library's log.
+// These are the request's lines in the library's log.
 struct ResultLines {
   const char* message;
   const char* done;
@@ -51,11 +51,11 @@ bool isWrite(const std::string& message) {
   return message == "create-profile" || message == "modify-profile";
 }
 
-// Whether the effect leaves an answer which the library takes.
+// Returns whether the library accepts the answer that the effect leaves.
 bool isTaken(const FaultEffect& effect, const std::string& message) {
   const std::string outside = "values outside of their enumerations";
   if (effect.name == outside && isWrite(message)) {
-    return false;  // The modem does not write them.
+    return false;  // The modem does not write such values.
   }
   static const std::set<std::string> names = {"doubled",
                                               "taken up soon",
@@ -94,11 +94,11 @@ class RequestFaultTest : public FaultTest, public testing::WithParamInterface<Sw
     refresh();
   }
 
-  // Has the library send the message, and does with the fault whatever it does.
+  // Makes the library send the message, and lets the fault take effect.
   void send(const std::string& message) {
     if (isRegistration(message)) {
       manager->init(0, /*useAndroidLog=*/true);
-      // The last word of the three, whatever became of them.
+      // The faults are used up when the modem has handled the three registration requests.
       ASSERT_TRUE(waitUntil([&] { return areFaultsUsedUp(modem); }));
       manager->getProfile(nullptr);
     } else if (message == "profile-list" || message == "profile-settings") {
@@ -125,7 +125,7 @@ class RequestFaultTest : public FaultTest, public testing::WithParamInterface<Sw
     }
   }
 
-  // What there has to be before the message is sent.
+  // Prepares the state that must exist before the message is sent.
   void prepare(const std::string& message) {
     if (message == "delete-profile") {
       kept = add(transientProfile("doomed"));
@@ -139,7 +139,7 @@ class RequestFaultTest : public FaultTest, public testing::WithParamInterface<Sw
     EXPECT_TRUE(log.waitFor(expected, position));
   }
 
-  // A late answer, and what it brings about, is not to come while the next thing is looked at.
+  // Waits for late answers and their consequences, so that they do not come during the next check.
   void awaitAnswers(const std::string& message) {
     const auto countOf = [&](const char* kind) {
       const auto entries = transcript();
@@ -189,7 +189,7 @@ class HardeningTest : public FaultTest {
   HardeningTest() { connect(); }
 };
 
-// The library has to find the end of a text that has none.
+// This test shows that the library finds the end of a text without a terminator.
 TEST_F(HardeningTest, TextsWithoutAnEnd_HandedOn_AreReadToTheirBounds) {
   setFault(
       modem,
@@ -244,7 +244,7 @@ TEST_F(HardeningTest, CreateWhoseAnswerIsLost_IsLearntFromItsIndications) {
   EXPECT_EQ(table().size(), 1u);
 }
 
-// Faults of every kind, as the dice have it: callers on several threads, and nobody waits forever.
+// Faults of every kind come at random while several threads call; no caller may wait forever.
 TEST_F(HardeningTest, FaultsAtRandom_CallersOverlap_AllAreAnswered) {
   setScript(modem, /*seed=*/7,
             {Fault::onMessage("any").probability(0.1, 1).with({{"error", 2}}),
@@ -271,7 +271,7 @@ TEST_F(HardeningTest, FaultsAtRandom_CallersOverlap_AllAreAnswered) {
     }
   });
   EXPECT_EQ(answered, 4 * each);
-  // A registration may have met a fault.
+  // A fault may have hit a registration, so the library is initialised again.
   recover(/*comesBack=*/false);
 }
 

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: The Pavor Authors
 // SPDX-License-Identifier: Apache-2.0
 
-// The service that is missing, that cannot be opened, that comes and goes.
+// In these tests the service is missing, cannot be opened, or comes and goes.
 #include "FaultTest.h"
 
 #include <atomic>
@@ -18,7 +18,7 @@ class ServiceFaultTest : public FaultTest {
   void failNext(const char* occasion, const json& effect, int count = 1) {
     setFault(modem, Fault::onOccasion(occasion).count(count).with(effect));
   }
-  // Every operation, on a library without a modem.
+  // Expects an empty answer of every operation, on a library without a modem.
   void expectEmptyAnswers() {
     EXPECT_EQ(manager->addProfile(transientProfile("new")), nullptr);
     EXPECT_THAT(manager->filter(FilterProfileParams()), IsEmpty());
@@ -73,7 +73,7 @@ TEST_F(ServiceFaultTest, Watch_RefusedAFewTimes_IsWaitedFor) {
   init();
   awaitRegistered();
   EXPECT_TRUE(areFaultsUsedUp(modem));
-  // The library has lived through an absence, so it is told when the modem is ready.
+  // The library has seen an absence, so the modem indicates to it when it is ready.
   ASSERT_TRUE(log.waitFor("ProfileCache: onIndication < 255 ProfileReady"));
   recover();
 }
@@ -85,7 +85,7 @@ TEST_F(ServiceFaultTest, EveryEffect_OnEveryOccasion_IsSurvived) {
       SCOPED_TRACE(effect);
       setFault(modem, Fault::onOccasion(occasion).with(effect.args));
       init();
-      // Of the next start when the library did not get as far.
+      // If the library did not reach this fault, the next start uses it up.
       EXPECT_TRUE(waitUntil([&] { return areFaultsUsedUp(modem); }));
       manager->addProfile(transientProfile("new"));
       refresh();
@@ -114,7 +114,7 @@ TEST_F(ServiceFaultTest, RestartWithinAMillisecond_AtEveryRequest_EndsInAgreemen
   EXPECT_NE(find("lasting"), nullptr);
 }
 
-// Comes and goes 100 times in a second, while callers go on.
+// The modem comes and goes 100 times in a second while callers continue.
 TEST_F(ServiceFaultTest, HundredTimesASecond_CallersGoOn_AllAreAnswered) {
   connect();
   const Key lasting = add(persistentProfile("lasting"));

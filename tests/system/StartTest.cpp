@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: The Pavor Authors
 // SPDX-License-Identifier: Apache-2.0
 
-// How the library introduces itself to the modem.
+// These tests cover the library's registration with the modem.
 #include <pavo/Manager.h>
 
 #include "SystemTest.h"
@@ -20,7 +20,7 @@ using testing::IsEmpty;
 
 class StartTest : public SystemTest {
  protected:
-  // The fields of the only request of this name.
+  // Returns the fields of the only request of this name.
   json fieldsOf(const std::string& message) {
     json fields;
     int count = 0;
@@ -100,7 +100,7 @@ TEST_F(StartTest, Init_ModemThere_LogsTheStartInOrder) {
       }
     }
   }
-  // The last start, when the modem had to be told of an earlier absence first.
+  // Only the last start counts: an earlier absence may have caused another one before it.
   const std::size_t count = 7;
   ASSERT_GE(started.size(), count);
   started.erase(started.begin(), started.end() - static_cast<std::ptrdiff_t>(count));

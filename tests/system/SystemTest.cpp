@@ -17,7 +17,7 @@ namespace {
 using nlohmann::json;
 
 constexpr int eventDelete = 2;
-// Indices beyond every table of these tests.
+// These indices are beyond every table of these tests.
 constexpr int fenceFirst = 201;
 constexpr int fenceCount = 54;
 constexpr std::chrono::milliseconds fenceAgainAfter{1000};
@@ -102,18 +102,19 @@ void SystemTest::awaitRegistered(int count) {
 }
 
 void SystemTest::settle() {
-  // Indications are handled in the order in which the modem sends them. One for a profile that
-  // nobody has changes nothing and leaves a line.
+  // Indications are handled in the order in which the modem sends them. An indication for an
+  // unknown profile changes nothing and leaves a line in the log.
   const int index = fenceFirst + fence++ % fenceCount;
   const std::string handled = fenceHandled(index);
   const std::size_t position = log.end();
-  // Again when it does not come: it may have gone to the connection of a worker that has ended.
+  // The indication is sent again when it does not arrive: it may have gone to the connection of a
+  // worker that has ended.
   const bool isHandled = waitUntil([&] {
     return control("indicate", {{"event", eventDelete}, {"index", index}})["told"] > 0 &&
            waitUntil([&] { return log.count(handled, position) > 0; }, fenceAgainAfter);
   });
   ASSERT_TRUE(isHandled) << control("show").dump(2);
-  // A call that goes through the worker waits until it is done with that event.
+  // A call through the worker returns only after the worker has finished that event.
   manager->getProfile(nullptr);
 }
 
@@ -164,7 +165,7 @@ void SystemTest::expectCacheEqualsTable() {
   settle();
   const std::vector<std::string> expected = textsOf(table());
   EXPECT_EQ(cache(), expected);
-  // The dump also shows what filter does not: profiles that could not be read.
+  // Unlike filter, the dump also shows profiles that could not be read.
   EXPECT_THAT(dumpedEntries(), testing::SizeIs(expected.size()));
 }
 

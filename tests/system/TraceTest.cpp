@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: The Pavor Authors
 // SPDX-License-Identifier: Apache-2.0
 
-// A session of the library, recorded and served again: to the library both are the same.
+// This test records a session of the library and serves it again. The library must see both alike.
 #include "ChildProcess.h"
 #include "FaultEffects.h"
 #include "TemporaryFolder.h"
@@ -28,7 +28,7 @@ using Words = std::vector<std::string>;
 
 class TraceTest : public testing::Test {
  protected:
-  // What the modem does in the session, besides what is asked of it.
+  // Returns the faults of the modem in the session.
   static std::vector<json> sessionFaults() {
     return {Fault::onMessage("create-profile").nth(2).with({{"lost", true}}),
             Fault::onMessage("modify-profile").with({{"power", "unanswered"}}),
@@ -40,7 +40,7 @@ class TraceTest : public testing::Test {
     return process.output() + process.errors();
   }
 
-  // Runs the session against a modem; what the library logged.
+  // Runs the session against a modem and returns the library's log.
   std::string sessionWith(const Words& modemCommand) {
     ChildProcess modem(modemCommand);
     if (!modem.waitForOutput("pavo-modem: listening on ")) {

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: The Pavor Authors
 // SPDX-License-Identifier: Apache-2.0
 
-// The process-wide Manager and its policies on a modem process.
+// This fixture runs the process-wide Manager and its policies on a modem process.
 #pragma once
 
 #include <pavo/Util.h>
@@ -23,12 +23,12 @@ class UtilSystemTest : public SystemTest {
     connect();
   }
 
-  /// Leaves just these profiles on the modem and in the cache, with indices from 1.
+  // Makes these the only profiles on the modem and in the cache, with indices from 1.
   void put(const std::vector<nlohmann::json>& profiles) {
     for (const auto& [index, profile] : table()) {
       control("delete", {{"index", index}});
     }
-    // The modem gives the lowest free index.
+    // The modem assigns the lowest free index.
     for (const nlohmann::json& profile : profiles) {
       control("create", profile);
     }

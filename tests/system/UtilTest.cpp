@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: The Pavor Authors
 // SPDX-License-Identifier: Apache-2.0
 
-// Each policy from a client's call to the log, the modem's requests and its table. The unit tests
-// go through every case of a policy.
+// These tests follow each policy from a client's call to the log, the modem's requests and its
+// table. The unit tests go through every case of a policy.
 #include "UtilSystemTest.h"
 
 namespace pavo::test {
@@ -16,7 +16,7 @@ Lines operator+(Lines lines, const Lines& more) {
   return lines;
 }
 
-// What an operation of the Manager logs.
+// Returns the log lines of an operation of the Manager.
 Lines call(const std::string& operation, const std::string& request, const std::string& answer) {
   return {"H Manager::" + operation + " > " + request, "H Manager::" + operation + " < " + answer};
 }
@@ -27,13 +27,13 @@ Lines filterCall(const std::string& params, const std::string& keys = "") {
 
 class UtilTest : public UtilSystemTest {
  protected:
-  // What happens before is not recorded.
+  // Starts the record: earlier lines and requests are not part of it.
   void record() {
     control("clear-transcript");
     position = log.end();
   }
 
-  // What this thread has logged since then, but for the end of keys.
+  // Returns this thread's log lines since record(), without those about the end of keys.
   Lines lines() {
     Lines own;
     for (const AndroidLogLine& line : log.linesSince(position)) {
@@ -47,7 +47,7 @@ class UtilTest : public UtilSystemTest {
 
   void expectLines(const Lines& expected) { EXPECT_EQ(lines(), expected); }
 
-  // The requests that have reached the modem: message, index, settings.
+  // Returns the requests that have reached the modem: message, index, settings.
   Lines requests() {
     Lines found;
     for (const json& entry : transcript()) {
@@ -69,7 +69,7 @@ class UtilTest : public UtilSystemTest {
     return keys.empty() ? "" : keys.front()->dump();
   }
 
-  // As after every policy.
+  // Expects the state that must hold after every policy.
   void expectInStep() {
     expectCacheEqualsTable();
     expectNothingPending();
@@ -263,7 +263,7 @@ TEST_F(UtilTest, ApnTypes_NoV4V6Profile_TypesGoToTheOthersAndOnlyDebugLinesAreNo
   EXPECT_EQ(requests(),
             (Lines{R"(modify-profile 1 {"apnTypes":1})", R"(modify-profile 1 {"apnTypes":17})",
                    R"(modify-profile 2 {"apnTypes":16})"}));
-  // What the library keeps for dumps tells High from Info, which the Android log does not.
+  // The library's log for dumps distinguishes High from Info; the Android log does not.
   for (const std::string& line : own) {
     const bool isKept = std::find(kept.begin(), kept.end(), line.substr(2)) != kept.end();
     EXPECT_EQ(isKept, line.front() != 'D') << line;

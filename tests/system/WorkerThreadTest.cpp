@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: The Pavor Authors
 // SPDX-License-Identifier: Apache-2.0
 
-// What listeners do on the worker thread: call in, drop keys, throw.
+// In these tests, listeners on the worker thread call the library, drop keys or throw.
 #include <pavo/Manager.h>
 
 #include "SystemTest.h"
@@ -25,7 +25,8 @@ class WorkerThreadTest : public SystemTest {
  protected:
   WorkerThreadTest() { connect(); }
 
-  // The lines since then that say that of a call on the worker thread.
+  // Returns the number of lines since position that report this outcome of a call on the worker
+  // thread.
   std::size_t callsThatWere(const std::string& outcome, std::size_t position) {
     const std::string start = "called on the worker thread, " + outcome + ": ";
     std::size_t count = 0;
@@ -35,7 +36,7 @@ class WorkerThreadTest : public SystemTest {
     return count;
   }
 
-  // What makes the modem drop the key's profile, seen from a listener.
+  // Deletes the key's profile on the modem. To a listener this is an edit by another client.
   void deleteByAnother(const Key& key) {
     control("delete", {{"index", key->getProfileId()}});
     settle();
@@ -172,7 +173,7 @@ TEST_F(WorkerThreadTest, Listener_OwnsTheLastKeyOfAnother_ReleasesItWhenItGoes) 
 }
 
 TEST_F(WorkerThreadTest, Listener_AtInit_MayUseKeysAndTheManager) {
-  // It runs on the thread that replaces the worker, which by then is no longer there.
+  // The listener runs on the thread that replaces the worker; the worker has ended by then.
   const Key key = add(transientProfile("ims"));
   Key other = add(transientProfile("other"));
   std::atomic<bool> ran = false;

@@ -70,7 +70,7 @@ TEST(ApnFile, Read_BadContent_IsOneLineWithFileAndLine) {
            BadFile{"<!DOCTYPE apns [\n<!ENTITY a SYSTEM 'file:///etc/passwd'>]>\n<apns>&a;</apns>",
                    ":2: the file declares entities"},
            BadFile{"<apns><apn apn='&undefined;'/></apns>", "undefined entity"},
-           // With an outer document type the parser would leave the reference out and go on.
+           // With an external document type the parser would omit the reference and continue.
            BadFile{"<!DOCTYPE apns SYSTEM 'a.dtd'>\n<apns>\n<apn apn='a&undefined;b'/></apns>",
                    ":3: undefined entity"},
            BadFile{"<!DOCTYPE apns SYSTEM 'a.dtd'>\n<apns>&undefined;</apns>", "undefined entity"},

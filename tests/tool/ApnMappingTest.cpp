@@ -150,7 +150,7 @@ TEST(ApnMapping, Map_LongestTexts_AreTaken) {
   EXPECT_EQ(mapped.params.getApnName().size(), 150U);
 }
 
-// The whole list of Debian: every value of every entry is in the profile, or somebody is told.
+// Debian's whole list: every value of every entry is in the profile or in a note.
 TEST(ApnMapping, Map_DebiansList_DropsNothing) {
   const ApnFile file = readApnFile("/usr/share/mobile-broadband-provider-info/apns-conf.xml");
   ASSERT_GT(file.entries.size(), 1000U);

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: The Pavor Authors
 // SPDX-License-Identifier: Apache-2.0
 
-// Random tests that are the same in every run.
+// Chance makes random tests that are the same in every run.
 #pragma once
 
 #include <pavo/ProfileParams.h>
@@ -26,10 +26,11 @@ class Chance {
   std::mt19937 engine{20261121};  // NOLINT(cert-msc51-cpp): every run is to be the same.
 };
 
-/// A profile of the modem's, as in a profile file. It uses few values, so that comparisons are
-/// often close, every combination of the modem's IP types, and texts that look like attributes.
+// Returns a profile of the modem's, as in a profile file. It uses few values, so that comparisons
+// are often close. It uses every combination of the modem's IP types, and texts that look like
+// attributes.
 nlohmann::json anyProfile(Chance& chance);
-/// Some attributes out of the same values.
+// Returns some attributes with the same values.
 ProfileParams anyParams(Chance& chance);
 
 }  // namespace pavo::test

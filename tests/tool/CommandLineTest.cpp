@@ -179,7 +179,7 @@ TEST(CommandLine, BadUsage_IsRefusedInOneLine) {
   }
 }
 
-// A password behind a misspelt option reaches places that are not made for it.
+// A password behind a misspelt option would reach places that are not made for passwords.
 TEST(CommandLine, MisspeltWord_NamedWithoutWhatWasGivenToIt) {
   for (const BadUsage& bad : std::vector<BadUsage>{
            {{"add", "--pasword", "hunter2", "--persistent"}, "--pasword is not an option"},

@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: The Pavor Authors
 // SPDX-License-Identifier: Apache-2.0
 
-// The manual page, the completion script and the description for programs against what the program
-// says itself in its help: nothing missing, nothing more.
+// These tests compare the manual page, the completion script and the description for programs with
+// the program's own help. Nothing may be missing and nothing may be added.
 #include "CommandLine.h"
 #include "Tool.h"
 #include "manual/Description.h"
@@ -19,7 +19,7 @@ namespace pavo::test {
 namespace {
 
 using Names = std::set<std::string>;
-// Each command's options; those of all commands stand under "".
+// The map holds each command's options. The options of all commands stand under "".
 using Commands = std::map<std::string, Names>;
 using testing::HasSubstr;
 using Json = nlohmann::json;
@@ -32,7 +32,7 @@ std::string toolOutput(const Arguments& arguments, const std::string& input = ""
   return result.output;
 }
 
-// What the pattern's first group finds, line by line.
+// Returns the matches of the pattern's first group, line by line.
 Names matches(const std::string& text, const std::string& pattern) {
   const std::regex regex(pattern, std::regex::ECMAScript | std::regex::multiline);
   Names found;
@@ -44,7 +44,7 @@ Names matches(const std::string& text, const std::string& pattern) {
 
 Names optionsInHelp(const std::string& help) { return matches(help, "^  (?:-.,)?(--[a-z-]+)"); }
 
-// The commands of the program's own --help, and the options of each one's.
+// Returns the commands in the program's own --help, with the options in the help of each.
 Commands inHelp(const std::function<std::string(const std::string& command)>& helpOf) {
   const std::string help = helpOf("");
   Commands commands{{anywhere, optionsInHelp(help)}};
@@ -92,7 +92,7 @@ Commands inJson(const Json& description) {
   return commands;
 }
 
-// The options under each .SS, those before the first one under "".
+// Returns the options under each .SS; the options before the first .SS stand under "".
 Commands inManual(const std::string& page) {
   const std::string plain = std::regex_replace(page, std::regex(R"(\\-)"), "-");
   Commands commands;
@@ -110,7 +110,7 @@ Commands inManual(const std::string& page) {
   return commands;
 }
 
-// What bash offers where the last of the words is being typed.
+// Returns bash's offers while the last of the words is being typed.
 Names offered(const std::string& script, const Arguments& words) {
   const TemporaryFolder folder;
   Arguments command{"bash", "-c",
@@ -161,7 +161,7 @@ TEST(Description, Bash_CommandsAndOptions_AreThoseOfTheHelp) {
 TEST(Description, Bash_Values_AreOffered) {
   const std::string script = toolOutput({"--describe", "bash"});
   EXPECT_EQ(offered(script, {"add", "--auth", "P"}), (Names{"PAP", "PAP_CHAP"}));
-  // bash makes three words of --auth=P.
+  // bash splits --auth=P into three words.
   EXPECT_EQ(offered(script, {"add", "--auth", "=", "P"}), (Names{"PAP", "PAP_CHAP"}));
   EXPECT_EQ(offered(script, {"list", "--pavo", "="}), (Names{"yes", "no"}));
   EXPECT_EQ(offered(script, {"add", "--password", ""}), Names{});

@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: The Pavor Authors
 // SPDX-License-Identifier: Apache-2.0
 
-// The program and a modem that is not there, hangs or dies: one line, the status, in time, and a
-// word about what may be half done.
+// In these tests the modem is absent, hangs or dies. The program must end in time with one line,
+// the right status and a note about unfinished work.
 #include "Tool.h"
 
 #include <gmock/gmock.h>
@@ -32,7 +32,8 @@ class FaultTest : public ToolTest {
 
   void hang() { modem.process().sendSignal(SIGSTOP); }
 
-  // So many profiles that a modem that does not tell them keeps the library busy for half a minute.
+  // Fills the table. If the modem does not answer the reads, so many profiles keep the library busy
+  // for half a minute.
   void fillTable(std::size_t freeSlots = 0) {
     while (modem.control("show")["profiles"].size() + freeSlots < tableSize) {
       modem.control("create", {{"apn", "other"}});
@@ -43,16 +44,16 @@ class FaultTest : public ToolTest {
     modem.control("fail", {{"message", "profile-settings"}, {"silent", true}, {"count", 60}});
   }
 
-  // Has the library read all profiles of the table, which the modem does not answer. The table has
-  // to be full before the tool starts: a library that still reads new profiles would serve the tool
-  // between two of them.
+  // Makes the library read all profiles of the table while the modem does not answer. The table
+  // must be full before the tool starts, because a library that still reads new profiles would
+  // serve the tool between two of them.
   void keepLibraryBusy() {
     tellNoProfile();
     modem.control("indicate", {{"event", 5}, {"index", 255}});
     ASSERT_TRUE(waitUntil([&] { return modem.control("faults")["faults"][0]["count"] < 60; }));
   }
 
-  // Ends a tool that holds a profile.
+  // Ends a tool that holds a profile, and expects a note that the profile may be left behind.
   void expectLeftBehind(const std::function<void()>& disturb) {
     const auto holder = start({"add", "--apn", "held", "--hold", "--timeout", "3"});
     ASSERT_TRUE(holder->waitForOutput("isIAProfile")) << holder->errors();
@@ -64,7 +65,7 @@ class FaultTest : public ToolTest {
                                                             "to delete it or did not answer")));
   }
 
-  // Runs the command until the fault has befallen it.
+  // Runs the command until the fault has taken effect.
   std::unique_ptr<ChildProcess> startUntil(const Json& fault, const Arguments& arguments) {
     modem.control("clear");
     modem.control("fail", fault);
@@ -76,7 +77,7 @@ class FaultTest : public ToolTest {
     return tool;
   }
 
-  // Every command that asks a modem, and every way in which it does.
+  // Runs every command that asks a modem, in every way in which it does.
   void expectEveryCommandGivesUp(const std::string& socket) const {
     for (Arguments arguments : std::vector<Arguments>{
              {"list"},
@@ -145,7 +146,7 @@ TEST_F(FaultTest, ProfilesThatAreNotAnswered_List_GivesUpBeforeTheLibraryDoes) {
   const ToolResult result = run({"list", "--timeout", "0.5"});
   EXPECT_EQ(result.exit, failed) << result;
   EXPECT_THAT(result.errors, AllOf(IsOneLine(), HasSubstr("no modem answered within 0.5 s")));
-  // The log shows how far the library came.
+  // The log shows the library's progress.
   modem.control("clear");
   fillTable();
   tellNoProfile();
@@ -216,7 +217,7 @@ TEST_F(FaultTest, PolicyThatIsNotAnswered_MayBeDone) {
 }
 
 TEST_F(FaultTest, PolicyThatTakesTooLong_IsGivenUp) {
-  // Each element costs a second.
+  // Each element takes a second.
   modem.control("fail", {{"message", "create-profile"}, {"silent", true}, {"count", 60}});
   modem.control("fail", {{"message", "modify-profile"}, {"silent", true}, {"count", 60}});
   const ToolResult result = run({"apn-class", "class=IMS,max-pdn=7", "class=APP", "class=ADMN",
@@ -328,7 +329,7 @@ TEST_F(FaultTest, Verify_ProfilesThatCannotBeReadAfresh_AreNotSaidToBeMissing) {
 }
 
 TEST_F(FaultTest, Verify_ModemDiesMeanwhile_IsSaid) {
-  // Its cache has been read when it asks for the second profile.
+  // The verifier has read its cache when it asks for the second profile.
   const auto verifier = startUntil({{"message", "profile-settings"}, {"nth", 2}, {"delayMs", 1}},
                                    {"verify", "--for", "600", "--timeout", "2"});
   modem.kill();
@@ -347,7 +348,7 @@ TEST_F(FaultTest, Hold_ModemHangsAtTheEnd_SaysWhatMayBeLeft) {
   expectLeftBehind([&] { hang(); });
 }
 
-// For longer than the tool waits.
+// The library is busy for longer than the tool waits.
 TEST_F(FaultTest, Hold_LibraryIsBusyAtTheEnd_SaysWhatMayBeLeft) {
   fillTable(/*freeSlots=*/1);
   expectLeftBehind([&] { keepLibraryBusy(); });

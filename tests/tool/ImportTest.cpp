@@ -35,8 +35,8 @@ class ImportTest : public ToolTest {
  protected:
   std::string file(const std::string& text) { return writeFile(folder, "apns.xml", text); }
 
-  // A dry run of everything, without a modem: for each entry there is a line, and the entries that
-  // are not refused or there already would be imported.
+  // Makes a dry run of the whole list without a modem. Each entry must have a line. All entries
+  // that are neither refused nor there already would be imported.
   void expectEveryEntryReported(const char* path, std::size_t entries) {
     const ToolResult result =
         runTool(folder.file("nobody"), {"import", path, "--plmn", "all", "--dry-run", "--json"});
@@ -152,7 +152,8 @@ TEST_F(ImportTest, Import_OnATerminal_ShowsAndWipesItsProgress) {
   EXPECT_TRUE(terminal->waitForOutput("\rimporting: 0 of 1304\r\033[K"));
   EXPECT_EQ(terminal->waitForExit(), done);
   EXPECT_THAT(terminal->output(), EndsWith(" notes\r\n"));
-  // Nowhere else: see the other tests, which compare standard error.
+  // The progress is shown on a terminal only; the other tests show this when they compare standard
+  // error.
 }
 
 TEST_F(ImportTest, Check_Findings_AreLinesAndStatus1) {

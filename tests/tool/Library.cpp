@@ -20,7 +20,7 @@ struct Process {
 };
 
 Process& process() {
-  // Or the log would go to standard error.
+  // Without this file the log would go to standard error.
   ::setenv("PAVO_DIAG_FILE", "/dev/null", /*overwrite=*/0);
   static Process shared;
   return shared;
@@ -43,8 +43,8 @@ void LibraryTest::setProfiles(const nlohmann::json& profiles) {
 }
 
 void LibraryTest::settle() {
-  // Indications are handled in the order in which they come. One for a profile that nobody has
-  // changes nothing and leaves a line.
+  // Indications are handled in the order in which they come. An indication for an unknown profile
+  // changes nothing and leaves a line in the log.
   static int fence = 0;
   const int index = 250 + fence++ % 5;
   const std::string start = "ProfileCache: onIndication < " + std::to_string(index) + " Delete";

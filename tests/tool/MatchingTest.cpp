@@ -17,7 +17,7 @@ using pavoctl::CachedProfile;
 using pavoctl::Snapshot;
 using Json = nlohmann::json;
 
-// The parts of a filter, in the order in which the library looks at them.
+// A Part is a part of a filter. Parts are listed in the order in which the library compares them.
 using Part = std::function<void(FilterProfileParams&)>;
 using Parts = std::vector<std::pair<Criterion, Part>>;
 using Filter = FilterProfileParams;
@@ -93,7 +93,8 @@ TEST_F(MatchingTest, FirstMismatch_AnyFilterAndProfile_IsWhereTheLibraryStops) {
   for (int i = 0; i < 300; ++i) {
     const Parts parts = anyParts(chance);
     const unsigned criteria = chance.oneIn(2) ? static_cast<unsigned>(chance.upTo(0x40)) : 0;
-    // The library finds what the filter's first parts let through, then what one more does.
+    // The loop asks the library for the profiles that satisfy the filter's first parts, with one
+    // more part each time.
     std::map<std::uint64_t, Criterion> stops;
     for (std::size_t count = 1; count <= parts.size(); ++count) {
       const auto found = tokensOf(Manager::getInstance().filter(filterOf(parts, count, criteria)));

@@ -15,7 +15,7 @@ using testing::HasSubstr;
 using testing::StartsWith;
 using Json = nlohmann::json;
 
-// Without the numbers of profiles that the modem has yet to make.
+// Removes the numbers of profiles that the modem has yet to make.
 Json withoutNewIds(Json json, int lastId) {
   if (!json.is_structured()) {
     return json;
@@ -47,7 +47,7 @@ class PolicyProgramTest : public ToolTest {
     return found;
   }
 
-  // Waits until somebody has read that many profiles.
+  // Waits until that many profiles have been read.
   void awaitReading(int profiles) {
     ASSERT_TRUE(waitUntil([&] {
       const Json entries = modem.control("transcript")["entries"];
@@ -57,7 +57,7 @@ class PolicyProgramTest : public ToolTest {
     }));
   }
 
-  // A dry run, and then the same in earnest.
+  // Makes a dry run and then a real run, and compares them.
   void expectForeseen(Arguments arguments) {
     SCOPED_TRACE(testing::PrintToString(arguments));
     arguments.insert(arguments.end(), {"--json", "--explain"});
@@ -330,7 +330,7 @@ TEST_F(PolicyProgramTest, Verify_NothingAmiss_IsStatus0) {
 }
 
 TEST_F(PolicyProgramTest, Verify_ModemThatTellsNothing_IsDrift) {
-  // The first client's wish to be told of events is refused, so its cache goes stale.
+  // The modem refuses to send the first client events, so that client's cache becomes stale.
   modem.control("fail", {{"message", "configure-events"}, {"error", 9}});
   const auto verifier = start({"verify", "--for", "600", "--settle", "0.1", "--json"});
   awaitReading(2);

@@ -1,7 +1,8 @@
 // SPDX-FileCopyrightText: The Pavor Authors
 // SPDX-License-Identifier: Apache-2.0
 
-// What the tool simulates, and its record of what the library did, against the library itself.
+// These tests compare the tool's simulation, and its record of the library's steps, with the
+// library itself.
 #include "Chance.h"
 #include "Library.h"
 #include "lists/ApnFile.h"
@@ -29,7 +30,7 @@ using OrderedJson = nlohmann::ordered_json;
 constexpr std::array allPolicies{Policy::setupDataCall, Policy::emergency, Policy::lteAttach,
                                  Policy::matchAttach,   Policy::apnClass,  Policy::apnTypes};
 
-// Without what only the modem decides: the numbers of new profiles, and with them their places.
+// Removes the values that only the modem decides: the numbers of new profiles and their places.
 OrderedJson withoutNewIds(OrderedJson json, const Snapshot& before) {
   const auto isNew = [&](const OrderedJson& id) {
     return std::none_of(
@@ -53,7 +54,7 @@ OrderedJson withoutNewIds(OrderedJson json, const Snapshot& before) {
   return json;
 }
 
-// The profiles, new ones by their contents alone.
+// Returns the profiles. New ones are described by their contents alone.
 std::vector<OrderedJson> contentsOf(const std::vector<CachedProfile>& profiles,
                                     const Snapshot& before) {
   std::vector<OrderedJson> contents;
@@ -126,7 +127,7 @@ TEST_F(PolicyTest, AnyCall_OnAnyTable_IsSimulatedAndRecordedAsItIs) {
   }
 }
 
-// An operator's own access points, as they are and a little different.
+// These tests use an operator's own access points, unchanged and slightly changed.
 class OperatorsTest : public PolicyTest, public testing::WithParamInterface<const char*> {};
 
 TEST_P(OperatorsTest, AnyCall_ForItsAccessPoints_IsSimulatedAndRecordedAsItIs) {

@@ -25,8 +25,8 @@ class ProfileListTest : public testing::Test {
   const TemporaryFolder folder;
 };
 
-// An attribute whose value is so many arrays in each other. The list and the profile are two more
-// levels.
+// Returns an attribute whose value is that many nested arrays. The list and the profile add two
+// more levels.
 std::string nested(std::size_t arrays) {
   return "[\n{\"apnName\":" + std::string(arrays, '[') + std::string(arrays, ']') + "}]";
 }

@@ -173,8 +173,8 @@ TEST_F(ProgramTest, Add_HeldProfileChangedByAnother_IsLeftAndReported) {
   ASSERT_TRUE(watcher->waitForOutput("watching"));
   modem.control("modify", {{"index", 3}, {"apn", "other"}});
   ASSERT_TRUE(watcher->waitForOutput("changed"));
-  // The watcher has seen it; whether the holder has may take a moment longer, and once it has, its
-  // release no longer deletes.
+  // The watcher has seen the change. The holder may see it a moment later, and from then on its
+  // release does not delete.
   holder->sendSignal(SIGTERM);
   const ToolResult result = finish(*holder);
   EXPECT_EQ(result.exit, done) << result;

@@ -124,8 +124,8 @@ TEST(ProviderFile, OtherElements_AreRemarkedForTheirOperator) {
   EXPECT_FALSE(file.remarks[0].isOf("23402"));
 }
 
-// Debian's package has the same access points in both formats. Only for MMS do they differ: there
-// Android's list says that such an access point is for data as well.
+// Debian's package has the same access points in both formats. The only difference is MMS:
+// Android's list says that an MMS access point is for data as well.
 TEST(ProviderFile, DebiansLists_AreTheSameProfiles) {
   const ApnFile apns = readApnFile(debiansApns);
   const ApnFile providers = readApnFile(debiansProviders);
@@ -142,7 +142,7 @@ TEST(ProviderFile, DebiansLists_AreTheSameProfiles) {
       params.setApnTypesMask(params.getApnTypesMask() | pavo::DEFAULT);
     }
     if (provider.has("authtype")) {
-      // Android's list has lost these.
+      // Android's list lacks these values.
       wanted.setAuthType(params.getAuthType());
     }
     EXPECT_EQ(params.getPassword(), wanted.getPassword());

@@ -20,13 +20,14 @@ class ShellTest : public ToolTest {
  protected:
   ToolResult shell(const std::string& lines) { return run({"shell"}, lines); }
 
-  // A shell on a terminal, at its prompt.
+  // Starts a shell on a terminal and waits for its prompt.
   std::unique_ptr<TerminalProcess> terminalShell() {
     auto terminal = startToolOnTerminal(modem.socketPath(), {"shell"});
     EXPECT_TRUE(terminal->waitForOutput("pavoctl> ")) << terminal->output();
     return terminal;
   }
-  // What is typed before the prompt, the terminal takes for what it means to itself.
+  // Waits for the text and the next prompt. Keys typed before the prompt would be interpreted by
+  // the terminal.
   static bool waitForAnswer(TerminalProcess& terminal, const std::string& text) {
     return terminal.waitForOutput(text) && terminal.waitForOutput("pavoctl> ");
   }
@@ -188,7 +189,7 @@ TEST_F(ShellTest, ModemGoneAndBack_TheSessionGoesOn) {
   terminal->type("list\r");
   ASSERT_TRUE(waitForAnswer(*terminal, "internet")) << terminal->output();
   modem.kill();
-  // Always asks the modem, whether or not the library knows that it has gone.
+  // This command always asks the modem, even if the library knows that the modem has gone.
   terminal->type("refresh --timeout 0.3\r");
   ASSERT_TRUE(waitForAnswer(*terminal, "no modem answered within 0.3 s")) << terminal->output();
   modem.start();
@@ -200,15 +201,15 @@ TEST_F(ShellTest, ModemGoneAndBack_TheSessionGoesOn) {
 
 TEST_F(ShellTest, Terminal_EditingHistoryAndCompletion) {
   const auto terminal = terminalShell();
-  // Backspace, then completion of an option.
+  // The keys are a Backspace, then the completion of an option.
   terminal->type("getx\x7f 2 --js\t\r");
   ASSERT_TRUE(waitForAnswer(*terminal, "\"apnName\": \"ims\"")) << terminal->output();
-  // The line before comes back (Ctrl-P); its number is changed.
+  // Ctrl-P brings the previous line back, and its number is changed.
   terminal->type(
       "\x10\x01\x06\x06\x06\x06\x04"
       "1\r");
   ASSERT_TRUE(waitForAnswer(*terminal, "\"apnName\": \"internet\"")) << terminal->output();
-  // More than one way on: all are shown.
+  // There are several completions, so all are shown.
   terminal->type("re\t");
   ASSERT_TRUE(waitForAnswer(*terminal, "refresh  release")) << terminal->output();
   // Ctrl-C drops the line, not the session.
@@ -229,7 +230,7 @@ TEST_F(ShellTest, Terminal_ListenerCalledAtThePrompt_TellsAtOnce) {
   terminal->type("ke");
   ASSERT_TRUE(terminal->waitForOutput("ke"));
   modem.control("modify", {{"index", 1}, {"apn", "other"}});
-  // What was being typed is still there.
+  // The shell shows the typed text again after the message.
   ASSERT_TRUE(waitForAnswer(*terminal, "key 1: profile 1 has gone or changed"))
       << terminal->output();
   terminal->type("ys\r");
@@ -243,7 +244,7 @@ TEST_F(ShellTest, Terminal_ModemThatHangs_IsOutlastedOrLeft) {
   ASSERT_TRUE(terminal->waitForOutput("no modem answered within 0.3 s")) << terminal->output();
   ASSERT_TRUE(terminal->waitForOutput("; still waiting, Ctrl-C ends the session"));
   ASSERT_TRUE(terminal->waitForOutput("pavoctl> ")) << terminal->output();
-  // Keeps the library busy until the Ctrl-C is there.
+  // The faults keep the library busy until the Ctrl-C arrives.
   for (int profile = 3; profile <= 16; ++profile) {
     modem.control("create", {{"apn", "other"}});
   }

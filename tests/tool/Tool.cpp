@@ -19,8 +19,8 @@ ModemProcessOptions ownProfiles() {
   return options;
 }
 
-// Where the tool gives up on the library it ends without joining threads, on purpose: a race
-// detector would call them leaks. It would also hold up the end of each process for a second.
+// When the tool gives up on the library, it deliberately ends without joining threads. A race
+// detector would report them as leaks. It would also delay the end of each process by a second.
 std::vector<std::string> environmentOf(const std::string& modemSocket) {
   const char* options = std::getenv("TSAN_OPTIONS");
   return {"OVIX_MODEM=" + modemSocket,
@@ -68,7 +68,7 @@ std::unique_ptr<TerminalProcess> startToolOnTerminal(const std::string& modemSoc
   Arguments command{PAVOCTL_PROGRAM};
   command.insert(command.end(), arguments.begin(), arguments.end());
   std::vector<std::string> environment = environmentOf(modemSocket);
-  // The user who runs the tests may have a line editor of other habits.
+  // The user who runs the tests may have configured the line editor differently.
   environment.emplace_back("EDITRC=/dev/null");
   return std::make_unique<TerminalProcess>(command, environment);
 }

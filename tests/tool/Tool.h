@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: The Pavor Authors
 // SPDX-License-Identifier: Apache-2.0
 
-// The program pavoctl and what it is run against, for one test.
+// This header runs the program pavoctl and a modem for one test.
 #pragma once
 
 #include "ChildProcess.h"
@@ -19,8 +19,7 @@ namespace pavo::test {
 
 using Arguments = std::vector<std::string>;
 
-// How a run of the program ended, and what it said.
-// How the tool ends.
+// These are the ways in which the tool ends.
 inline constexpr ChildProcess::Exit done{.code = 0, .signal = 0};
 inline constexpr ChildProcess::Exit failed{.code = 1, .signal = 0};
 inline constexpr ChildProcess::Exit badUsage{.code = 2, .signal = 0};
@@ -30,20 +29,20 @@ struct ToolResult {
   std::string output;
   std::string errors;
 
-  // The output as JSON; discarded when it is none.
+  // Returns the output as JSON; the value is "discarded" when the output is no JSON.
   nlohmann::json json() const;
 };
 
-// "exit 0, output ..., errors ...", for failure messages.
+// Writes "exit 0, output ..., errors ...", for failure messages.
 std::ostream& operator<<(std::ostream& out, const ToolResult& result);
 
-// Runs the program to its end; input is what it reads.
+// Runs the program to its end. The program reads input.
 ToolResult runTool(const std::string& modemSocket, const Arguments& arguments,
                    const std::string& input = "");
-// Starts it.
+// Starts the program and does not wait for its end.
 std::unique_ptr<ChildProcess> startTool(const std::string& modemSocket, const Arguments& arguments,
                                         const std::string& input = "");
-// The same on a terminal.
+// Starts the program on a terminal.
 std::unique_ptr<TerminalProcess> startToolOnTerminal(const std::string& modemSocket,
                                                      const Arguments& arguments);
 ToolResult finish(ChildProcess& process);
@@ -51,7 +50,7 @@ ToolResult finish(ChildProcess& process);
 std::string writeFile(const TemporaryFolder& folder, const std::string& name,
                       const std::string& text);
 
-// A modem with two profiles of its own, at 1 and 2.
+// The modem has two profiles of its own, with the indices 1 and 2.
 class ToolTest : public testing::Test {
  protected:
   ToolTest();
@@ -62,7 +61,8 @@ class ToolTest : public testing::Test {
   std::unique_ptr<ChildProcess> start(const Arguments& arguments) {
     return startTool(modem.socketPath(), arguments);
   }
-  // The modem's own word on one of its profiles; null when it has none of that index.
+  // Returns one of the modem's profiles as the modem shows it; null when there is none of that
+  // index.
   nlohmann::json profileOnModem(int index);
 
   ModemProcess modem;

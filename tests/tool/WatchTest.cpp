@@ -119,7 +119,7 @@ TEST_F(WatchTest, Watch_LastProfileDeletedAfterALongTime_IsSeen) {
   ASSERT_TRUE(waitForEvents(*watcher, "watching"));
   modem.control("delete", {{"index", 2}});
   ASSERT_TRUE(waitForEvents(*watcher, "deleted"));
-  // Enough log lines that nothing about the first reading is left in the library's log.
+  // These log lines push everything about the first reading out of the library's log.
   for (int i = 0; i < 100; ++i) {
     modem.control("modify", {{"index", 1}, {"apn", "name" + std::to_string(i)}});
   }
@@ -135,7 +135,7 @@ TEST_F(WatchTest, Watch_ProfileThatCannotBeRead_IsNotSaidToBeDeleted) {
   modem.control("modify", {{"index", 1}, {"apn", "other"}});
   ASSERT_TRUE(waitForEvents(*watcher, "unreadable")) << watcher->output();
   EXPECT_EQ(events(*watcher, "unreadable").back()["count"], 1);
-  // It is tried again, and then the change is there with both sides.
+  // The watcher tries again, and then shows the change with both sides.
   ASSERT_TRUE(waitForEvents(*watcher, "changed")) << watcher->output();
   EXPECT_EQ(events(*watcher).back()["changes"]["apnName"],
             Json::parse(R"({"before":"internet","after":"other"})"));
@@ -168,7 +168,7 @@ TEST_F(WatchTest, Watch_EveryEvent_HasItsTime) {
   EXPECT_THAT(text->output(), HasSubstr(" profile 2 deleted: apnName: ims -> (absent), "));
 }
 
-// A table so long that reading it pushes everything else out of the library's log.
+// The table is so long that reading it pushes all other lines out of the library's log.
 TEST(WatchLongTable, Watch_PowerCycle_IsSurvived) {
   ModemProcessOptions options;
   options.profiles["profiles"] = Json::array();

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: The Pavor Authors
 // SPDX-License-Identifier: Apache-2.0
 
-// Short names of types that most tests use.
+// This header gives short names to types that most tests use.
 #pragma once
 
 #include <pavo/IProfileKey.h>

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: The Pavor Authors
 // SPDX-License-Identifier: Apache-2.0
 
-// The profile for LTE attach.
+// These tests cover the policy that selects the profile for LTE attach.
 #include "PoliciesTest.h"
 
 namespace pavo::test {

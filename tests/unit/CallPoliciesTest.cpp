@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: The Pavor Authors
 // SPDX-License-Identifier: Apache-2.0
 
-// The profile for a data call and for an emergency call.
+// These tests cover the policies that select the profile for a data call and for an emergency call.
 #include "PoliciesTest.h"
 
 namespace pavo::test {
@@ -14,7 +14,7 @@ class CallPoliciesTest : public PoliciesTest {
            wanted, expected);
   }
 
-  // An emergency call changes nothing that is there, also when it might.
+  // An emergency call changes no existing profile, even when updates are allowed.
   void expectEmergency(const ProfileParams& wanted, const Expected& expected) const {
     expect("pavo findOrCreateProfileForEmergencyDataCall",
            &policy::findOrCreateProfileForEmergencyDataCall, wanted, expected);

@@ -41,13 +41,13 @@
 namespace pavo::test {
 namespace {
 
-// Through a Manager, as callers see it; lines as the Android log gets them.
+// These tests use a Manager, as callers do, and read the lines from the Android log.
 class WorkerTest : public FakePlatformTest {
  protected:
   WorkerTest() { manager.emplace(); }
 
   void init() { manager->init(/*subscription=*/7, /*useAndroidLog=*/true); }
-  // The service stays away.
+  // Initialises the manager while the service stays away.
   void initAlone() {
     platform.setAnnouncement(FakePlatform::Announcement::Never);
     platform.clearCalls();
@@ -165,7 +165,7 @@ TEST_F(WorkerTest, Destroy_ClientOpen_ClientReleasedAfterTheThreadEnded) {
   EXPECT_EQ(onThisThread(), tearDownLines("release client"));
 }
 
-// Listeners may still see the modem's client; nothing of the modem's goes before the profiles.
+// Listeners may still see the modem's client, so the profiles are destroyed before any part of it.
 TEST_F(WorkerTest, Destroy_ProfileCached_DiesBeforeTheClientIsReleased) {
   initWithClient();
   const Key key = add();
@@ -215,10 +215,10 @@ TEST_F(WorkerTest, AddProfile_ModemRefuses_EmptyKeyInASuccessfulAnswer) {
   EXPECT_TRUE(platform.logged("Manager::addProfile < Add Success "));
 }
 
-// What a caller asks about a key, and how the log answers when there is none.
+// A KeyOperation is a call about a key, together with the log lines for a missing key.
 struct KeyOperation {
   const char* name;
-  // Whether the answer was empty.
+  // Returns whether the answer was empty.
   std::function<bool(Manager&, const Key&)> isRefused;
   std::function<std::string(const Key&)> requestText;
   std::string exitLine;
@@ -254,7 +254,7 @@ TEST_F(WorkerTest, KeyOperation_EmptyKey_FailureWithoutCacheOrModem) {
   }
 }
 
-// The interface is public, so somebody's test double or wrapper may come along.
+// The interface is public, so a caller may pass a test double or a wrapper.
 TEST_F(WorkerTest, KeyOperation_KeyOfAnotherMake_FailureWithoutTouchingTheModem) {
   initWithClient();
   const Key foreign = std::make_shared<TextKey>("foreign");
@@ -414,7 +414,7 @@ TEST_F(WorkerTest, ServiceError_ProfilesCached_CacheIsNotTold) {
   EXPECT_EQ(platform.sentCount(OVIX_WDS_GET_PROFILE_LIST_REQ_V01), 0U);
 }
 
-// Adds the drop of a key, which is a call like any other.
+// This test adds the drop of a key, which is a call like any other.
 TEST_F(WorkerTest, AnyOperation_CallersOverlap_EachGetsItsOwnAnswer) {
   initWithClient();
   std::atomic<int> wrong{0};
@@ -448,7 +448,7 @@ TEST_F(WorkerTest, Init_ManyTimesInARow_NeverHangs) {
   EXPECT_TRUE(platform.waitForRegistration());
 }
 
-// By itself, with its requests and responses.
+// These tests use the ClientRequestManager by itself, with its requests and responses.
 class ClientRequestManagerTest : public FakePlatformTest {
  protected:
   static Status statusOf(const std::shared_ptr<ClientResponse>& response) {
@@ -478,7 +478,7 @@ TEST_F(ClientRequestManagerTest, ConstructAndDestroy_EventsFromTheStart_NoRace) 
   }
 }
 
-// Threads shall have a stack that no address space has room for.
+// Makes the creation of threads fail: their stack would be larger than any address space.
 void refuseThreads() {
   pthread_attr_t attributes;
   pthread_attr_init(&attributes);
@@ -536,7 +536,7 @@ TEST_F(ClientRequestManagerTest, HandleClientRequest_ReadFails_ErrorAndGoesOn) {
   EXPECT_NE(worker.processClientRequest(std::make_shared<GetRequest>(nullptr)), nullptr);
 }
 
-// A dump or a call that overlaps holds the worker for longer than its Manager does.
+// An overlapping dump or call keeps the worker object alive longer than its Manager does.
 TEST_F(ClientRequestManagerTest, Stop_SomebodyElseHoldsTheWorker_EndsTheCacheHere) {
   const auto worker = std::make_shared<ClientRequestManager>(/*subscription=*/0);
   ASSERT_TRUE(platform.waitForLog("OvixWdsProxy config register request successful!"));
@@ -554,8 +554,8 @@ TEST_F(ClientRequestManagerTest, Stop_SomebodyElseHoldsTheWorker_EndsTheCacheHer
       << "a client is open";
 }
 
-// The number of the descriptor may be another one's as soon as it is closed. The worker would then
-// drain, or close, what belongs to that one.
+// A closed descriptor's number may be reused at once. The worker would then drain or close another
+// owner's descriptor.
 TEST_F(ClientRequestManagerTest, Stop_WorkerHasTheRequestsEventInHand_DescriptorClosedAfterIt) {
   platform.setAnnouncement(FakePlatform::Announcement::Never);
   std::atomic<bool> isHeld{false};
@@ -569,7 +569,7 @@ TEST_F(ClientRequestManagerTest, Stop_WorkerHasTheRequestsEventInHand_Descriptor
   ClientRequestManager worker(/*subscription=*/0);
   int requestFd = -1;
   for (const std::string& message : platform.logMessages()) {
-    // The last one that has been registered.
+    // The loop ends with the descriptor that was registered last.
     std::sscanf(message.c_str(), "EventManager::addEventHandler(int %d", &requestFd);
   }
   std::thread caller([&] { worker.processClientRequest(std::make_shared<GetRequest>(nullptr)); });
@@ -588,7 +588,8 @@ TEST_F(ClientRequestManagerTest, Stop_WorkerHasTheRequestsEventInHand_Descriptor
   EXPECT_EQ(fcntl(requestFd, F_GETFD), -1);
 }
 
-// Whatever a client's code does in a log writer is known to be done on a worker.
+// The library must know that a client's code in a log writer runs on a worker, from the first line
+// on.
 TEST_F(ClientRequestManagerTest, Construct_FirstLineOfTheThread_ThreadIsMarked) {
   enum class Mark { unknown, present, missing };
   std::atomic<Mark> mark{Mark::unknown};
@@ -602,7 +603,7 @@ TEST_F(ClientRequestManagerTest, Construct_FirstLineOfTheThread_ThreadIsMarked) 
   EXPECT_EQ(mark, Mark::present);
 }
 
-// The worker is kept busy with an indication, so that the request is still there for this thread.
+// The worker is kept busy with an indication, so the request is still there for this thread.
 TEST_F(ClientRequestManagerTest, HandleClientRequest_AnyWakeUps_AnswersTheOneRequest) {
   const UniqueFd twice(eventfd(/*count=*/2, EFD_NONBLOCK | EFD_CLOEXEC));
   for (const int fd : {-1, twice.get()}) {
@@ -711,7 +712,7 @@ TEST_F(ClientRequestManagerTest, Dump_OneProfile_TheCachesLines) {
                   "Pending:", "  9 Create", "  9 Modify"));
 }
 
-// The loser of this race would be served by a thread that is no longer there.
+// A caller that loses this race would wait for a thread that no longer exists.
 TEST_F(ClientRequestManagerTest, Stop_CallersInside_EveryoneReturns) {
   for (int round = 0; round < 50; ++round) {
     ClientRequestManager worker(/*subscription=*/0);

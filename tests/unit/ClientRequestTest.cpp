@@ -66,7 +66,7 @@ TEST(ClientRequestTest, Text_AnyRequest_EqualsDumpEachTime) {
   EXPECT_EQ(request.text(), request.dump());
 }
 
-// Accessors give copies, or what may be used as such: the request keeps what it was made with.
+// Accessors give copies or the like: the request keeps the values that it was made with.
 TEST(ClientRequestTest, AddRequest_Any_TypeTextAndOwnParameters) {
   AddProfileParams params(everySettableAttribute(), /*isPersistent=*/false, /*isIAProfile=*/true);
   const AddRequest request(params);
@@ -218,12 +218,12 @@ TEST(CallbackRequestTest, SetExpirationInfo_LiveKey_NotKeptAlive) {
   EXPECT_TRUE(request.getExpirationKey().expired());
 }
 
-// What the log says of the requests on their way.
+// These tests check the log lines of requests on their way to the worker.
 class RequestTraceTest : public StartedManagerTest {
  protected:
   static constexpr std::uint8_t profileIndex = 7;
 
-  /// A key of the profile with the given index in its text: "7 token=<n>".
+  // Returns a key of the profile with the given index in its text: "7 token=<n>".
   std::shared_ptr<IProfileKey> addSeventh() {
     platform.setNextProfileIndex(profileIndex);
     auto key = add("ims");

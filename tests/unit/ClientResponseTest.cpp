@@ -17,7 +17,7 @@ namespace {
 
 using Keys = std::list<std::shared_ptr<IProfileKey>>;
 
-// Concrete, without a status of its own.
+// This response is concrete, without a status of its own.
 class BareResponse : public ClientResponse {
  public:
   using ClientResponse::ClientResponse;
@@ -115,7 +115,7 @@ TEST(ClientResponseTest, Key_HeldByAResponse_Shared) {
   EXPECT_TRUE(watch.expired());
 }
 
-// What the log says of the responses on their way back.
+// These tests check the log lines of responses on their way back.
 class ResponseTraceTest : public StartedManagerTest {
  protected:
   static FilterProfileParams byApnName(const std::string& name) {

@@ -30,13 +30,13 @@ constexpr ApnTypeCase apnTypeCases[] = {
     {0x400, 0x800}, {0x800, 0x400}, {0x8000, 0x1000},
 };
 
-// Values of a modem or client of another version.
+// A modem or client of another version may send these values.
 constexpr std::int32_t strangers[] = {4, 254, -1, std::numeric_limits<std::int32_t>::min(),
                                       std::numeric_limits<std::int32_t>::max()};
 
 class ConversionsTest : public testing::Test {
  protected:
-  /// What the log has got since the last time: each line has to be of the library's own kind.
+  // Returns the lines logged since the last call. Each line must be of the library's own kind.
   Lines takeLines() {
     Lines messages;
     for (const CapturedLine& line : log.lines()) {
@@ -48,7 +48,7 @@ class ConversionsTest : public testing::Test {
     return messages;
   }
 
-  /// One line with the number.
+  // Returns one line with the number.
   static Lines lineAbout(const std::string& what, int number) {
     return {"Unknown " + what + " " + std::to_string(number)};
   }
@@ -105,7 +105,8 @@ TEST_F(ConversionsTest, ConvertPdnType_Unknown_UnknownAndOneLine) {
   }
 }
 
-// An unknown type becomes IPv4v6 in the first and third, but takes an override back in the second.
+// The first and third conversion turn an unknown type into IPv4v6. The second takes an override
+// back.
 TEST_F(ConversionsTest, ConvertToOvixTypes_AnyIPType_ItsNumbers) {
   struct Case {
     int type;
@@ -223,7 +224,7 @@ TEST_F(ConversionsTest, ConvertToLower_EveryByte_OnlyCapitalLettersChange) {
   }
 }
 
-// Around the sizes at which a vectorised loop hands over to its rest.
+// The lengths lie around the sizes at which a vectorised loop hands over to its scalar rest.
 TEST_F(ConversionsTest, ConvertToLower_AnyLength_EveryByteTreatedAlike) {
   for (std::size_t length = 0; length <= 70; ++length) {
     std::string given;
@@ -249,7 +250,7 @@ TEST_F(ConversionsTest, Expired_LiveDeadAndEmptyKey_OnlyLiveIsNot) {
   EXPECT_TRUE(expired(withoutFunction));
 }
 
-// The same on the way to the modem and back.
+// These tests check the same conversions on the way to the modem and back.
 class ConvertedProfileTest : public StartedManagerTest {
  protected:
   CreateRequest sentFor(const ProfileParams& params) {

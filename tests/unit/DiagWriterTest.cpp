@@ -19,7 +19,8 @@
 namespace pavo::test {
 namespace {
 
-/// The calls of the diagnostic channel, a line each; Android log lines only when asked for.
+// Returns the calls of the diagnostic channel, one line each, with the Android log's lines only on
+// request.
 Lines channelCalls(bool withAndroidLog = false) {
   Lines calls;
   for (const PlatformCall& call : FakePlatform::instance().calls()) {
@@ -36,7 +37,8 @@ Lines channelCalls(bool withAndroidLog = false) {
   return calls;
 }
 
-/// For a process that ends: the masks of its messages and its opening and closing of the channel.
+// Prints the masks of the messages and the opening and closing of the channel, for a process that
+// ends.
 void printChannel() {
   for (const PlatformCall& call : FakePlatform::instance().calls()) {
     if (call.kind == FakePlatform::Kind::DiagInit) {
@@ -49,7 +51,7 @@ void printChannel() {
   }
 }
 
-/// No writer is installed at either end, whatever the test before has left.
+// No writer is installed before or after a test, whatever an earlier test has left.
 class DiagWriterTest : public FakePlatformTest {
  protected:
   void SetUp() override {
@@ -58,8 +60,8 @@ class DiagWriterTest : public FakePlatformTest {
   }
   void TearDown() override { LogWrapper::getInstance().setLogWriter(nullptr); }
 
-  /// The worker has written the last line of its start, and is done with the writer: a call has
-  /// gone through it since.
+  // Waits until the worker has written the last line of its start and is done with the writer. A
+  // call that goes through the worker afterwards shows the latter.
   bool waitUntilQuiet(Manager& manager) {
     const bool isLastLine = platform.waitFor([] {
       const Lines calls = channelCalls();
@@ -80,7 +82,7 @@ TEST_F(DiagWriterTest, ConvertPrio_AnyLevel_MaskOfTheChannel) {
   }
 }
 
-// The channel knows five levels.
+// The channel has five levels only.
 TEST_F(DiagWriterTest, Write_LevelThatTheChannelDoesNotKnow_Nothing) {
   class Unknown : public DiagWriter {
     int convertPrio(LogLevel) override { return 0x20; }
@@ -174,8 +176,8 @@ TEST_F(DiagWriterTest, Init_AndroidLogSecond_ChannelClosedOnceBeforeTheLine) {
   EXPECT_EQ(platform.count(FakePlatform::Kind::DiagDeInit), 1U);
 }
 
-// The mask of the first message is the process's, and so is its end: each of these needs a process
-// of its own, in which nothing has been logged before.
+// The mask of the first message and the end of the channel occur once per process. Each of these
+// tests therefore needs a process of its own, in which nothing has been logged before.
 class DiagWriterProcessTest : public FakePlatformTest {};
 
 TEST_F(DiagWriterProcessTest, Write_FirstMessageLow_EveryLaterOneLow) {
@@ -215,7 +217,7 @@ TEST_F(DiagWriterProcessTest, Init_FirstLineHigh_EveryLineHigh) {
 
 TEST_F(DiagWriterProcessTest, Exit_WriterInstalled_ChannelClosed) {
   const auto scenario = [] {
-    std::atexit(printChannel);  // First, so that it runs last.
+    std::atexit(printChannel);  // It is registered first, so it runs last.
     LogWrapper::getInstance().setLogWriter(std::make_unique<DiagWriter>());
     LogWrapper::log(LogLevel::Error, "PAVO", "message");
     std::exit(0);

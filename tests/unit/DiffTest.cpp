@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: The Pavor Authors
 // SPDX-License-Identifier: Apache-2.0
 
-// What a change asks of the modem: of the record alone, and through the manager as the bytes of the
-// modify request.
+// These tests check which modify request a change leads to: for the record alone, and through the
+// manager as the bytes of the request.
 #include "Modem3gppProfile.h"
 #include "RunningManagerTest.h"
 
@@ -31,7 +31,7 @@ struct EditRow {
   MessageBytes sent = request();
 };
 
-// The three places of the IP types in the settings.
+// Returns settings with the three fields of the IP types.
 MessageBytes types(std::optional<std::uint32_t> pdp, std::optional<std::uint32_t> roaming = {},
                    std::optional<std::uint32_t> homeOverride = {}) {
   MessageBytes settings = emptySettings();
@@ -86,7 +86,7 @@ std::vector<EditRow> baseRows() {
        request().u8(3236, 1)},
       {"mask 0 to none", none, [](P& p) { p.setApnTypesMask(0); }, "ProfileId=-1,ApnTypesMask=0,",
        request().u8(3236, 1)},
-      // A bit that the modem does not have is a change each time.
+      // The modem has no such bit, so setting it counts as a change each time.
       {"unnamed client bit", mask, [](P& p) { p.setApnTypesMask(0x1041); },
        "ProfileId=-1,ApnTypesMask=3,", request().u8(3236, 1).u64(3240, 3)},
       {"unnamed modem bit", emptySettings().u8(3240, 1).u64(3248, 0x2003),
@@ -231,7 +231,7 @@ std::vector<EditRow> ipTypesEdits() {
        "ProfileId=-1,CommonIPType=V6,", request().u8(60, 1).u32(64, 2)},
       {"unknown home", types(0), home(IPType::UNKNOWN), "ProfileId=-1,CommonIPType=UNKNOWN,",
        request().u8(60, 1).u32(64, 3)},
-      // What a modem may have made itself: any change brings the types in line.
+      // The modem may have made such a profile itself: any change makes its types consistent.
       {"an override without roaming types", types(3, {}, 0), [](ProfileParams&) {},
        "ProfileId=-1,CommonIPType=V4,", request().u8(60, 1).u32(64, 0)},
       {"common unlike roaming without an override", types(3, 1), [](ProfileParams&) {},
@@ -299,8 +299,8 @@ TEST_F(DiffThroughManagerTest, ModifyProfile_Changes_OnlyTheirBytesAreSent) {
   }
 }
 
-// What was asked for is what is there afterwards: the same change again is none, but for a bit that
-// the modem does not have.
+// After a change the profile has the requested value, so the same change again sends nothing. A bit
+// that the modem does not have is the exception.
 TEST_F(DiffThroughManagerTest, ModifyProfile_Again_NothingIsSent) {
   for (const EditRow& row : editRows()) {
     SCOPED_TRACE(row.what);
@@ -329,8 +329,8 @@ TEST_F(DiffThroughManagerTest, ModifyProfile_OverrideTakenBack_HomeIsTheCommonTy
                                     "LteRoamIP=V6,UmtsRoamIP=V6,")));
 }
 
-// The IP types that getNewIPTypes makes of the client's; an output that the rules do not mention
-// keeps what the caller put there.
+// These rows give the IP types that getNewIPTypes computes from the client's. An output that the
+// rules do not mention keeps the caller's value.
 struct NewTypesRow {
   const char* what;
   MessageBytes settings;

@@ -34,8 +34,8 @@
 namespace pavo::test {
 namespace {
 
-// What epoll_wait returns next on this thread, when there is any: for combinations of events that
-// the kernel does not make on request.
+// If this is not empty, epoll_wait returns it next on this thread. It serves for combinations of
+// events that the kernel does not make on request.
 thread_local std::vector<epoll_event> scriptedEvents;
 
 }  // namespace
@@ -84,7 +84,7 @@ epoll_event eventOn(int fd, unsigned int events) {
   return event;
 }
 
-// What was called back, in order: the descriptors.
+// Records the descriptors that were called back, in order.
 struct Calls {
   std::vector<int> events;
   std::vector<int> closes;
@@ -118,7 +118,7 @@ class EventManagerTest : public testing::Test {
     }
   }
 
-  // Closed with the test.
+  // Closes the descriptor at the end of the test.
   int own(int fd) {
     owned.push_back(fd);
     return fd;
@@ -199,7 +199,7 @@ TEST_F(EventManagerTest, Construct_Always_DescriptorsCloseOnExec) {
   EXPECT_TRUE(EventManager::isApprovedFd(wakeFd));
 }
 
-// Leaves no byte 0 in that part of the stack where the next function has its variables.
+// Fills the part of the stack where the next function has its variables with bytes other than 0.
 [[gnu::noinline]] void soilStack() {
   volatile unsigned char soil[8192];
   for (volatile unsigned char& byte : soil) {
@@ -373,7 +373,7 @@ TEST_F(EventManagerTest, ProcessEvents_FiveReady_FourThenTheFifth) {
 }
 
 TEST_F(EventManagerTest, ProcessEvents_WaitFails_ErrorAndReturn) {
-  // An ordinary file in place of the epoll instance.
+  // An ordinary file stands in place of the epoll instance.
   const int file = own(open("/dev/null", O_RDONLY | O_CLOEXEC));
   ASSERT_EQ(dup2(file, epollFd), epollFd);
   loop.processEvents();
@@ -532,7 +532,8 @@ TEST_F(EventManagerTest, ProcessEvents_CallbackRemovesItself_Served) {
   loop.removeEventHandler(fd);
 }
 
-// The first handler of a batch closes the second's descriptor, whose number goes to somebody else.
+// The first handler of a batch closes the second's descriptor, and its number is given to another
+// descriptor.
 struct Replacer {
   EventManager* loop;
   int victim;
@@ -589,7 +590,7 @@ TEST_F(EventManagerTest, Wake_SeveralTimes_OneEvent) {
   loop.processEvents();
   EXPECT_EQ(logged(), eventLines(wakeFd, EPOLLIN) +
                           Sequence{dispatchLine(wakeFd, EventManager::clearRead, nullptr)});
-  // Nothing is left: the next wait is for somebody else.
+  // The wake-up has been read completely, so the next wait is for another event.
   const int fd = readyFd();
   add(fd);
   log.clear();
@@ -607,7 +608,8 @@ TEST_F(EventManagerTest, Wake_CounterFull_InfoLine) {
                       "I Error in writing rv: -1, error: Resource temporarily unavailable"}));
 }
 
-// A program may ask its streams for exceptions; a worker that ends must not be its end.
+// A program may make its streams throw exceptions. A worker that ends must not end the program
+// through them.
 TEST_F(EventManagerTest, Wake_StandardOutputThrows_WokenAllTheSame) {
   const std::ios_base::iostate asked = std::cout.exceptions();
   std::cout.setstate(std::ios_base::badbit);
@@ -669,8 +671,8 @@ TEST(EventManagerDestructionTest, Destroy_HandlerLeft_OwnDescriptorsClosedNoClos
   close(fd);
 }
 
-// What the thread sanitizer watches: registering and removing while the loop dispatches, on two
-// loops that share the approved descriptors.
+// This test is for the thread sanitizer: handlers are registered and removed while the loop
+// dispatches, on two loops that share the approved descriptors.
 TEST(EventManagerThreadsTest, AddAndRemove_WhileLoopsDispatch_NoEventLost) {
   constexpr int rounds = 100;
   struct Side {

@@ -36,7 +36,7 @@ class ShownProfile : public Modem3gppProfile {
   }
 };
 
-// The settings without the number.
+// Returns the settings without the number.
 std::string textOf(const ProfileSettings& settings) {
   const std::string text = ShownProfile(settings).dump();
   return text.substr(text.find(',') + 1);

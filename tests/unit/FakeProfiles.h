@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: The Pavor Authors
 // SPDX-License-Identifier: Apache-2.0
 
-// A table of profiles that answers the policies' operations in the order of its numbers, and notes
-// what happens.
+// FakeProfiles is a table of profiles that answers the policies' operations in the order of its
+// numbers. It records the operations and the changes.
 #pragma once
 
 #include "Aliases.h"
@@ -23,12 +23,13 @@ class FakeProfiles final : public policy::ProfileOperations, public policy::Poli
   void log(policy::LineLevel level, const char* line) override;
 
   std::map<int, ProfileSettings> table;
-  /// As a modem that refuses every change: the operation is done, the table stays as it is.
+  // If true, the table acts as a modem that refuses every change: the operation is done, but the
+  // table stays as it is.
   bool isRefusing = false;
-  /// The operations with their answers and, with the level's letter in front, the lines for the
-  /// log.
+  // Holds the operations with their answers, and the lines for the log with the level's letter in
+  // front.
   Lines lines;
-  /// What the modem was asked for.
+  // Holds the changes that the modem was asked for.
   Lines changes;
 
  private:

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: The Pavor Authors
 // SPDX-License-Identifier: Apache-2.0
 
-// Running out of file descriptors, in the child process of a death test.
+// This header makes the child process of a death test run out of file descriptors.
 #pragma once
 
 #include "LogWrapper.h"
@@ -19,8 +19,8 @@
 
 namespace pavo::test {
 
-/// From now on this process gets just that many more descriptors. Writes "I limited" first: with
-/// the undefined-behaviour sanitizer a first call of the log writer needs some itself.
+// Limits this process to that many more descriptors. It writes "I limited" first, because with the
+// undefined-behaviour sanitizer the first call of the log writer needs some descriptors itself.
 inline void allowMoreFds(int count) {
   LogWrapper::log(LogLevel::Info, logTag, "limited");
   std::vector<int> opened;
@@ -36,7 +36,7 @@ inline void allowMoreFds(int count) {
   setrlimit(RLIMIT_NOFILE, &limit);
 }
 
-/// Has the library's lines written to the standard error, for the parent to read.
+// Makes the library write its lines to the standard error, for the parent to read.
 inline void logToStandardError() {
   class Writer : public LogWriter {
    public:
@@ -49,7 +49,7 @@ inline void logToStandardError() {
   LogWrapper::getInstance().setLogWriter(std::make_unique<Writer>());
 }
 
-/// How often the text stands in the output of the child.
+// Returns how often the text occurs in the output of the child.
 inline std::size_t occurrences(const std::string& output, const std::string& text) {
   std::size_t count = 0;
   for (auto at = output.find(text); at != std::string::npos; at = output.find(text, at + 1)) {

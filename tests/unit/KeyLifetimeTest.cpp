@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: The Pavor Authors
 // SPDX-License-Identifier: Apache-2.0
 
-// What happens to keys and listeners in the hands of callers: from registration and release to
-// calls from the worker's own thread and the end of the process.
+// These tests follow keys and listeners that callers hold: registration, release, calls from the
+// worker's own thread and the end of the process.
 #include <pavo/Manager.h>
 
 #include "Aliases.h"
@@ -49,11 +49,11 @@ class KeyLifetimeTest : public FakePlatformTest {
     platform.clearCalls();
   }
 
-  // A profile of the library's own that ends with its last key.
+  // Adds a profile of the library's own that ends with its last key.
   Key add() {
     return manager->addProfile(AddProfileParams(/*isPersistent=*/false, /*isIAProfile=*/false));
   }
-  // Profiles of the modem's own, freshly read, with one key each.
+  // Returns one key for each of these profiles of the modem's own, freshly read.
   std::vector<Key> keysOfModemProfiles(const std::vector<std::uint8_t>& indices) {
     for (const std::uint8_t index : indices) {
       platform.setProfile(index, {});
@@ -69,7 +69,7 @@ class KeyLifetimeTest : public FakePlatformTest {
     return keys;
   }
 
-  // The modem tells of a change, and the worker has dealt with it.
+  // Sends the modem's indication of a change, and waits until the worker has handled it.
   void indicate(int index, std::int32_t event) {
     const auto done = [this] {
       const auto lines = platform.logMessages();
@@ -222,7 +222,8 @@ TEST_F(KeyLifetimeTest, Drop_ManagerDestroyed_LineAlone) {
   EXPECT_EQ(sequenceOf(platform.calls()), Sequence{"D ~ProfileKey"});
 }
 
-// A key in a static object that is older than the process-wide manager ends after it.
+// A key in a static object that is older than the process-wide manager is dropped after the
+// manager's end.
 TEST(KeyLifetimeDeathTest, Drop_AfterTheProcessWideManager_ExitEnds) {
   EXPECT_EXIT(
       {
@@ -251,10 +252,10 @@ TEST(KeyLifetimeDeathTest, Listener_EndsTheProcess_ExitEnds) {
       testing::ExitedWithCode(7), "");
 }
 
-// What a listener must not do, and what it gets for it.
+// A WorkerCall is a call that a listener must not make, together with its result.
 struct WorkerCall {
   const char* name;
-  // Whether the answer was empty.
+  // Returns whether the answer was empty.
   std::function<bool(Manager&, Key&)> isRefused;
 };
 
@@ -292,7 +293,8 @@ std::vector<WorkerCall> workerCalls() {
 
 class CallsOnTheWorkerTest : public KeyLifetimeTest {
  protected:
-  // What the listener of a profile that ends in this way does to the library.
+  // Makes the call from the listener of a profile that ends in this way, and expects it to be
+  // refused.
   void expectRefused(const WorkerCall& call, const std::function<void(const Key&)>& end) {
     SCOPED_TRACE(call.name);
     std::vector<Key> keys = keysOfModemProfiles({5, 6});
@@ -309,7 +311,7 @@ class CallsOnTheWorkerTest : public KeyLifetimeTest {
     EXPECT_EQ(isRefused, true);
     EXPECT_EQ(errors.size(), 1U) << testing::PrintToString(errors);
     EXPECT_EQ(sent, std::vector<unsigned int>());
-    // The worker has lived through it.
+    // The worker still serves calls.
     EXPECT_FALSE(manager->filter(FilterProfileParams()).empty());
   }
 };
@@ -391,8 +393,8 @@ TEST_F(CallsOnTheWorkerTest, Drop_ByTheListenersClosure_ReleaseCarriedOut) {
   EXPECT_TRUE(platform.waitForLog(released));
 }
 
-// The worker asks whether a listener's key still lives; were it to hold the key meanwhile, it could
-// become its last owner.
+// The worker checks whether a listener's key still lives. If it held the key meanwhile, it could
+// become the key's last owner.
 TEST_F(CallsOnTheWorkerTest, Drop_WhileAnIndicationEndsTheProfile_KeyNeverDiesOnTheWorker) {
   for (int round = 0; round < 100; ++round) {
     Key key = add();

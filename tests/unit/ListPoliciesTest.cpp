@@ -1,7 +1,8 @@
 // SPDX-FileCopyrightText: The Pavor Authors
 // SPDX-License-Identifier: Apache-2.0
 
-// How a list of wanted profiles reaches the modem: by APN class, and the APN types by name.
+// These tests cover the policies that write a list of wanted profiles to the modem: by APN class,
+// and the APN types by name.
 #include "PoliciesTest.h"
 
 #include <unordered_set>

@@ -23,7 +23,7 @@
 
 namespace {
 
-// The clock that the library reads. It is the system's unless a test has stopped it.
+// The library reads this clock. It is the system's clock unless a test has stopped it.
 std::atomic<bool> isClockStopped{false};
 std::atomic<std::time_t> stoppedSeconds{0};
 std::atomic<int> stoppedMicroseconds{0};
@@ -37,7 +37,7 @@ int __real_gettimeofday(timeval* now, void* zone);
 std::tm* __real_localtime_r(const std::time_t* time, std::tm* local);
 std::size_t __real_strftime(char* text, std::size_t size, const char* format, const std::tm* local);
 
-// The linker puts these in place of the system's.
+// The linker puts these functions in place of the system's.
 int __wrap_gettimeofday(timeval* now, void* zone) {
   if (!isClockStopped) {
     return __real_gettimeofday(now, zone);
@@ -56,7 +56,7 @@ std::tm* __wrap_localtime_r(const std::time_t* time, std::tm* local) {
   return __real_localtime_r(time, local);
 }
 
-// What a failed one leaves in the text is not defined.
+// The text is undefined after a failed strftime.
 std::size_t __wrap_strftime(char* text, std::size_t size, const char* format,
                             const std::tm* local) {
   if (textsToFail > 0) {
@@ -112,7 +112,7 @@ class TimeZone {
 
 constexpr std::time_t someSecond = 1'700'000'000;  // 2023-11-14 22:13:20 UTC
 
-/// The line that a buffer makes at that time, on a thread that has made none before.
+// Returns the line that a buffer makes at that time, on a thread that has made none before.
 std::string lineAt(std::time_t seconds, int microseconds) {
   const StoppedClock clock(seconds, microseconds);
   LocalLogBuffer buffer("PAVO", /*capacity=*/1);
@@ -120,7 +120,7 @@ std::string lineAt(std::time_t seconds, int microseconds) {
   return buffer.getLogs().at(0);
 }
 
-/// The lines without their stamps.
+// Returns the lines without their stamps.
 Lines messagesOf(const Lines& lines) {
   Lines messages;
   for (const std::string& line : lines) {
@@ -164,7 +164,7 @@ TEST(LocalLogBufferTest, AddLog_ClockMovesOn_EveryLineHasItsOwnTime) {
   buffer.addLogWithTimestamp("2");
   clock.set(someSecond + 2, 3'000);
   buffer.addLogWithTimestamp("3");
-  // Back again: a wall clock may be set.
+  // The clock goes back, because a wall clock may be set.
   clock.set(someSecond + 1, 4'000);
   buffer.addLogWithTimestamp("4");
   EXPECT_EQ(buffer.getLogs(),
@@ -311,7 +311,7 @@ TEST(LocalLogBufferTest, AddLog_ManyThreads_NoLineLostNorMixed) {
   }
 }
 
-// The process's buffer, as clients see it.
+// These tests read the process's buffer as clients do.
 class KeptLinesTest : public testing::Test {
  protected:
   KeptLinesTest() {
@@ -320,7 +320,7 @@ class KeptLinesTest : public testing::Test {
   }
   ~KeptLinesTest() override { LocalLogBuffer::getInstance().flush(); }
 
-  /// What a client's dump shows after "Logs:", the stamps checked and removed.
+  // Returns the part of a client's dump after "Logs:", with the stamps checked and removed.
   static Lines dumpedMessages() {
     const Lines lines = Manager().dump();
     EXPECT_GE(lines.size(), 2U);

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: The Pavor Authors
 // SPDX-License-Identifier: Apache-2.0
 
-// Lines of the library's log, as its kept lines have them, that several tests expect.
+// This header holds lines of the library's log, as dumps contain them, that several tests expect.
 #pragma once
 
 namespace pavo::test::line {
@@ -20,7 +20,8 @@ inline constexpr const char* notDeleted =
     "Error: Unable send OVIX_WDS_DELETE_PROFILE_REQ_V01 message";
 inline constexpr const char* unknown = "Error: ProfileCache: token is not present or expired";
 
-/// As the recorded lines of a descriptor's, a request's and a profile's end have them.
+// These lines are written as recorded lines, and log the end of a descriptor, a request and a
+// profile.
 inline constexpr const char* removingHandler = "V EventManager::removeEventHandler(int fd) EX";
 inline constexpr const char* handlingRequest = "D :77:handleClientRequest";
 inline constexpr const char* profileEnd = "D ~ModemProfile()";

@@ -25,7 +25,7 @@ constexpr LogLevel allLevels[] = {LogLevel::Verbose,       LogLevel::Debug, LogL
                                   LogLevel::Error,         LogLevel::Fatal, LogLevel::High,
                                   static_cast<LogLevel>(6)};
 
-/// The messages in the process's buffer.
+// Returns the messages in the process's buffer.
 Lines keptMessages() {
   Lines messages;
   for (const std::string& line : LocalLogBuffer::getInstance().getLogs()) {
@@ -35,7 +35,7 @@ Lines keptMessages() {
   return messages;
 }
 
-/// No writer is installed and nothing kept, at either end.
+// No writer is installed and no line is kept, before and after a test.
 class LogWrapperTest : public testing::Test {
  protected:
   LogWrapperTest() { clear(); }
@@ -47,7 +47,7 @@ class LogWrapperTest : public testing::Test {
   }
 };
 
-/// What the writers of one test have done, from any thread.
+// This structure counts the calls of the writers of one test, from any thread.
 struct WriterCounts {
   std::atomic<int> made{0};
   std::atomic<int> destroyed{0};
@@ -62,7 +62,7 @@ class CountingWriter : public LogWriter {
   ~CountingWriter() override { ++counts.destroyed; }
 
   void write(LogLevel /*level*/, std::string /*tag*/, std::string message) override {
-    // A member, so that a writer that is used after its end shows in a sanitizer.
+    // `last` is a member, so that a sanitizer detects a writer that is used after its end.
     last = std::to_string(message.size());
     ++counts.lines;
   }
@@ -136,7 +136,7 @@ TEST_F(LogWrapperTest, Log_AnyLength_CutAtTheLimit) {
   }
 }
 
-// Bytes are counted, and a character of several may lose its end.
+// The limit counts bytes, so a character of several bytes may lose its end.
 TEST_F(LogWrapperTest, Log_CharacterOfTwoBytesAtTheLimit_Split) {
   const CapturingLogWriter log;
   const std::string message = std::string(charsMax - 1, 'x') + "\xC3\xA9";
@@ -157,7 +157,7 @@ TEST_F(LogWrapperTest, Log_PercentSigns_InterpretedInTheFormatOnly) {
   EXPECT_EQ(log.messages(), Lines{"100% of %d%n"});
 }
 
-// A wide character that the C locale cannot express.
+// The C locale cannot express this wide character.
 TEST_F(LogWrapperTest, Log_FormattingFails_EmptyMessage) {
   const CapturingLogWriter log;
   LogWrapper::log(LogLevel::High, "PAVO", "before %ls", L"\x20AC");
@@ -215,7 +215,7 @@ TEST_F(LogWrapperTest, SetLogWriter_WhileOthersLog_EveryLineWrittenOnceAndEveryW
   EXPECT_EQ(counts.destroyed, counts.made);
 }
 
-// How the lines of a manager in operation arrive.
+// These tests read the lines of a manager in operation.
 class LoggedOperationTest : public StartedManagerTest {};
 
 TEST_F(LoggedOperationTest, AnyOperation_AndroidLog_TagFormatAndPriorities) {
@@ -240,7 +240,7 @@ TEST_F(LoggedOperationTest, AnyOperation_AndroidLog_TagFormatAndPriorities) {
 
 TEST_F(LoggedOperationTest, Filter_LongName_TraceCutAtTheLimitInTheLogAndTheBuffer) {
   const std::string beginning = "Manager::filter > Filter params: None: ApnName=";
-  // With the name and the comma behind it.
+  // The count includes the text before the name and the comma behind it.
   const std::size_t exact = charsMax - beginning.size() - 1;
   for (const std::size_t nameLength : {exact - 1, exact, exact + 1, exact + 1000}) {
     SCOPED_TRACE(nameLength);
@@ -280,11 +280,11 @@ TEST_F(LogWrapperTest, AnyOperation_BeforeInit_KeptAndNowhereElse) {
   EXPECT_TRUE(FakePlatform::instance().calls().empty());
 }
 
-// What is logged while the process ends. Each runs in a process of its own, in which nothing has
+// These tests log while the process ends. Each runs in a process of its own, in which nothing has
 // been logged before.
 class LogAtExitTest : public FakePlatformTest {};
 
-// Destroyed after every static object that is constructed after it.
+// A LateLogger is destroyed after every static object that is constructed after it.
 struct LateLogger {
   LateLogger() = default;
   LateLogger(const LateLogger&) = delete;
@@ -315,7 +315,8 @@ TEST_F(LogAtExitTest, Log_AfterEveryStaticObject_KeptWithoutAWriter) {
 TEST_F(LogAtExitTest, Exit_OtherThreadsLogging_NothingIsUsedAfterItsEnd) {
   const auto scenario = [] {
     static std::atomic<int> logged{0};
-    // First, so that it runs last: both threads are still at it when the writer has gone.
+    // The handler is registered first, so it runs last: both threads still log when the writer has
+    // gone.
     std::atexit([] {
       const int before = logged;
       waitUntil([before] { return logged > before + 10; });

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: The Pavor Authors
 // SPDX-License-Identifier: Apache-2.0
 
-// Workers that are replaced, keys that outlive them, and the end of the process.
+// These tests cover workers that are replaced, keys that outlive them, and the end of the process.
 #include "FdLimit.h"
 #include "RunningManagerTest.h"
 
@@ -23,8 +23,8 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-// Raises an indication and gives the worker the time to read it: a modem is slow, and faster than
-// it is read the queue would grow without end.
+// Raises an indication and gives the worker the time to read it. A modem is slow; indications that
+// come faster than they are read would let the queue grow without end.
 void indicateAtModemSpeed(std::uint8_t index, std::int32_t event) {
   FakePlatform& platform = FakePlatform::instance();
   const std::size_t before = platform.count(FakePlatform::Kind::Decode);
@@ -43,7 +43,7 @@ class ManagerLifetimeTest : public RunningManagerTest {
     captureLog();
   }
 
-  // The old capture has to go first: its end uninstalls whatever writer there is.
+  // The old capture has to go first, because its end uninstalls any writer.
   void captureLog() {
     log.reset();
     log = std::make_unique<CapturingLogWriter>();
@@ -56,7 +56,8 @@ TEST_F(ManagerLifetimeTest, InitAgain_NewWorkerIsBuiltBeforeTheOldIsGone) {
   ASSERT_TRUE(platform.waitForRegistration());
   std::vector<PlatformCall::Kind> kinds;
   for (const PlatformCall& call : platform.calls()) {
-    // The new proxy releases its own notifier when the service is up; the old one its client.
+    // The new proxy releases its own notifier when the service is up. The old proxy releases its
+    // client.
     const bool isOldClient = !platform.clients().empty() &&
                              call.kind == PlatformCall::Kind::Release &&
                              call.handle == platform.clients().front().handle;
@@ -130,7 +131,7 @@ TEST_F(ManagerLifetimeTest, Destroy_KeyDroppedAfterwards_NobodyHears) {
   EXPECT_THAT(platform.sent(), IsEmpty());
 }
 
-// Listeners run on the thread that replaces the worker; what they ask of the old one is answered
+// Listeners run on the thread that replaces the worker. Their calls to the old worker are answered
 // empty at once.
 TEST_F(ManagerLifetimeTest, InitAgain_ListenersOfLiveKeys_RunOnTheCallersThread) {
   const Key key = addConfirmed("ims");
@@ -202,8 +203,9 @@ TEST_F(ManagerLifetimeTest, InitAgain_UnderIndications_NoTokenTwiceAndNoHang) {
   EXPECT_EQ(tokens.size(), keys);
 }
 
-// A process of its own for what happens at its end. What the platform saw is told by a handler that
-// runs after the Manager's destructor, because it was registered before the Manager was made.
+// This function is for a process of its own, whose end it examines. The handler prints the
+// platform's counts. It runs after the Manager's destructor, because it was registered before the
+// Manager was made.
 void reportHandlesAtExit() {
   FakePlatform::instance();
   std::atexit([] {
@@ -248,7 +250,8 @@ TEST(ManagerExitDeathTest, Exit_WorkerRunning_TheWakeLineOnStandardOutput) {
 TEST(ManagerExitDeathTest, Exit_KeyInAnOlderStatic_DiesAfterTheManager) {
   EXPECT_EXIT(
       {
-        // Built before the process-wide Manager, so destroyed after it and after the log.
+        // The key is built before the process-wide Manager, so it is destroyed after the Manager
+        // and after the log.
         static Key key;
         reportHandlesAtExit();
         key = startProcessWide().addProfile(

@@ -22,7 +22,7 @@
 namespace pavo::test {
 namespace {
 
-// Failures show as empty results; nothing throws.
+// Failures show as empty results; no function throws.
 static_assert(noexcept(std::declval<Manager&>().init(0, true)));
 static_assert(noexcept(std::declval<Manager&>().addProfile(std::declval<AddProfileParams&>())));
 static_assert(noexcept(std::declval<Manager&>().modifyProfile(std::declval<ModifyProfileParams&>(),
@@ -38,19 +38,19 @@ static_assert(noexcept(std::declval<Manager&>().dump()));
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-// A Manager before init.
+// These tests use a Manager before init.
 class ManagerTest : public FakePlatformTest {
  protected:
   ManagerTest() { forgetManagers(); }
   ~ManagerTest() override { forgetManagers(); }
 
-  // A Manager leaves its writer, whose end is a call into the platform.
+  // A Manager leaves its writer behind, and the end of the writer is a call into the platform.
   void forgetManagers() {
     LogWrapper::getInstance().setLogWriter(nullptr);
     platform.reset();
   }
 
-  // The messages of the kept lines, without their times.
+  // Returns the messages of the kept lines, without their times.
   static Lines keptMessages(const Lines& dump) {
     const auto logs = std::find(dump.begin(), dump.end(), "Logs:");
     Lines messages;
@@ -63,7 +63,7 @@ class ManagerTest : public FakePlatformTest {
 
 struct ManagerOperation {
   const char* name;
-  // Gives whether the result is the empty one.
+  // Returns whether the result is the empty one.
   std::function<bool(Manager&, const Key&)> isEmptyAnswer;
   const char* entry;
   const char* castFailure;
@@ -197,7 +197,7 @@ TEST_F(ManagerTest, GetInstance_FromAnyThread_TheSameObject) {
 class RunningManagerOperationsTest : public RunningManagerTest {};
 
 TEST_F(RunningManagerOperationsTest, Operations_InThePlainLog_SendBetweenTheTraces) {
-  // Its lines go to the platform, so that one record tells the order of lines and requests.
+  // The manager's lines go to the platform, so one record holds the order of lines and requests.
   manager.init(/*subscription=*/0, /*useAndroidLog=*/true);
   ASSERT_TRUE(platform.waitForRegistration());
   ASSERT_TRUE(platform.waitForStart());
@@ -268,7 +268,7 @@ TEST_F(RunningManagerOperationsTest, Dump_WorkerInAnyModemRequest_DoesNotWait) {
   }
 }
 
-// What a checker of races sees: a dump beside all that changes the cache.
+// This test is for the thread sanitizer: a dump runs beside every operation that changes the cache.
 TEST_F(RunningManagerOperationsTest, Dump_BesideOperationsAndIndications_IsWhole) {
   platform.setEmitsIndications(true);
   std::atomic<bool> isDone{false};
@@ -306,7 +306,7 @@ TEST_F(RunningManagerOperationsTest, Refresh_StartedToCompleted_AddIsRefused) {
   EXPECT_NE(add("ims"), nullptr);
 }
 
-// The highest eventfd is the one of the requests: it is the last that a worker makes.
+// The requests' eventfd has the highest number, because a worker makes it last.
 int requestEventFd() {
   int highest = -1;
   for (const auto& entry : std::filesystem::directory_iterator("/proc/self/fd")) {
@@ -319,8 +319,8 @@ int requestEventFd() {
   return highest;
 }
 
-// In a process of its own: its worker cannot be woken any more. Ends it with 0 when the operation
-// answers empty with the lines that tell why.
+// Runs in a process of its own, because its worker cannot be woken any more. The process ends with
+// 0 when the operation answers empty and logs the reason.
 [[noreturn]] void runWithoutWakeFd(const ManagerOperation& operation) {
   Manager& manager = Manager::getInstance();
   manager.init(/*subscription=*/0, /*useAndroidLog=*/true);

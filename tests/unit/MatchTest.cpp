@@ -1,7 +1,8 @@
 // SPDX-FileCopyrightText: The Pavor Authors
 // SPDX-License-Identifier: Apache-2.0
 
-// Which profiles satisfy which filter, of the record alone and through the manager.
+// These tests check which profiles satisfy which filter, for the record alone and through the
+// manager.
 #include "Modem3gppProfile.h"
 #include "RunningManagerTest.h"
 
@@ -23,7 +24,7 @@ struct MatchRow {
   bool matches;
 };
 
-// Profiles as the modem describes them.
+// These functions build profiles as the modem describes them.
 
 MessageBytes settingsNamed(const std::string& apnName) {
   return emptySettings().u8(84, 1).text(85, apnName);
@@ -51,7 +52,7 @@ MessageBytes profileNamed(const std::string& name) {
   return emptySettings().u8(8, 1).text(9, name);
 }
 
-// Filters.
+// These functions build filters.
 
 std::function<void(Filter&)> name(const std::string& text, unsigned int criteria = 0) {
   return [=](Filter& f) {
@@ -275,7 +276,7 @@ std::vector<MatchRow> creatorRows() {
       {"not IA, IA", ia, creator(unset, 0), false},
       {"not IA, ours", ours, creator(unset, 0), true},
       {"not IA, unnamed", none, creator(unset, 0), true},
-      // With an answer about IA the other question is not asked.
+      // If the IA flag decides, the other flag is not compared.
       {"pavo and not IA, ours", ours, creator(1, 0), true},
       {"pavo and not IA, IA", ia, creator(1, 0), false},
       {"pavo and not IA, foreign", foreign, creator(1, 0), true},
@@ -284,7 +285,7 @@ std::vector<MatchRow> creatorRows() {
   };
 }
 
-// Everything has to hold: one attribute of another value spoils the match.
+// All attributes must match: one attribute of another value makes the match fail.
 std::vector<MatchRow> combinedRows() {
   const auto profile = settingsNamed("ims").u8(60, 1).u32(64, pdpV6).u8(404, 1).text(405, "u");
   const auto fitting = [](Filter& f) {
@@ -338,7 +339,7 @@ TEST(MatchTest, Match_OfARecord_AsTheTableSays) {
   }
 }
 
-// A record's own name is taken as it was set; the filter's is always lowered.
+// A record keeps its own name as it was set; the filter's name is always lowered.
 TEST(MatchTest, Match_NameThatWasSetInUpperCase_FitsNoFilter) {
   Modem3gppProfile profile{ProfileParams()};
   profile.setApnName("IMS");

@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: The Pavor Authors
 // SPDX-License-Identifier: Apache-2.0
 
-// A modem message as bytes at numeric places: a second statement of the layout beside the
-// structures of the platform's header.
+// MessageBytes is a modem message as bytes at numeric offsets. It states the layout a second time,
+// beside the structures of the platform's header.
 #pragma once
 
 #include <cstddef>
@@ -47,7 +47,7 @@ class MessageBytes {
     return message;
   }
 
-  /// One line for each byte in which actual differs, none when the messages are the same.
+  // Returns one line for each byte in which actual differs, none when the messages are the same.
   std::vector<std::string> differences(const MessageBytes& actual) const {
     std::vector<std::string> lines;
     if (actual.bytes.size() != bytes.size()) {
@@ -79,7 +79,7 @@ inline constexpr std::size_t createRequestSize = 3256;
 inline constexpr std::size_t modifyRequestSize = 3256;
 inline constexpr std::size_t settingsResponseSize = 3272;
 
-/// A successful settings response without a field.
+// Returns a successful settings response without a field.
 inline MessageBytes emptySettings() { return MessageBytes(settingsResponseSize); }
 
 }  // namespace pavo::test

@@ -17,8 +17,8 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-// Where a field stands: its valid flag and its value, in the create request, the modify request and
-// the settings response.
+// A Place is the position of a field, its valid flag and its value, in the create request, the
+// modify request and the settings response.
 struct Place {
   std::size_t createValid;
   std::size_t createValue;
@@ -26,7 +26,7 @@ struct Place {
   std::size_t modifyValue;
   std::size_t responseValid;
   std::size_t responseValue;
-  int bits;  // 0: text
+  int bits;  // 0 for a text
 };
 
 constexpr Place profileNamePlace{4, 5, 8, 9, 8, 9, 0};
@@ -68,7 +68,7 @@ void putValue(MessageBytes& message, const Place& place, std::size_t at, std::ui
   }
 }
 
-// A create request of a non-persistent profile without an attribute.
+// Returns a create request of a non-persistent profile without an attribute.
 MessageBytes emptyCreate() { return MessageBytes(createRequestSize).u8(2180, 1); }
 
 MessageBytes emptyModify(int index) {
@@ -169,7 +169,7 @@ TEST(Modem3gppProfileRequestTest, ConstructModifyRequest_OneAttribute_OnlyItsByt
     SCOPED_TRACE(row.what);
     Modem3gppProfile profile{ProfileParams()};
     profile.setProfileId(258);
-    // Never sent: persistence cannot be changed.
+    // This flag is never sent, because persistence cannot be changed.
     profile.setIsPersistent(true);
     row.set(profile);
     MessageBytes expected = emptyModify(2).u8(row.place.modifyValid, 1);
@@ -213,7 +213,7 @@ const IPTypesRow ipTypesRows[] = {
     {IPType::V4, IPType::V6, 3, 0, 1, "HomeIPType=V4,RoamIPType=V6,"},
     {IPType::V6, IPType::V4, 3, 1, 0, "HomeIPType=V6,RoamIPType=V4,"},
     {IPType::V4V6, IPType::V4, 3, 2, 0, "HomeIPType=V4V6,RoamIPType=V4,"},
-    // An override of UNKNOWN is none.
+    // An override of UNKNOWN counts as absent.
     {IPType::UNKNOWN, IPType::V4, 3, 255, 0, "HomeIPType=V4V6,RoamIPType=V4,"},
 };
 
@@ -433,7 +433,7 @@ std::vector<ResponseRow> responseRows() {
 TEST(Modem3gppProfileResponseTest, Construct_OneField_IsReadAndTheRestAbsent) {
   for (const ResponseRow& row : responseRows()) {
     SCOPED_TRACE(row.what);
-    // Any flag but 0 says that the field is there.
+    // Any flag but 0 means that the field is there.
     MessageBytes settings = emptySettings().u8(row.place.responseValid, 0x80);
     putValue(settings, row.place, row.place.responseValue, row.number, row.text);
     const CapturingLogWriter log;
@@ -473,7 +473,7 @@ TEST(Modem3gppProfileResponseTest, Construct_Persistent_ByFlagAndValue) {
   }
 }
 
-// The whole message full of ones: nothing in it may be taken on trust.
+// Every byte of the message is set, so no field in it may be trusted.
 TEST(Modem3gppProfileResponseTest, Construct_EveryByteSet_TextsAreBounded) {
   MessageBytes settings = emptySettings();
   for (std::size_t at = 8; at < settingsResponseSize; ++at) {
@@ -490,7 +490,7 @@ TEST(Modem3gppProfileResponseTest, Construct_EveryByteSet_TextsAreBounded) {
   EXPECT_EQ(profile.getMaxPdnsConnPerBlock(), 65535);
   EXPECT_EQ(profile.getApnClass(), ApnClass{255});
   EXPECT_EQ(profile.getCommonIPType(), IPType::UNKNOWN);
-  // 0xFFFFFFFF is not the 255 of an unspecified type.
+  // 0xFFFFFFFF differs from the 255 of an unspecified type.
   EXPECT_TRUE(profile.hasLteRoamIPType());
   EXPECT_EQ(profile.getLteRoamIPType(), IPType::UNKNOWN);
 }
@@ -501,7 +501,7 @@ struct GetRow {
   std::string expected;
 };
 
-// What the client is told of a profile as the modem describes it.
+// These rows give a client's view of a profile as the modem describes it.
 std::vector<GetRow> getRows() {
   const std::string foreign = "IsPavoProfile=0,IsIAProfile=0,";
   return {
@@ -612,7 +612,7 @@ TEST(Modem3gppProfileRecordTest, Getters_AbsentAttributes_ReadAsZero) {
   EXPECT_EQ(profile.getProfileName(), "");
 }
 
-// One attribute set: it alone is there, with its value.
+// Sets one attribute and expects it alone to be present, with its value.
 template <auto has, auto get, auto set, typename Value>
 void expectOwnPlace(Value value) {
   Modem3gppProfile profile{ProfileParams()};

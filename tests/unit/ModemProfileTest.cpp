@@ -22,7 +22,7 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-// The base with nothing added.
+// A BareProfile is the base with nothing added.
 class BareProfile : public ModemProfile {
  public:
   using ModemProfile::ModemProfile;
@@ -216,8 +216,8 @@ TEST(ModemProfileTest, RefCount_UpAndDown_IsCounted) {
   EXPECT_EQ(profile.getRefCount(), -1);
 }
 
-// Finds the count in the object by what two calls change: two thousand million calls of
-// incRefCount take too long.
+// Finds the count in the object by the bytes that two calls change. Two thousand million calls of
+// incRefCount would take too long.
 void setRefCount(BareProfile& profile, int count) {
   const auto bytesOf = [&profile] {
     std::vector<int> words(sizeof profile / sizeof(int));
@@ -350,7 +350,7 @@ TEST(ModemProfileTest, Destroy_EmptyAndThrowingListeners_TheOthersRun) {
     profile.registerExpirationListener([&] { order += "last"; }, key);
   }
   EXPECT_EQ(order, "last");
-  // The empty one has nobody to tell and leaves no line.
+  // The empty profile has no listener to run and logs no line.
   EXPECT_EQ(log.messages(LogLevel::Debug).size(), 4U);
 }
 
@@ -391,7 +391,7 @@ TEST(ModemProfileTest, ClearExpiredListeners_LiveAndDeadKeys_OnlyTheLiveStay) {
   EXPECT_EQ(held, 0);
 }
 
-// A page for one shared object and its counts, which writes can be forbidden to.
+// A GuardedPage is a page for one shared object and its counts. Writes to it can be forbidden.
 class GuardedPage {
  public:
   GuardedPage()
@@ -424,8 +424,9 @@ struct PageAllocator {
   GuardedPage& page;
 };
 
-// A handle that is taken to look at the key, if only for a moment, writes to the count of handles.
-// It would be the last one when the client lets go just then, and the key would die on the worker.
+// Taking a handle of the key to check it, even for a moment, writes to the count of handles. If the
+// client drops its handle just then, that handle is the last one, and the key would be destroyed on
+// the worker.
 TEST(ModemProfileDeathTest, Listeners_ClearedAndTold_NoHandleOfTheirKeyIsTaken) {
   EXPECT_EXIT(
       {

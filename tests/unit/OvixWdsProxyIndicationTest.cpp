@@ -38,7 +38,7 @@ class OvixWdsProxyIndicationTest : public ProxyTest {
   void indicate(std::uint8_t index, std::int32_t event = WDS_PROFILE_EVENT_CREATE_V01) {
     ASSERT_TRUE(platform.indicateProfileChanged(index, event));
   }
-  // What the worker does, without the lines of the callbacks before.
+  // Runs the worker's part and returns its record, without the lines of the earlier callbacks.
   Sequence process() {
     platform.clearCalls();
     loop.processEvents();
@@ -153,7 +153,7 @@ TEST_F(OvixWdsProxyIndicationTest, OvixIndCb_NothingToCopy_ErrorAndNothingQueued
                             c.hasProxy ? &*proxy : nullptr);
     EXPECT_EQ(recorded(), (Sequence{callbackLine, c.line}));
   }
-  // The queue is as empty as the one that follows finds it.
+  // The next indication finds an empty queue, so none of these was queued.
   indicate(1);
   EXPECT_EQ(process(), (Sequence{sizeLine(1), "decode", receivedLine, sizeLine(0)}));
 }
@@ -256,7 +256,8 @@ TEST_F(OvixWdsProxyIndicationTest, Indicate_NobodyRegistered_DefaultLine) {
                       "D OvixWdsProxy::no profileChangedIndCb registered!", sizeLine(0)}));
 }
 
-// The loop turns on another thread; here it turns inside the last line of the construction.
+// In operation the loop turns on another thread. Here it turns inside the last line of the
+// construction.
 TEST_F(OvixWdsProxyIndicationTest, Indicate_DuringConstruction_DefaultLine) {
   const ovix_client_type opened = client().handle;
   void* constructed = nullptr;
@@ -286,7 +287,7 @@ TEST_F(OvixWdsProxyIndicationTest, RegisterProfileChangedInd_Again_Replaced) {
   EXPECT_EQ(second, Sequence{"1 Create"});
 }
 
-// The dead client cannot decode what is left of it, and it tells of a modem that is gone.
+// The dead client cannot decode the queued indications, and they describe a modem that is gone.
 TEST_F(OvixWdsProxyIndicationTest, HandleError_IndicationsQueued_DroppedUndecoded) {
   platform.raiseError();
   indicate(1);
@@ -391,7 +392,7 @@ TEST_F(OvixWdsProxyIndicationTest, HandleError_IndicationsWereDropped_NotReporte
   EXPECT_EQ(received.size(), 0U);
 }
 
-// A log daemon that goes through the modem makes such things.
+// A log daemon that uses the modem causes such indications.
 TEST_F(OvixWdsProxyIndicationTest, Indicate_InsideALogLine_NoDeadlock) {
   bool raised = false;
   onLine = [&](const std::string& message) {
@@ -441,7 +442,8 @@ TEST_F(OvixWdsProxyIndicationTest, Indicate_ManyThreads_AllDelivered) {
       }
     });
   }
-  // Meanwhile, and once more when all are queued; a turn that finds nothing would wait for ever.
+  // The loop turns meanwhile, and once more when all are queued. A turn without an event would wait
+  // for ever.
   loop.processEvents();
   for (std::thread& thread : library) {
     thread.join();

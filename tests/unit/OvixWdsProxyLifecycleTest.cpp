@@ -47,7 +47,7 @@ const Sequence recovering =
 
 class OvixWdsProxyLifecycleTest : public ProxyTest {
  protected:
-  // The descriptors that the proxy has registered, from the lines of the loop.
+  // Returns the descriptors that the proxy has registered, from the lines of the loop.
   std::vector<int> registeredFds() const {
     std::vector<int> fds;
     for (const std::string& line : platform.logMessages()) {
@@ -94,7 +94,7 @@ TEST_F(OvixWdsProxyLifecycleTest, Construct_NoNotifier_NoLineAndNothingToRelease
   EXPECT_EQ(recorded(), Sequence(3, line::removingHandler));
 }
 
-// The handle counts, not the result.
+// The handle decides, not the result.
 TEST_F(OvixWdsProxyLifecycleTest, Construct_NotifierInSpiteOfAnError_ServesAndIsReleased) {
   platform.setNotifierInitResult(OVIX_CLIENT_INTERNAL_ERROR, /*makesNotifier=*/true);
   construct();
@@ -221,7 +221,7 @@ TEST_F(OvixWdsProxyLifecycleTest, HandleSvcUp_NoServiceFound_ErrorAndNotifierKep
   EXPECT_EQ(takeRecorded(), (Sequence{serviceUpLine, "get any service", "E error get service."}));
   EXPECT_EQ(platform.armedNotifierCount(), 1U);
 
-  // The notifier that was kept brings the next chance.
+  // The kept notifier gives the next chance.
   platform.setGetAnyServiceResult(OVIX_CLIENT_NO_ERROR);
   ASSERT_TRUE(platform.notify());
   loop.processEvents();
@@ -238,7 +238,8 @@ TEST_F(OvixWdsProxyLifecycleTest, HandleSvcUp_ClientCannotBeOpened_ErrorWithCode
                                       "init client", "E ovix_client_init error. ErrCode : -42"}));
   EXPECT_EQ(platform.armedNotifierCount(), 0U);
 
-  // Whatever the library left of it is no client, so a late notification brings a second attempt.
+  // The library keeps no client from the failed attempt, so a late notification leads to a second
+  // one.
   platform.setClientInitResult(OVIX_CLIENT_NO_ERROR);
   OvixWdsProxy::ovixNotifyCb(nullptr, nullptr, OVIX_CLIENT_SERVICE_AVAILABLE, &*proxy);
   platform.clearCalls();
@@ -366,7 +367,7 @@ TEST_F(OvixWdsProxyLifecycleTest, HandleError_ClientOpen_ReleasedAndNotifierArme
   EXPECT_EQ(platform.clients().size(), 2U);
 }
 
-// Errors of the client that is gone already come late, and find the notifier armed.
+// Late errors of the client that is already gone arrive while the notifier is armed.
 TEST_F(OvixWdsProxyLifecycleTest, HandleError_TwiceWithoutServiceUp_OneNotifierLeft) {
   open();
   const FakePlatform::Client lost = client();
@@ -381,7 +382,7 @@ TEST_F(OvixWdsProxyLifecycleTest, HandleError_TwiceWithoutServiceUp_OneNotifierL
   EXPECT_EQ(platform.armedNotifierCount(), 1U);
 }
 
-// The handle that was released must not be left in place for the end to release again.
+// The released handle must not stay in place, because the end would release it again.
 TEST_F(OvixWdsProxyLifecycleTest, HandleError_ArmedAndNoNewNotifier_OldOneReleasedOnce) {
   open();
   const FakePlatform::Client lost = client();
@@ -485,7 +486,7 @@ TEST_F(OvixWdsProxyLifecycleTest, Destroy_CallbacksComeLate_DoNothing) {
                                    testing::StartsWith("V static void pavo::OvixWdsProxy")));
 }
 
-// What the address and thread sanitizers watch: a messaging library that does not wait for its
+// This test is for the address and thread sanitizers: the messaging library does not wait for its
 // callbacks when a handle is released.
 TEST_F(OvixWdsProxyLifecycleTest, Destroy_CallbacksInProgress_NoneTouchesTheProxy) {
   for (int round = 0; round < 50; ++round) {

@@ -45,14 +45,15 @@ class OvixWdsProxyOperationTest : public ProxyTest {
  protected:
   OvixWdsProxyOperationTest() { open(); }
 
-  // Without the ends of the profiles that the operation was called with or brought back.
+  // Returns the lines without the ends of the profiles that the operation was called with or
+  // returned.
   Sequence takeLines() {
     Sequence sequence = takeRecorded();
     std::erase(sequence, line::profileEnd);
     return sequence;
   }
 
-  // Answers the next request of the message with this.
+  // Answers the next request of the message with this response.
   template <typename Response>
   void answerNext(unsigned int msgId, const Response& response) {
     platform.onNext(msgId, [response](ModemExchange& exchange) {
@@ -76,13 +77,13 @@ class OvixWdsProxyOperationTest : public ProxyTest {
   }
 };
 
-// An operation by name, with the numbers and words of its message.
+// A ProxyOperation is an operation by name, with the numbers and words of its message.
 struct ProxyOperation {
   std::string message;
   unsigned int msgId;
   std::size_t requestLength;
   unsigned int responseLength;
-  // Whether it succeeded.
+  // Returns whether the operation succeeded.
   std::function<bool(OvixWdsProxy&)> run;
 };
 
@@ -135,7 +136,7 @@ TEST_F(OvixWdsProxyOperationTest, AnyOperation_SendFails_FailureLineAlone) {
   }
 }
 
-// The error code beside a successful result says nothing, and any result but 0 is a failure.
+// The error code beside a successful result is ignored, and any result but 0 is a failure.
 TEST_F(OvixWdsProxyOperationTest, AnyOperation_ResultCode_AloneDecides) {
   putProfiles({5});
   for (const ProxyOperation& operation : allOperations()) {
@@ -163,7 +164,7 @@ TEST_F(OvixWdsProxyOperationTest, AnyOperation_ResultCode_AloneDecides) {
 TEST_F(OvixWdsProxyOperationTest, AnyOperation_ResponseBuffer_Zeroed) {
   for (const ProxyOperation& operation : allOperations()) {
     SCOPED_TRACE(operation.message);
-    // Twice: what the first call left behind must not show.
+    // The operation runs twice, because values left over from the first call must not show.
     for (int call = 0; call < 2; ++call) {
       bool isZeroed = false;
       platform.onNext(operation.msgId, [&](ModemExchange& exchange) {
@@ -271,7 +272,8 @@ TEST_F(OvixWdsProxyOperationTest, Get_IdBeyondAByte_ProfileOfTheIndexAsked) {
 }
 
 TEST_F(OvixWdsProxyOperationTest, Get_TextsWithoutEnd_CutAtTheirFields) {
-  // Everything after a text's field is one, too: a reader that looks for the end runs on.
+  // All bytes after the text's field are one as well, so a reader that searches for the end runs
+  // on.
   const MessageBytes settings = MessageBytes(settingsResponseSize)
                                     .u8(8, 1)
                                     .text(9, std::string(51, 'n'))
@@ -293,7 +295,7 @@ TEST_F(OvixWdsProxyOperationTest, Get_TextsWithoutEnd_CutAtTheirFields) {
   EXPECT_EQ(profile->getPassword(), std::string(127, 'p'));
 }
 
-// Undeclared values of every enumeration and flag: nothing that the sanitizers have a word on.
+// Every enumeration and flag has an undeclared value; the sanitizers must have nothing to report.
 TEST_F(OvixWdsProxyOperationTest, Get_EveryByteSet_ReadWithoutHarm) {
   MessageBytes settings(settingsResponseSize);
   settings.text(8, std::string(settingsResponseSize - 8, '\xff'));

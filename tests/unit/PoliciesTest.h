@@ -1,7 +1,8 @@
 // SPDX-FileCopyrightText: The Pavor Authors
 // SPDX-License-Identifier: Apache-2.0
 
-// What a policy does on a table of profiles: every operation, every line for the log, every change.
+// This fixture runs a policy on a table of profiles, and compares every operation, every line for
+// the log and every change.
 #pragma once
 
 #include "FakeProfiles.h"
@@ -20,14 +21,14 @@ class PoliciesTest : public testing::Test {
   using KeyPolicy = Key (*)(const policy::Run& run, const ProfileParams& params);
 
   struct Expected {
-    /// The operations and the lines, as FakeProfiles notes them.
+    // The expected operations and lines, in the format of FakeProfiles.
     Lines lines = {};
-    /// What the modem is asked for.
+    // The changes that the modem is asked for.
     Lines changes = {};
     std::string result = {};
   };
 
-  /// The modem's profiles, numbered from 1.
+  // Sets the modem's profiles, numbered from 1.
   void put(const std::vector<ProfileSettings>& profiles) {
     table.clear();
     for (const ProfileSettings& profile : profiles) {
@@ -37,7 +38,7 @@ class PoliciesTest : public testing::Test {
     }
   }
 
-  /// Runs the policy on the table, once for each switch.
+  // Runs the policy on the table, once for each switch.
   void expect(const Policy& policy, const Expected& expected) const {
     for (const bool updateAllowed : switches) {
       SCOPED_TRACE(updateAllowed ? "updates allowed" : "updates not allowed");
@@ -50,7 +51,7 @@ class PoliciesTest : public testing::Test {
     }
   }
 
-  /// A policy that returns a key has a first and a last line besides.
+  // Expects the first and the last line as well, which every policy that returns a key logs.
   void expect(const std::string& name, KeyPolicy policy, const ProfileParams& wanted,
               Expected expected) const {
     Lines& lines = expected.lines;

@@ -1,7 +1,8 @@
 // SPDX-FileCopyrightText: The Pavor Authors
 // SPDX-License-Identifier: Apache-2.0
 
-// Profiles in the words of a test: what the modem has, and what a client wants.
+// This header builds profiles in the words of a test: Stored is a profile of the modem, Wanted is a
+// client's wish.
 #pragma once
 
 #include <pavo/ProfileParams.h>
@@ -14,7 +15,7 @@
 
 namespace pavo::test {
 
-/// A profile of the modem's table.
+// A Stored is a profile of the modem's table.
 class Stored : public ProfileSettings {
  public:
   Stored& apn(std::string value) { return set(apnName, std::move(value)); }
@@ -41,7 +42,7 @@ class Stored : public ProfileSettings {
   }
 };
 
-/// What a client wants.
+// A Wanted is a profile that a client wants.
 class Wanted : public ProfileParams {
  public:
   Wanted& apn(const std::string& value) { return set(&Wanted::setApnName, value); }

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: The Pavor Authors
 // SPDX-License-Identifier: Apache-2.0
 
-// Creating profiles through the cache.
+// These tests create profiles through the cache.
 #include "RunningManagerTest.h"
 
 namespace pavo::test {
@@ -56,7 +56,7 @@ TEST_F(ProfileCacheAddTest, Add_ModemFails_NothingCachedAndTheTokenIsGone) {
   takeKeptLines();
   platform.rejectNext(0x27);
   EXPECT_EQ(add("second"), nullptr);
-  // The key tells, not the status.
+  // The key shows the failure, not the status.
   const auto refused =
       ElementsAre("Manager::addProfile > Add  persist=0: ApnName=second,IsIAProfile=0,", notCreated,
                   "Manager::addProfile < Add Success ");
@@ -93,7 +93,8 @@ TEST_F(ProfileCacheAddTest, Add_OwnIndications_ConfirmedOnceEachThenTheModemIsRe
   EXPECT_THAT(platform.sentIds(), ElementsAre(0x2BU));
 }
 
-// A modem that keeps silent about a change leaves its entry to absorb somebody else's.
+// If the modem does not indicate a change, the pending change absorbs a later indication of another
+// client.
 TEST_F(ProfileCacheAddTest, Add_SecondIndicationNeverCame_ALaterOneIsAbsorbed) {
   const Key key = add("ims");
   indicate(1, WDS_PROFILE_EVENT_CREATE_V01);

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: The Pavor Authors
 // SPDX-License-Identifier: Apache-2.0
 
-// How the cache follows the modem's indications.
+// These tests check how the cache follows the modem's indications.
 #include "LogLines.h"
 #include "OvixWdsProxy.h"
 #include "RunningManagerTest.h"
@@ -127,7 +127,7 @@ TEST_F(ProfileCacheIndicationTest, Modify_Twice_CountAndListenersDoNotPassOn) {
   EXPECT_THAT(platform.sent(), IsEmpty());
 }
 
-// As if the modem had made it: no key counts any more.
+// The profile counts as the modem's own from then on: no key counts any more.
 TEST_F(ProfileCacheIndicationTest, Modify_SeveralKeys_TheirCountDoesNotPassOn) {
   const Key first = addConfirmed("ims");
   const Key second = keyOf(1);
@@ -148,7 +148,7 @@ TEST_F(ProfileCacheIndicationTest, Modify_ReadFails_NullUnderTheSameToken) {
   indicate(1, WDS_PROFILE_EVENT_MODIFY_V01);
   EXPECT_THAT(takeKeptLines(), ElementsAre(received("1 Modify"), updating, line::notRead));
   EXPECT_THAT(cached(), ElementsAre(entryLine(key, "null")));
-  // An entry that holds nothing has no id to be found by.
+  // An entry without a profile has no id by which it could be found.
   platform.clearCalls();
   indicate(1, WDS_PROFILE_EVENT_MODIFY_V01);
   indicate(1, WDS_PROFILE_EVENT_DELETE_V01);
@@ -215,7 +215,7 @@ TEST_F(ProfileCacheIndicationTest, Pending_ByIdAndEvent_NoOtherEntryGoes) {
   EXPECT_THAT(pending(), ElementsAre("  1 Create", "  1 Modify", "  2 Create"));
 }
 
-// An expected indication may be among those that were lost.
+// An expected indication may be among the lost ones.
 TEST_F(ProfileCacheIndicationTest,
        IndicationsLost_SomeWereExpected_EverythingIsReadAndNoneExpected) {
   const Key key = add("ims");

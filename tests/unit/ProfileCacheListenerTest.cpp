@@ -1,7 +1,8 @@
 // SPDX-FileCopyrightText: The Pavor Authors
 // SPDX-License-Identifier: Apache-2.0
 
-// Expiration listeners: when they run, on which thread, and what they may see and do.
+// These tests cover expiration listeners: when they run, on which thread, and which calls they may
+// make.
 #include "RunningManagerTest.h"
 
 #include <stdexcept>
@@ -14,7 +15,7 @@ using testing::IsEmpty;
 
 class ProfileCacheListenerTest : public RunningManagerTest {
  protected:
-  // Every way in which a profile leaves the cache while its key lives.
+  // An End is a way in which a profile leaves the cache while its key lives.
   struct End {
     const char* what;
     std::function<void(ProfileCacheListenerTest&, const Key&)> come;
@@ -140,7 +141,8 @@ TEST_F(ProfileCacheListenerTest, Listeners_EmptyAndThrowing_TheOthersRunAndTheWo
   }
 }
 
-// The dump is the one call that a listener may make, and the containers are whole when it does.
+// The dump is the one call that a listener may make. The containers must be consistent at that
+// moment.
 TEST_F(ProfileCacheListenerTest, Dump_InAListener_SeesTheCacheAfterTheChange) {
   struct Row {
     const char* what;

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: The Pavor Authors
 // SPDX-License-Identifier: Apache-2.0
 
-// Reading the cache: match, get and filter.
+// These tests read the cache: match, get and filter.
 #include "LogLines.h"
 #include "RunningManagerTest.h"
 
@@ -13,7 +13,7 @@ using testing::IsEmpty;
 
 class ProfileCacheLookupTest : public RunningManagerTest {
  protected:
-  // Its key stays, its profile is gone from the cache.
+  // Returns a key whose profile is gone from the cache.
   Key keyOfNullEntry() {
     Key key = addConfirmed("ims");
     platform.rejectNext(0x2B);

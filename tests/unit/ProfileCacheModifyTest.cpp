@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: The Pavor Authors
 // SPDX-License-Identifier: Apache-2.0
 
-// Changing profiles through the cache.
+// These tests change profiles through the cache.
 #include "RunningManagerTest.h"
 
 namespace pavo::test {
@@ -44,7 +44,7 @@ TEST_F(ProfileCacheModifyTest, Modify_ModemAccepts_AppliedPendingAndLogged) {
                   .text(534, "x")
                   .differences(MessageBytes::of(sent[0].bytes)),
               IsEmpty());
-  // Without asking the modem again.
+  // The cache answers without a request to the modem.
   EXPECT_EQ(manager.getProfile(key)->getPassword(), "x");
   EXPECT_EQ(manager.getProfile(key)->getApnName(), "ims");
   EXPECT_EQ(platform.sent().size(), 1U);

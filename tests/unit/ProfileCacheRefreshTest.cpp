@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: The Pavor Authors
 // SPDX-License-Identifier: Apache-2.0
 
-// Reading every profile from the modem again.
+// These tests read every profile from the modem again.
 #include "LogLines.h"
 #include "RunningManagerTest.h"
 
@@ -37,7 +37,7 @@ TEST_F(ProfileCacheRefreshTest, Refresh_SeveralProfiles_ATokenEachInTheModemsOrd
   EXPECT_THAT(Lines(lines.begin(), lines.begin() + 6),
               ElementsAre(refreshing, line::listed, line::read, line::read, line::read,
                           "Refreshed Profiles:"));
-  // In the map's order, which is nobody's business.
+  // The lines come in the map's order, which is unspecified.
   EXPECT_THAT(Lines(lines.begin() + 6, lines.begin() + 9),
               UnorderedElementsAre("ProfileId=3,ApnName=apn,", "ProfileId=4,ApnName=apn,",
                                    "ProfileId=250,ApnName=apn,"));

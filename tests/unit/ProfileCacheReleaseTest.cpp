@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: The Pavor Authors
 // SPDX-License-Identifier: Apache-2.0
 
-// What dropping keys does.
+// These tests drop keys.
 #include "LogLines.h"
 #include "RunningManagerTest.h"
 
@@ -13,7 +13,7 @@ using testing::IsEmpty;
 
 class ProfileCacheReleaseTest : public RunningManagerTest {
  protected:
-  // Drops the key and gives the lines of that alone.
+  // Drops the key and returns the lines of the drop alone.
   Lines drop(Key& key) {
     takeKeptLines();
     platform.clearCalls();
@@ -108,7 +108,8 @@ TEST_F(ProfileCacheReleaseTest, Release_PersistentProfile_IsIgnoredAndKeepsItsCo
   EXPECT_THAT(drop(found), ElementsAre(released(token)));
 }
 
-// What the modem told us of is not of our making, whatever its name and persistence.
+// A profile that was read from the modem is not the library's own, whatever its name and
+// persistence.
 TEST_F(ProfileCacheReleaseTest, Release_ReadFromTheModem_IsIgnored) {
   for (const bool isPersistent : {false, true}) {
     SCOPED_TRACE(isPersistent);

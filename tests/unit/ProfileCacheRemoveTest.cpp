@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: The Pavor Authors
 // SPDX-License-Identifier: Apache-2.0
 
-// Deleting profiles through the cache.
+// These tests delete profiles through the cache.
 #include "LogLines.h"
 #include "RunningManagerTest.h"
 
@@ -72,7 +72,7 @@ TEST_F(ProfileCacheRemoveTest, Remove_EmptyKey_FalseAndOnlyTheTraces) {
                                            "Manager::deleteProfile < Delete Failure"));
 }
 
-// An honest client comes here: a modify indication whose read fails, then a delete.
+// Correct use can lead here: a modify indication whose read fails, then a delete.
 TEST_F(ProfileCacheRemoveTest, Remove_EntryCouldNotBeRead_UnknownAndNothingSent) {
   const Key key = addConfirmed("ims");
   platform.rejectNext(0x2B);

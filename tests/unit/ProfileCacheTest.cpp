@@ -24,7 +24,7 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-// A cache without a worker: the test's thread is the one that uses it.
+// The cache has no worker here: the test's thread uses it.
 class ProfileCacheTest : public FakePlatformTest {
  protected:
   ProfileCacheTest()
@@ -34,7 +34,7 @@ class ProfileCacheTest : public FakePlatformTest {
                 return std::shared_ptr<ClientResponse>();
               }) {
     EXPECT_TRUE(platform.drainPosted());
-    // The service is up: opens the client.
+    // The service is up, so this turn opens the client.
     eventManager.processEvents();
     EXPECT_EQ(platform.openClientCount(), 1U);
     platform.clearCalls();
@@ -51,7 +51,7 @@ class ProfileCacheTest : public FakePlatformTest {
     return kept;
   }
 
-  // What the keys have sent.
+  // Holds the requests that the keys have sent.
   Lines asked;
   EventManager eventManager;
   ProfileCache cache;
@@ -69,7 +69,7 @@ TEST(TokenDeathTest, Next_CounterAtItsLargest_EndsTheProcess) {
   EXPECT_EXIT(nextToken(counter), testing::KilledBySignal(SIGABRT), "");
 }
 
-// The key says which profile to delete; everything else goes by the cached profile's id.
+// The key selects the profile to delete; all other operations use the cached profile's id.
 TEST_F(ProfileCacheTest, AnyOperation_KeyWithAnotherId_OnlyRemoveUsesIt) {
   const auto added = cache.add(AddProfileParams(/*isPersistent=*/false, /*isIAProfile=*/false));
   ASSERT_NE(added, nullptr);

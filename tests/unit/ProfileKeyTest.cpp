@@ -18,7 +18,7 @@
 namespace pavo::test {
 namespace {
 
-// A request function that keeps what it was given.
+// The request function of this fixture keeps its arguments.
 class ProfileKeyTest : public testing::Test {
  protected:
   requestFunction keepRequest() {

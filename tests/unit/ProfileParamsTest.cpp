@@ -18,7 +18,8 @@
 namespace pavo::test {
 namespace {
 
-// One attribute, reached by its accessors alone. "Empty" is what it reads as while it is absent.
+// An Attribute is one attribute, accessed by its own accessors alone. "Empty" is the value that is
+// read while it is absent.
 struct Attribute {
   std::string name;
   std::function<bool(const ProfileParams&)> isPresent;
@@ -73,7 +74,7 @@ Attribute attribute(const std::string& name, Accessors<T> accessors, const Sampl
 #define ACCESSORS(name) \
   { &ProfileParams::get##name, &ProfileParams::set##name, &ProfileParams::has##name }
 
-// In the order of the dump.
+// Returns the attributes in the order of the dump.
 std::vector<Attribute> attributes() {
   const auto text = [](const std::string& name, Accessors<std::string> accessors) {
     return attribute<std::string>(name, accessors, {"", ""}, {"One two", "One two"}, {"b", "b"});
@@ -240,7 +241,7 @@ TEST(ProfileParamsTest, Dump_ThroughTheBase_TextOfTheDerivedRecord) {
   EXPECT_EQ(base.dump(), " persist=1: IsIAProfile=1,");
 }
 
-// The address sanitizer sees what a destructor that is not virtual leaves behind.
+// The address sanitizer detects memory that a non-virtual destructor leaves behind.
 TEST(ProfileParamsTest, Delete_ThroughTheBase_WholeRecordDestroyed) {
   static_assert(std::has_virtual_destructor_v<ProfileParams>);
   std::unique_ptr<ProfileParams> record =

@@ -116,7 +116,7 @@ TEST(ProfileTypesTest, StreamApnTypes_SeveralBits_NamesInAscendingOrder) {
        {0x8FFF, "DEFAULT|MMS|SUPL|DUN|HIPRI|FOTA|IMS|CBS|IA|EMERGENCY|MCX|XCAP|RCS|"}});
 }
 
-// The whole mask, once for each bit without a name.
+// The text has the whole mask once for each bit without a name.
 TEST(ProfileTypesTest, StreamApnTypes_UnnamedBits_WholeMaskForEach) {
   expectTexts<ApnTypes, unsigned int>({{0x1000, "4096"},
                                        {0x2000, "8192"},

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: The Pavor Authors
 // SPDX-License-Identifier: Apache-2.0
 
-// The fixture of tests of the modem's client by itself.
+// ProxyTest is the fixture of tests of the modem's client by itself.
 #pragma once
 
 #include "EventManager.h"
@@ -17,8 +17,8 @@
 
 namespace pavo::test {
 
-/// A proxy on an event loop that the test itself turns, so that everything happens in one order.
-/// The service is announced by platform.notify() only.
+// The proxy runs on an event loop that the test itself turns, so all events have one order. Only
+// platform.notify() announces the service.
 class ProxyTest : public FakePlatformTest {
  protected:
   static constexpr int subscription = 7;
@@ -31,7 +31,7 @@ class ProxyTest : public FakePlatformTest {
     proxy.emplace(loop, subscription);
     proxy->registerProfileChangedInd([this](ProfileChangedInd ind) { received.push_back(ind); });
   }
-  /// Without a word in the record.
+  // Opens the client and leaves no line in the record.
   void open() {
     construct();
     platform.notify();
@@ -41,7 +41,7 @@ class ProxyTest : public FakePlatformTest {
   void destroy() { proxy.reset(); }
 
   Sequence recorded() const { return sequenceOf(platform.calls()); }
-  /// What has been recorded since the last call, without the lines of the loop.
+  // Returns the calls and lines recorded since the last call, without the lines of the loop.
   Sequence takeRecorded() {
     Sequence sequence = withoutEventLines(recorded());
     platform.clearCalls();
@@ -51,7 +51,7 @@ class ProxyTest : public FakePlatformTest {
   FakePlatform::Client client() const { return platform.clients().back(); }
   FakePlatform::Notifier notifier() const { return platform.notifiers().back(); }
 
-  /// The indications that came through, as text.
+  // Returns the delivered indications as text.
   Sequence deliveries() const {
     Sequence texts;
     for (const ProfileChangedInd& ind : received) {

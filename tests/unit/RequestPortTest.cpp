@@ -25,7 +25,7 @@
 namespace pavo::test {
 namespace {
 
-// An answer that tells which request it is for.
+// An Echo is an answer that names the request it is for.
 class Echo : public ClientResponse {
  public:
   explicit Echo(const ClientRequest* answered)
@@ -55,7 +55,7 @@ class RequestPortTest : public testing::Test {
     port->end();
   }
 
-  // 0 when the port has not been woken since the last look.
+  // Returns 0 when the port has not been woken since the last call.
   std::uint64_t wakeUps() {
     std::uint64_t count = 0;
     return read(wakeFd.get(), &count, sizeof count) == sizeof count ? count : 0;
@@ -98,7 +98,8 @@ TEST_F(RequestPortTest, Submit_Served_ItsResponse) {
   EXPECT_EQ(logged(), Sequence());
 }
 
-// A handle that the worker kept would make it the last owner of a key once the caller has gone on.
+// If the worker kept a handle, it would become the last owner of a key once the caller has
+// continued.
 TEST_F(RequestPortTest, Submit_Answered_WorkerHoldsNothingAnyMore) {
   startServing();
   for (int i = 0; i < 1000; ++i) {
@@ -169,7 +170,7 @@ TEST_F(RequestPortTest, Serve_NoAnswer_CallerWaitsThroughWakeUpsUntilClosed) {
     response = port->submit(request);
     returned = true;
   });
-  // The write comes before the request is in the slot; serving waits for the lock between them.
+  // The write comes before the request is in the slot. Serving waits for the lock between the two.
   ASSERT_TRUE(waitUntil([&] { return wakeUps() != 0; }));
   int served = 0;
   const auto answerNothing = [&](const ClientRequest&) {
@@ -178,7 +179,7 @@ TEST_F(RequestPortTest, Serve_NoAnswer_CallerWaitsThroughWakeUpsUntilClosed) {
   };
   port->serve(answerNothing);
   EXPECT_EQ(served, 1);
-  // The slot is empty; these only wake the caller.
+  // The slot is empty, so these calls only wake the caller.
   for (int i = 0; i < 100; ++i) {
     port->serve(answerNothing);
   }
@@ -247,7 +248,7 @@ TEST(RequestPortLifetimeTest, GetRequestFunction_AnotherPortOpened_NotTakenForTh
   second->end();
 }
 
-// The test's thread ends the port; the worker's thread is one that waits for nothing.
+// The test's thread ends the port. The worker's thread waits for nothing.
 class PortEndTest : public RequestPortTest {
  protected:
   PortEndTest() {
@@ -299,7 +300,7 @@ TEST_F(PortEndTest, Submit_ReleaseOnAWorkerThread_DoesNotWait) {
   caller.join();
 }
 
-// Two threads that end a port each, and drop a key of the other's port meanwhile.
+// Each of two threads ends a port and meanwhile drops a key of the other's port.
 TEST_F(PortEndTest, Submit_ReleasesOfTwoEndingThreads_OneDoesNotWait) {
   const auto second = RequestPort::create();
   std::atomic<int> id{0};

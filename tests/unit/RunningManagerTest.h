@@ -1,7 +1,8 @@
 // SPDX-FileCopyrightText: The Pavor Authors
 // SPDX-License-Identifier: Apache-2.0
 
-// The fixture of tests of what a manager in operation does and logs.
+// RunningManagerTest is the fixture of tests that check the log and the effects of a manager in
+// operation.
 #pragma once
 
 #include <pavo/Manager.h>
@@ -21,13 +22,14 @@
 
 namespace pavo::test {
 
-/// The token in a key's text. Tokens are the process's, so no test knows them beforehand.
+// Returns the token in a key's text. Tokens are counted per process, so no test knows them
+// beforehand.
 inline unsigned long long tokenOf(const Key& key) {
   const std::string text = key->dump();
   return std::stoull(text.substr(text.find("token=") + 6));
 }
 
-/// What Manager::dump tells of the cache, by its two headings.
+// A CacheDump holds the cache's part of Manager::dump, split at its two headings.
 struct CacheDump {
   Lines cache;
   Lines pending;
@@ -46,12 +48,12 @@ struct CacheDump {
   }
 };
 
-/// Captures the log instead, whose own levels tell High from Info.
+// This fixture captures the library's own log, whose levels distinguish High from Info.
 class RunningManagerTest : public StartedManagerTest {
  protected:
   RunningManagerTest() : log(std::make_unique<CapturingLogWriter>()) {}
 
-  /// The High and Error lines since the last call, the latter with "Error: " in front.
+  // Returns the High and Error lines since the last call, the Error lines with "Error: " in front.
   Lines takeKeptLines() {
     Lines kept;
     for (const CapturedLine& line : log->lines()) {
@@ -75,7 +77,7 @@ class RunningManagerTest : public StartedManagerTest {
     return waitUntil([&] { return lineCount(message) >= atLeast; });
   }
 
-  /// Raises an indication and waits until the worker has done with it.
+  // Raises an indication and waits until the worker has handled it.
   void indicate(std::uint8_t index, std::int32_t event) {
     const std::string queueIsEmpty = "OvixWdsProxy: handleIndication indQueue.size[0]";
     const std::size_t before = lineCount(queueIsEmpty);
@@ -83,7 +85,7 @@ class RunningManagerTest : public StartedManagerTest {
     ASSERT_TRUE(waitForLine(queueIsEmpty, before + 1));
   }
 
-  /// A new profile whose indications have come.
+  // Adds a profile and returns its key after its indications have been handled.
   Key addConfirmed(const std::string& apnName, bool isPersistent = false) {
     Key key = add(apnName, isPersistent);
     if (key == nullptr) {
@@ -100,7 +102,7 @@ class RunningManagerTest : public StartedManagerTest {
     return key;
   }
 
-  /// Puts a profile on the modem that the library has not made.
+  // Puts a profile on the modem that the library has not made.
   void setModemProfile(std::uint8_t index, const MessageBytes& settings) {
     platform.setProfile(index, settings.as<wds_get_profile_settings_resp_msg_v01>());
   }
@@ -108,7 +110,7 @@ class RunningManagerTest : public StartedManagerTest {
     setModemProfile(index, emptySettings().u8(84, 1).text(85, apnName));
   }
 
-  /// A key for each profile in the cache with that modem index.
+  // Returns a key for each profile in the cache with that modem index.
   std::list<Key> keysOf(int index) {
     FilterProfileParams filter;
     filter.setFilterByProfileId(index);
@@ -126,7 +128,7 @@ class RunningManagerTest : public StartedManagerTest {
   std::unique_ptr<CapturingLogWriter> log;
 };
 
-/// A line of the cache's dump.
+// Returns a line of the cache's dump.
 inline std::string entryLine(const Key& key, const std::string& profile) {
   return "  " + std::to_string(tokenOf(key)) + ": " + profile;
 }

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: The Pavor Authors
 // SPDX-License-Identifier: Apache-2.0
 
-// A profile with everything in it, and its text.
+// This header holds a profile with every attribute set, and its text.
 #pragma once
 
 #include <pavo/FilterProfileParams.h>
@@ -9,7 +9,7 @@
 
 namespace pavo::test {
 
-/// Every attribute that a client can set.
+// Returns a profile with every attribute that a client can set.
 inline ProfileParams everySettableAttribute() {
   ProfileParams params;
   params.setPdnReqWaitInterval(-3);
@@ -35,7 +35,7 @@ inline constexpr const char* everySettableAttributeText =
     "MaxPdnsConnPerBlock=20,MaxPdnConnTimer=300,PdnReqWaitInterval=-3,IsApnDisabled=1,"
     "IsEmergencySupported=0,";
 
-/// The same with the two flags that only the library and filters set.
+// Adds the two flags that only the library and filters set.
 inline ProfileParams everyAttribute(bool isPavo, bool isIA) {
   FilterProfileParams params(everySettableAttribute());
   params.setFilterByIsPavoProfile(isPavo);

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: The Pavor Authors
 // SPDX-License-Identifier: Apache-2.0
 
-// What happened, as lines of text, so that tests compare whole sequences.
+// A Sequence is the record of a test as lines of text, so that tests compare whole sequences.
 #pragma once
 
 #include "CapturingLogWriter.h"
@@ -23,7 +23,7 @@ namespace pavo::test {
 
 using Sequence = std::vector<std::string>;
 
-/// Puts '#' in place of what differs from run to run: descriptors and addresses.
+// Replaces the parts that differ from run to run, descriptors and addresses, by '#'.
 inline std::string masked(std::string line) {
   static const std::string prefixes[] = {"epollFd:",     "Handler(int ", "Callback 0x",
                                          "void* 0x",     "callback:0x",  "data:0x",
@@ -41,7 +41,8 @@ inline std::string masked(std::string line) {
   return line;
 }
 
-/// The level's letter, a blank and the line; a tag that is not the library's in front.
+// Returns the level's letter, a blank and the line. A tag that is not the library's stands in
+// front.
 inline std::string described(char level, const std::string& tag, const std::string& message) {
   return (tag == "PAVO" ? "" : "tag " + tag + ": ") + level + " " + message;
 }
@@ -54,13 +55,13 @@ inline Sequence sequenceOf(const std::vector<CapturedLine>& lines) {
   return sequence;
 }
 
-/// Writes the library's lines, with their own levels, into the platform's record: one sequence then
-/// holds them and the library's calls. Installed for as long as it lives.
+// Writes the library's lines, with their own levels, into the platform's record, so one sequence
+// holds both the lines and the library's calls. The recorder is installed while it lives.
 class LogRecorder {
  public:
   using Hook = std::function<void(const std::string& message)>;
 
-  /// @param hook runs with each line, on the thread that logs it
+  // @param hook runs with each line, on the thread that logs it
   explicit LogRecorder(Hook hook = {}) {
     LogWrapper::getInstance().setLogWriter(std::make_unique<Writer>(std::move(hook)));
   }
@@ -88,7 +89,7 @@ class LogRecorder {
   };
 };
 
-/// The priority's or, of a LogRecorder's line, the level's letter.
+// Returns the letter of the priority or, for a line of a LogRecorder, of the level.
 inline char letterOf(const PlatformCall& line) {
   const bool isRecorded = line.format.empty();
   return isRecorded ? "VDIEFH"[line.priority] : "??VDI?EF"[line.priority];
@@ -141,7 +142,7 @@ inline Sequence sequenceOf(const std::vector<PlatformCall>& calls) {
   return sequence;
 }
 
-/// The calls and lines of one thread.
+// Returns the calls and lines of one thread.
 inline Sequence sequenceOn(std::thread::id thread, const std::vector<PlatformCall>& calls) {
   Sequence sequence;
   for (const PlatformCall& call : calls) {
@@ -152,7 +153,8 @@ inline Sequence sequenceOn(std::thread::id thread, const std::vector<PlatformCal
   return sequence;
 }
 
-/// The calls and lines of all other threads; with the caller's own thread, those of the worker.
+// Returns the calls and lines of all other threads. Given the caller's own thread, these are the
+// worker's.
 inline Sequence sequenceNotOn(std::thread::id thread, const std::vector<PlatformCall>& calls) {
   Sequence sequence;
   for (const PlatformCall& call : calls) {
@@ -163,7 +165,7 @@ inline Sequence sequenceNotOn(std::thread::id thread, const std::vector<Platform
   return sequence;
 }
 
-/// The event loop's lines for the only event of a wait, before its callback runs.
+// Returns the event loop's lines for the only event of a wait, before its callback runs.
 inline Sequence oneEvent() {
   return {"V there are 1 file descriptor(s) with events pending",
           "V processing event number: 0, handling 1 for #",
@@ -175,7 +177,7 @@ inline Sequence operator+(Sequence first, const Sequence& second) {
   return first;
 }
 
-/// Without what the event loop says of each event.
+// Removes the lines that the event loop logs for each event.
 inline Sequence withoutEventLines(Sequence sequence) {
   std::erase_if(sequence, [](const std::string& line) {
     return line.rfind("V there are ", 0) == 0 || line.rfind("V processing event", 0) == 0 ||

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: The Pavor Authors
 // SPDX-License-Identifier: Apache-2.0
 
-// The fixture of tests that go through a manager in operation.
+// StartedManagerTest is the fixture of tests that use a manager in operation.
 #pragma once
 
 #include <pavo/Manager.h>
@@ -16,19 +16,19 @@
 
 namespace pavo::test {
 
-/// A manager whose client is registered with the modem, logging to the fake's Android log. The
-/// record starts empty.
+// The manager's client is registered with the modem, and the manager logs to the fake's Android
+// log. The record starts empty.
 class StartedManagerTest : public FakePlatformTest {
  protected:
   explicit StartedManagerTest(std::shared_ptr<Manager> theManager = std::make_shared<Manager>())
       : owner(std::move(theManager)), manager(*owner) {
     manager.init(/*subscription=*/0, /*useAndroidLog=*/true);
-    // The last line of the registration, after which the worker has nothing to do.
+    // This waits for the last line of the registration, after which the worker has nothing to do.
     EXPECT_TRUE(platform.waitForStart());
     platform.clearCalls();
   }
 
-  /// The lines so far that begin with the text.
+  // Returns the lines so far that begin with the text.
   std::vector<std::string> linesBeginning(const std::string& text) const {
     std::vector<std::string> found;
     for (std::string& line : platform.logMessages()) {
@@ -39,7 +39,7 @@ class StartedManagerTest : public FakePlatformTest {
     return found;
   }
 
-  /// A profile of the library's, at the modem's next index.
+  // Adds a profile of the library's own, at the modem's next index.
   std::shared_ptr<IProfileKey> add(const std::string& apnName, bool isPersistent = false,
                                    bool isIAProfile = false) {
     AddProfileParams params(isPersistent, isIAProfile);
@@ -47,7 +47,7 @@ class StartedManagerTest : public FakePlatformTest {
     return manager.addProfile(params);
   }
 
-  /// Reads the profile that the modem holds at the index, through a refresh.
+  // Reads the profile that the modem holds at the index, through a refresh.
   std::optional<ProfileParams> readFromModem(
       std::uint8_t index, const wds_get_profile_settings_resp_msg_v01& settings) {
     platform.setProfile(index, settings);

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: The Pavor Authors
 // SPDX-License-Identifier: Apache-2.0
 
-// A key that nobody has handed out.
+// A TextKey is a key that the library has not handed out.
 #pragma once
 
 #include <pavo/IProfileKey.h>
@@ -12,7 +12,7 @@
 
 namespace pavo::test {
 
-/// Dumps as the text that it was made with, and belongs to no cache.
+// The key dumps as the text that it was made with, and belongs to no cache.
 class TextKey : public IProfileKey {
  public:
   explicit TextKey(std::string dumpText) : text(std::move(dumpText)) {}

@@ -30,7 +30,7 @@ TEST(TurnQueueTest, Leave_OthersWait_TheyComeFirstInTheirOrder) {
     EXPECT_TRUE(waitUntil([&] { return id != 0 && isAsleep(id); }));
   }
   queue.leave();
-  // Whoever has just left waits behind those who came meanwhile.
+  // A thread that has just left queues behind the threads that came meanwhile.
   queue.enter();
   order.push_back(3);
   queue.leave();

@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: The Pavor Authors
 // SPDX-License-Identifier: Apache-2.0
 
-// What the policies do when something happens between two of their steps, and what they log whoever
-// answers. What they make of the modem's profiles is in the system tests.
+// These tests cover events between two steps of a policy, and the policies' log lines for every
+// kind of answer. The system tests cover the results on the modem's profiles.
 #include <pavo/Util.h>
 
 #include "Aliases.h"
@@ -54,8 +54,8 @@ ProfileParams named(const std::string& apnName) {
   return params;
 }
 
-// Those of this thread, but for the end of keys, which is not the policies' affair, and what an
-// indication logs that the test raises.
+// Returns this thread's lines, without those about the end of keys and without those of the
+// indications that the test raises. Neither belongs to the policies.
 Sequence ownLines() {
   Sequence lines = sequenceOn(std::this_thread::get_id(), FakePlatform::instance().calls());
   std::erase_if(lines, [](const std::string& line) {
@@ -74,7 +74,7 @@ Sequence filterCall(const std::string& params, const std::string& keys = "") {
   return call("filter", "Filter params: " + params, "Filter Success " + keys);
 }
 
-// Before Manager::init.
+// These tests run before Manager::init.
 class UtilBeforeInitTest : public FakePlatformTest {
  protected:
   const std::shared_ptr<Manager> manager = processWideManager();
@@ -82,8 +82,8 @@ class UtilBeforeInitTest : public FakePlatformTest {
 };
 
 TEST_F(UtilBeforeInitTest, Life_OfTwoObjects_OneDebugLineForEachBeginningAndEnd) {
-  // The first of a process makes the Manager, whose line a writer that was left behind has
-  // recorded.
+  // The first Util of a process makes the Manager. A writer that was left behind has recorded the
+  // Manager's line.
   platform.clearCalls();
   {
     const Util first;
@@ -169,7 +169,7 @@ TEST_F(UtilBeforeInitTest, EveryPolicy_EmptyAnswersAndAnErrorForEachCallOfTheMan
   }
 }
 
-// With profiles of the modem, and a hand in what happens between the lines.
+// This fixture has profiles of the modem, and runs actions between the lines of a policy.
 class UtilTest : public StartedManagerTest {
  protected:
   UtilTest() : StartedManagerTest(processWideManager()) {}
@@ -181,7 +181,7 @@ class UtilTest : public StartedManagerTest {
     atLine = std::move(action);
   }
 
-  // Puts a profile on the modem; known after the next refresh.
+  // Puts a profile on the modem; the library knows it after the next refresh.
   void put(std::uint8_t index, const char* apn, const char* profileName = "",
            wds_pdp_type_enum_v01 type = WDS_PDP_TYPE_IPV4_V01) {
     wds_get_profile_settings_resp_msg_v01 settings{};
@@ -202,7 +202,7 @@ class UtilTest : public StartedManagerTest {
     platform.clearCalls();
   }
 
-  // The dump of a key of the profile.
+  // Returns the dump of a key of the profile.
   std::string keyText(int index) {
     FilterProfileParams byId;
     byId.setFilterByProfileId(index);
@@ -213,10 +213,11 @@ class UtilTest : public StartedManagerTest {
     return text;
   }
 
-  // Another client deletes the profile: its keys are unknown.
+  // Makes another client delete the profile, so its keys become unknown.
   void vanish(std::uint8_t index) { indicate(index, WDS_PROFILE_EVENT_DELETE_V01); }
 
-  // Another client changes it and the modem does not let it be read: its keys stand for nothing.
+  // Makes another client change the profile while the modem refuses to let it be read, so its keys
+  // have no profile.
   void becomeUnreadable(std::uint8_t index) {
     platform.failNext(OVIX_WDS_GET_PROFILE_SETTINGS_REQ_V01);
     indicate(index, WDS_PROFILE_EVENT_MODIFY_V01);
@@ -313,7 +314,7 @@ TEST_F(UtilTest, AttachMatch_ProfileGoneOrUnreadable_NoMatchIsAsked) {
   }
 }
 
-// Where the exact match cannot be read it is as if there were none.
+// An exact match that cannot be read is treated as if there were none.
 TEST_F(UtilTest, Attach_ExactMatchUnreadable_IsDropped) {
   put(5, "ims");
   refresh();
@@ -335,7 +336,7 @@ TEST_F(UtilTest, Attach_ExactMatchUnreadable_IsDropped) {
                                   "H " + attach + " < " + created->dump()}));
 }
 
-// The loose match cannot be read. It is kept for the case that nothing else is found.
+// The loose match cannot be read. It is kept in case no other match is found.
 class UtilLooseMatchTest : public UtilTest {
  protected:
   UtilLooseMatchTest() {
@@ -344,7 +345,8 @@ class UtilLooseMatchTest : public UtilTest {
     wanted.setPassword("p");
   }
 
-  // The search goes on like this, given the key of the loose match, and takes the profile.
+  // Expects that the search continues with these lines, given the key of the loose match, and takes
+  // the profile.
   void expectSearch(bool isUpdateAllowed, const std::function<void()>& happens,
                     const std::function<Sequence(const std::string& key)>& goesOn, int taken) {
     SCOPED_TRACE(isUpdateAllowed);

@@ -6,7 +6,7 @@
 #include <cerrno>
 #include <cstring>
 
-// The linker puts these in the place of the kernel's function.
+// The linker puts these functions in place of the kernel's.
 extern "C" {
 
 int __real_epoll_ctl(int epoll, int operation, int fd, epoll_event* event);

@@ -1,7 +1,8 @@
 // SPDX-FileCopyrightText: The Pavor Authors
 // SPDX-License-Identifier: Apache-2.0
 
-// What the library asks the kernel to watch: epoll_ctl as unit tests see it and make it fail.
+// This header replaces epoll_ctl, so that unit tests see the library's registrations and make them
+// fail.
 #pragma once
 
 #include <sys/epoll.h>
@@ -11,10 +12,11 @@
 
 namespace pavo::test {
 
-/// The last event that this thread gave to the kernel, in all its bytes.
+// This is the last event that this thread gave to the kernel, in all its bytes.
 inline thread_local std::array<unsigned char, sizeof(epoll_event)> givenEvent{};
 
-/// Which registration from now on fails, of any thread and counted from 1; 0 for none.
+// This number selects the registration that fails, counted from 1 from now on over all threads; 0
+// selects none.
 inline std::atomic<int> failingRegistration{0};
 
 }  // namespace pavo::test

@@ -1,7 +1,8 @@
 // SPDX-FileCopyrightText: The Pavor Authors
 // SPDX-License-Identifier: Apache-2.0
 
-// What clients can rely on while a worker ends, is cut off from its modem or is copied by fork().
+// These tests state the guarantees to clients while a worker ends, is cut off from its modem or is
+// copied by fork().
 #include "ClientRequestManager.h"
 #include "FdLimit.h"
 #include "RunningManagerTest.h"
@@ -30,8 +31,8 @@ constexpr unsigned int settingsMessage = OVIX_WDS_GET_PROFILE_SETTINGS_REQ_V01;
 constexpr unsigned int lastRegistrationMessage = OVIX_WDS_CONFIGURE_PROFILE_EVENT_LIST_REQ_V01;
 constexpr int exitCode = 42;
 
-// What a data-call service has its listener capture. It is static and only marked as gone, so that
-// a listener that runs too late is seen and not undefined.
+// A Client stands for the object that a data-call service's listener captures. It is static and
+// only marked as gone, so a listener that runs too late is detected without undefined behaviour.
 struct Client {
   std::atomic<bool> isAlive{true};
   std::atomic<bool> wasTouchedDead{false};
@@ -43,7 +44,7 @@ struct Client {
   }
 };
 
-// Captured by a listener: its end touches the client, too.
+// A listener holds this capture. The end of the capture touches the client, too.
 struct Capture {
   explicit Capture(Client& captured) : client(captured) {}
   Capture(const Capture& other) : client(other.client) {}
@@ -52,7 +53,7 @@ struct Capture {
   Client& client;
 };
 
-// Holds the library's thread in a place until it is let go.
+// A Gate holds the library's thread at one place until the test opens it.
 class Gate {
  public:
   void pass() {
@@ -82,14 +83,14 @@ Key addTo(Manager& manager) {
   return manager.addProfile(AddProfileParams(/*isPersistent=*/false, /*isIAProfile=*/false));
 }
 
-// Where a listener is when its key is dropped.
+// A Moment is the state of a listener when its key is dropped.
 enum class Moment {
   BeforeItStarts,  // the library has found the key alive and is about to call
   WhileItRuns,
 };
 
-// Ends a worker while one of its keys is dropped on another thread. The client goes when the drop
-// has returned; the listener has to leave it alone from then on.
+// Ends a worker while one of its keys is dropped on another thread. The client is destroyed when
+// the drop has returned; the listener must not touch it from then on.
 void dropWhileEnding(Moment moment, Client& client, std::unique_ptr<Manager> manager,
                      const std::function<void(std::unique_ptr<Manager>&)>& end) {
   Gate gate;
@@ -157,7 +158,8 @@ void dropWhileExiting(Moment moment) {
   static std::atomic<int> dropperId{0};
   static std::atomic<bool> hasReturned{false};
   FakePlatform::instance();
-  // Runs after the end of the process-wide Manager, because it was registered before its birth.
+  // The handler runs after the end of the process-wide Manager, because it was registered before
+  // the Manager was made.
   std::atexit([] {
     const bool isOver = waitUntil([] { return hasReturned.load(); });
     _exit(isOver && !client.wasTouchedDead ? exitCode : 1);
@@ -275,7 +277,7 @@ TEST(WorkerEndDeathTest, Destroy_TwoListenersEachOthersManager_BothReturn) {
   EXPECT_EXIT(destroyEachOther(), testing::ExitedWithCode(exitCode), "");
 }
 
-// One request to a modem that does not answer takes longer than a turn may last.
+// A request to a modem that does not answer takes longer than a turn may last.
 ovix_client_error_type staySilent(ModemExchange&) {
   waitUntil([] { return false; }, std::chrono::milliseconds(220));
   return OVIX_CLIENT_TIMEOUT_ERROR;
@@ -283,7 +285,7 @@ ovix_client_error_type staySilent(ModemExchange&) {
 
 class SilentModemTest : public RunningManagerTest {
  protected:
-  // The worker is inside the first of that many reads.
+  // Queues that many reads; the worker is inside the first when this returns.
   void queueReads(std::size_t count) {
     const std::size_t before = platform.sentCount(settingsMessage);
     platform.onEvery(settingsMessage, staySilent);
@@ -336,7 +338,7 @@ TEST_F(SilentModemTest, InitAgain_DuringARefresh_EndsItBetweenTwoRequests) {
     id = gettid();
     manager.init(/*subscription=*/0, /*useAndroidLog=*/true);
   });
-  // The old worker is waited for.
+  // The second init waits for the old worker.
   EXPECT_TRUE(platform.waitForLog("pavo::ClientRequestManager: destructor"));
   EXPECT_TRUE(waitUntil([&] { return id != 0 && isAsleep(id); }));
   blocked.release();
@@ -349,7 +351,7 @@ class FloodTest : public StartedManagerTest {};
 
 TEST_F(FloodTest, Indications_AMillionWhileTheWorkerIsBusy_BoundedAndTheCacheIsTheModemsTable) {
   LogWrapper::getInstance().setLogWriter(nullptr);
-  // However long the flood takes.
+  // The modem's answer waits until the flood is over, however long that takes.
   std::promise<void> isOver;
   platform.onNext(deleteMessage, [&](ModemExchange& exchange) {
     isOver.get_future().wait();
@@ -362,7 +364,7 @@ TEST_F(FloodTest, Indications_AMillionWhileTheWorkerIsBusy_BoundedAndTheCacheIsT
   for (int i = 0; i < 1'000'000; ++i) {
     platform.indicateProfileChanged(200, WDS_PROFILE_EVENT_DELETE_V01);
   }
-  // The indications of these are among those that find no room.
+  // The indications of these profiles are among those that find no room.
   for (const std::uint8_t index : std::vector<std::uint8_t>{7, 8, 9}) {
     platform.setProfile(index, {});
     platform.indicateProfileChanged(index, WDS_PROFILE_EVENT_CREATE_V01);
@@ -381,7 +383,8 @@ TEST_F(FloodTest, Indications_AMillionWhileTheWorkerIsBusy_BoundedAndTheCacheIsT
   EXPECT_EQ(platform.count(FakePlatform::Kind::Decode) - before, 16384U);
 }
 
-// A closure's end may take any lock, one that another thread holds around a call included.
+// The destructor of a closure may take any lock, including one that another thread holds around a
+// call.
 TEST_F(WorkerEndTest, Drop_ClosureTakesALockThatACallerHolds_NoDeadlock) {
   const std::unique_ptr<Manager> manager = startManager();
   std::mutex mutex;
@@ -429,10 +432,10 @@ TEST(WorkerEndDeathTest, Construct_AnyRegistrationFails_OneErrorAndAbort) {
   }
 }
 
-// What a child process that forked off does to its parent, which goes on.
+// These tests check the effects of a forked child process on its parent, which continues.
 class ForkTest : public RunningManagerTest {
  protected:
-  // Runs work in a child, whose exit code has to be exitCode.
+  // Runs work in a child and expects the exit code exitCode.
   void inChild(const std::function<void()>& work) {
     platform.clearCalls();
     const std::size_t profiles = platform.profileCount();

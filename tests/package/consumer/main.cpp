@@ -1,7 +1,8 @@
 // SPDX-FileCopyrightText: The Pavor Authors
 // SPDX-License-Identifier: Apache-2.0
 
-// A client of the installed package: before init the library has an empty cache and no log.
+// This program is a client of the installed package. Before init the library has an empty cache and
+// no log.
 #include <pavo/Manager.h>
 
 #include <iostream>
@@ -9,7 +10,7 @@
 #include <type_traits>
 #include <vector>
 
-// What README shows: wishes are passed as they stand.
+// A ProfileParams converts to a filter and to a change. The README's example passes it to filter().
 using pavo::ProfileParams;
 static_assert(std::is_convertible_v<const ProfileParams&, pavo::FilterProfileParams>);
 static_assert(std::is_convertible_v<const ProfileParams&, pavo::ModifyProfileParams>);

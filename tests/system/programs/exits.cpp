@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: The Pavor Authors
 // SPDX-License-Identifier: Apache-2.0
 
-// Ends in the way that its argument names, with the library in use. It writes "ending" when
-// everything is set up, and its exit code is 0 unless it says otherwise.
+// This program ends in the way that its argument names, with the library in use. It writes "ending"
+// when everything is set up. Its exit code is 0 unless it says otherwise.
 #include <pavo/Manager.h>
 
 #include "../AndroidLog.h"
@@ -28,7 +28,7 @@ namespace {
 using pavo::Manager;
 using Key = std::shared_ptr<pavo::IProfileKey>;
 
-// What the objects below do when static objects are destroyed.
+// An AtExit runs its work when static objects are destroyed.
 struct AtExit {
   std::function<void()> work;
   ~AtExit() {
@@ -38,7 +38,8 @@ struct AtExit {
   }
 };
 
-// Constructed before any function runs: destroyed after the instance of Manager.
+// These objects are constructed before any function runs, so they are destroyed after the instance
+// of Manager.
 Key keyBeforeManager;
 std::list<Key> keysBeforeManager;
 AtExit afterManager;
@@ -144,17 +145,17 @@ void awaitTest() {
 }
 
 void busyWorker() {
-  // Before there is another thread, so that the signal waits for awaitTest.
+  // The signal is blocked before another thread exists, so that it waits for awaitTest.
   sigset_t signals;
   sigemptyset(&signals);
   sigaddset(&signals, SIGUSR1);
   pthread_sigmask(SIG_BLOCK, &signals, /*oldset=*/nullptr);
   start();
   std::cout << "started" << std::endl;
-  // The test tells the modem to keep silent, ...
+  // The test makes the modem stay silent, ...
   awaitTest();
   std::thread([] { add("lost"); }).detach();
-  // ... and this program to end when the modem does so.
+  // ... and makes this program end when the modem is silent.
   awaitTest();
   ending();
 }
@@ -164,7 +165,7 @@ void busyCallers() {
   static std::atomic<int> rounds = 0;
   for (int i = 0; i < 4; ++i) {
     std::thread([i] {
-      // Until the instance is destroyed under them.
+      // The threads add profiles until the instance is destroyed under them.
       for (Key key = add("apn" + std::to_string(i)); key != nullptr;) {
         Manager::getInstance().filter(pavo::FilterProfileParams());
         key = add("apn" + std::to_string(i));
@@ -198,7 +199,8 @@ void exitInListener() {
     ending();
     std::exit(EXIT_SUCCESS);
   });
-  // By the test, through the modem; not by this thread, which would wait for the answer.
+  // The test deletes the profile through the modem. This thread cannot, because it would wait for
+  // the answer.
   std::cout << "ready" << std::endl;
   while (true) {
     pause();
@@ -229,8 +231,7 @@ void manyInits() {
   ending();
 }
 
-// The child runs its exit handlers: it drops the key, and its copy of the process-wide Manager
-// ends.
+// The child runs its exit handlers. They drop the key and end its copy of the process-wide Manager.
 void forkedChildExits() {
   start();
   keyBeforeManager = add("ims");

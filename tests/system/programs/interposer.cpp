@@ -1,9 +1,9 @@
 // SPDX-FileCopyrightText: The Pavor Authors
 // SPDX-License-Identifier: Apache-2.0
 
-// A client of libpavor.so that defines the platform's functions itself: the library has to use
-// these, not those of the shared libraries that it is linked with. Writes what the library asked
-// for, line by line.
+// This client of libpavor.so defines the platform's functions itself. The library has to use these,
+// not those of the shared libraries that it is linked with. The program writes the library's calls,
+// line by line.
 #include <pavo/Manager.h>
 
 #include "Deadline.h"

@@ -1,13 +1,14 @@
 // SPDX-FileCopyrightText: The Pavor Authors
 // SPDX-License-Identifier: Apache-2.0
 
-// A session of the library with a modem that its surroundings choose: the same steps each time, and
-// at the end the library's log on the standard output, the caller's lines and then the worker's.
-// What other threads log depends on who is faster and is left out, as are the lines of the event
-// loop and of the queue, which tell how many events came in one go, and addresses.
+// This program runs a session of the library with a modem that its environment selects. The steps
+// are the same each time. At the end it writes the library's log to the standard output: first the
+// caller's lines, then the worker's. It leaves out the lines of other threads, because their order
+// depends on timing. It also leaves out addresses and the lines of the event loop and of the queue,
+// because those report how many events came in one go.
 //
-// The modem is expected to lose the answer to the second create request, and its power instead of
-// answering the first modify request; nothing else has to be true of it.
+// The modem must lose the answer to the second create request, and lose its power instead of
+// answering the first modify request. Nothing else is required of it.
 #include <pavo/Manager.h>
 
 #include "Deadline.h"
@@ -37,7 +38,7 @@ struct Line {
   std::string text;
 };
 
-// Never destroyed: the library logs until the very end of the process.
+// The log is never destroyed, because the library logs until the very end of the process.
 struct Log {
   std::mutex mutex;
   std::vector<Line> lines;
@@ -60,7 +61,7 @@ std::size_t countOf(const std::string& start) {
   return count;
 }
 
-// Waits until there are so many lines that start like this.
+// Waits until there are that many lines that start with this text.
 void await(const std::string& start, std::size_t count) {
   if (!pavo::test::waitUntil([&] { return countOf(start) >= count; })) {
     throw std::runtime_error("missing in the log: " + start);
@@ -92,7 +93,7 @@ void runSession(Manager& manager) {
   Key lasting = manager.addProfile(profile("lasting", /*isPersistent=*/true));
   await(confirmed, 2);
 
-  // The library hears of this one through indications only.
+  // The library learns of this profile through indications only.
   const Key lost = manager.addProfile(profile("lost", /*isPersistent=*/false));
   await(updating, 2);
   Key found = find(manager, "lost");
@@ -100,7 +101,7 @@ void runSession(Manager& manager) {
   manager.deleteProfile(found);
   await(confirmed, 3);
 
-  // The modem comes back, and tells that it is ready.
+  // The modem comes back, and indicates that it is ready.
   pavo::ModifyProfileParams change;
   change.setApnName("changed");
   manager.modifyProfile(change, lasting);
