@@ -520,6 +520,27 @@ TEST_F(EventManagerTest, ProcessEvents_ReadableWithError_Dispatched) {
   loop.removeEventHandler(fd);
 }
 
+TEST_F(EventManagerTest, ProcessEvents_CallbackRequestsStop_OtherEventsOfTheWaitStayUnserved) {
+  struct Counter {
+    EventManager* loop;
+    int served = 0;
+  } counter{&loop};
+  const auto requestStop = [](int, void* data) {
+    auto& self = *static_cast<Counter*>(data);
+    ++self.served;
+    self.loop->requestStop();
+  };
+  const int first = readyFd();
+  const int second = makeEventFd(/*value=*/1);
+  loop.addEventHandler(first, requestStop, &counter, nullptr, EPOLLIN);
+  loop.addEventHandler(second, requestStop, &counter, nullptr, EPOLLIN);
+  loop.processEvents();
+  EXPECT_EQ(counter.served, 1);
+  loop.removeEventHandler(first);
+  loop.removeEventHandler(second);
+  close(second);
+}
+
 TEST_F(EventManagerTest, ProcessEvents_CallbackRemovesItself_Served) {
   const int fd = readyFd();
   const auto removeSelf = [](int ready, void* data) {
