@@ -47,7 +47,12 @@ void LogWrapper::setLogWriter(std::unique_ptr<LogWriter> newWriter) {
   writer.swap(next);
 }
 
-std::shared_ptr<LogWriter> LogWrapper::currentWriter() {
+std::shared_ptr<LogWriter> LogWrapper::currentWriter(LogLevel level) {
+  // The writer's own locks may be held for ever in a forked child, by threads that only its parent
+  // has. Only a refused call takes that risk there; the drop of a key and the exit do not.
+  if (process.isInForkedChild() && level != LogLevel::Error) {
+    return nullptr;
+  }
   const MutexLock lock(mutex);
   return writer;
 }
@@ -65,7 +70,7 @@ void LogWrapper::log(LogLevel level, const char* tag, const char* format, ...) n
       wanted < 0 ? 0 : (wanted > messageCharsMax ? messageCharsMax : wanted));
 
   // The handle keeps the writer alive. The mutex is not held while the writer writes.
-  if (const std::shared_ptr<LogWriter> sink = getInstance().currentWriter()) {
+  if (const std::shared_ptr<LogWriter> sink = getInstance().currentWriter(level)) {
     sink->write(level, tag != nullptr ? tag : "", std::string(text, length));
   }
   if (isKept(level)) {

@@ -9,6 +9,7 @@
 
 #include "LogLevel.h"
 #include "LogWriter.h"
+#include "base/Fork.h"
 #include "base/Mutex.h"
 
 #include <atomic>
@@ -42,8 +43,9 @@ class LogWrapper {
  private:
   LogWrapper();
   static bool isKept(LogLevel level) { return level == LogLevel::Error || level == LogLevel::High; }
-  std::shared_ptr<LogWriter> currentWriter() EXCLUDES(mutex);
+  std::shared_ptr<LogWriter> currentWriter(LogLevel level) EXCLUDES(mutex);
 
+  const ProcessMark process;
   Mutex mutex;
   std::shared_ptr<LogWriter> writer GUARDED_BY(mutex);
   // This flag saves the formatting of lines that have no reader. It stands outside the instance, so
